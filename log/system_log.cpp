@@ -1,0 +1,72 @@
+// The system log writer.
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+
+#include "log/locked_file.h"
+#include "log/system_log_layout.h"
+
+namespace
+{
+
+constexpr int kStampSize = 20; // "2006/03/01 09:05:07" and its terminating zero
+
+void stamp_format(time_t now, char (&stamp)[kStampSize])
+{
+    const tm* local = localtime(&now);
+    if (local == nullptr || strftime(stamp, sizeof stamp, "%Y/%m/%d %H:%M:%S", local) == 0) {
+        // Keeps the record at its 100 bytes when the year has more than four digits.
+        memset(stamp, '*', kStampSize - 1);
+        stamp[kStampSize - 1] = '\0';
+    }
+}
+
+} // namespace
+
+// Reports to the console only: a failing log must not recurse into itself.
+int32_t systemLog_put(const char* text)
+{
+    const time_t now = time(nullptr);
+    if (now < 0) {
+        report_message(LOG_SINK_CONSOLE, "systemLog_put : 001 : time() error");
+        return -1;
+    }
+    char stamp[kStampSize];
+    stamp_format(now, stamp);
+
+    const LockedFile file = lockedFile_open(kSystemLogPath, "r+", LOG_SINK_CONSOLE,
+                                            "systemLog_put : 002 : %s file open error",
+                                            "systemLog_put : 003 : %s file lock error");
+    if (file.stream == nullptr) {
+        return -1;
+    }
+    SystemLogHeader header;
+    if (!lockedFile_read(file, &header, sizeof header)) {
+        return lockedFile_fail(file, "systemLog_put : 004 : %s file header read error");
+    }
+    // Only a full ring wraps; any other location is used as it stands.
+    if (header.number == SYSTEM_LOG_SLOTS && header.location >= SYSTEM_LOG_SLOTS) {
+        header.location = 0;
+    }
+    if (!lockedFile_seek(file, static_cast<long>(sizeof header) +
+                                   SYSTEM_LOG_RECORD_SIZE * header.location)) {
+        return lockedFile_fail(file, "systemLog_put : 005 : %s file seek error");
+    }
+    fprintf(file.stream, "%s %-79.79s\n", stamp, text);
+
+    // There is no message 006.
+    if (!lockedFile_seek(file, 0)) {
+        return lockedFile_fail(file, "systemLog_put : 007 : %s file seek error");
+    }
+    if (header.number < SYSTEM_LOG_SLOTS) {
+        ++header.number;
+    }
+    ++header.location;
+    if (!lockedFile_write(file, &header, sizeof header)) {
+        // The record is in place, so the caller sees the append as done.
+        lockedFile_fail(file, "systemLog_put : 008 : %s file header write error");
+        return 0;
+    }
+    fclose(file.stream);
+    return 0;
+}

@@ -1,0 +1,81 @@
+// The simulated board, file side.
+//
+// The product's calls of the C library end here. Paths under /conf, /tmp and /dev lead into a
+// private directory; any other path fails the test. Every call is recorded in order, can be made
+// to fail, and is checked for descriptors and locks that it leaves behind. One board exists at a
+// time; a forked child has its own copy of it over the same private directory.
+#pragma once
+
+#include <ctime>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+using Bytes = std::string;
+using Trace = std::vector<std::string>;
+
+class Board
+{
+  public:
+    Board();
+    ~Board();
+    Board(const Board&) = delete;
+    Board& operator=(const Board&) = delete;
+
+    // Where a path of the board lies on this machine.
+    [[nodiscard]] std::filesystem::path host(const std::string& path) const;
+    void file_put(const std::string& path, const Bytes& content) const;
+    [[nodiscard]] Bytes file_get(const std::string& path) const;
+    [[nodiscard]] bool file_exists(const std::string& path) const;
+    void file_remove(const std::string& path) const;
+
+    // The board's clock, what time() answers. The time zone is UTC unless a test sets TZ.
+    time_t now = 1141203907; // 2006-03-01 09:05:07
+
+    // Everything printed so far.
+    std::string console;
+
+    // Every call so far, in order, as text: the call's name, the path it concerns, what it was
+    // given; " -> failed" behind a call that the board made fail.
+    //   fopen /conf/system.log r+      open /dev/mtd_systemlog O_RDONLY
+    //   flock /conf/system.log LOCK_EX fread /conf/system.log 12
+    //   fseek /conf/system.log 12      fprintf /conf/system.log 100
+    //   fwrite /tmp/flashsave 1        puts maintlogfile --> FROM Read End!!
+    Trace calls;
+
+    // Forgets calls, console and planned failures; files and clock stay.
+    void restart();
+
+    // Makes the nth call from now fail (1: the next), or that one and all after it. A close that
+    // fails has closed all the same, as on the real system.
+    void fail_call(size_t n);
+    void fail_from(size_t n);
+
+    [[nodiscard]] size_t open_descriptors() const { return open_.size(); }
+    [[nodiscard]] size_t held_locks() const { return locked_.size(); }
+
+    // For the calls themselves.
+    bool begin(const std::string& call); // records the call; false: it has to fail
+    void opened(int descriptor, const std::string& path);
+    void closing(int descriptor);
+    void locked(int descriptor) { locked_.insert(descriptor); }
+    std::string path_of(int descriptor) const;
+    // Runs before each call is answered, with its text; for tests that step in between calls.
+    std::function<void(const std::string&)> before_call;
+
+    static Board& current();
+
+  private:
+    std::filesystem::path root_;
+    int owner_; // process that made the private directory
+    size_t fail_first_ = 0;
+    size_t fail_last_ = 0;
+    std::map<int, std::string> open_;
+    std::set<int> locked_;
+};
+
+// The program's main, as linked into the tests.
+extern "C" int maintlogfile_main();

@@ -1,0 +1,240 @@
+// What stands in for the C library's calls; see calls.syms. Each records itself, fails when a test
+// has planned it, and otherwise does the real thing in the private directory.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+#include <utility>
+
+#include "board/board.h"
+
+namespace
+{
+
+Board& board()
+{
+    return Board::current();
+}
+
+std::string flags_text(int flags)
+{
+    static constexpr std::pair<int, const char*> kFlags[] = {
+        {O_CREAT, "O_CREAT"}, {O_TRUNC, "O_TRUNC"}, {O_NONBLOCK, "O_NONBLOCK"}};
+    std::string text = (flags & O_ACCMODE) == O_RDONLY   ? "O_RDONLY"
+                       : (flags & O_ACCMODE) == O_WRONLY ? "O_WRONLY"
+                                                         : "O_RDWR";
+    int rest = flags & ~O_ACCMODE;
+    for (const auto& [flag, name] : kFlags) {
+        if ((rest & flag) != 0) {
+            text += std::string("|") + name;
+            rest &= ~flag;
+        }
+    }
+    return rest == 0 ? text : text + "|" + std::to_string(rest);
+}
+
+std::string lock_text(int operation)
+{
+    switch (operation) {
+    case LOCK_EX:
+        return "LOCK_EX";
+    case LOCK_EX | LOCK_NB:
+        return "LOCK_EX|LOCK_NB";
+    default:
+        return std::to_string(operation);
+    }
+}
+
+std::string path_of(FILE* stream)
+{
+    return board().path_of(fileno(stream));
+}
+
+// Records "call path detail"; false when the call has to fail, with errno set.
+bool begin(const std::string& call, const std::string& path, const std::string& detail = "")
+{
+    if (board().begin(call + " " + path + (detail.empty() ? "" : " " + detail))) {
+        return true;
+    }
+    errno = EIO;
+    return false;
+}
+
+std::string format_text(const char* format, va_list values)
+{
+    char* text = nullptr;
+    const int length = vasprintf(&text, format, values);
+    std::string result(text, static_cast<size_t>(length));
+    free(text);
+    return result;
+}
+
+std::string without_newline(std::string text)
+{
+    if (!text.empty() && text.back() == '\n') {
+        text.pop_back();
+    }
+    return text;
+}
+
+} // namespace
+
+extern "C" {
+
+int board_open(const char* path, int flags, ...)
+{
+    mode_t mode = 0;
+    std::string detail = flags_text(flags);
+    if ((flags & O_CREAT) != 0) {
+        va_list values;
+        va_start(values, flags);
+        mode = va_arg(values, mode_t);
+        va_end(values);
+        char octal[16];
+        snprintf(octal, sizeof octal, " 0%o", mode);
+        detail += octal;
+    }
+    if (!begin("open", path, detail)) {
+        return -1;
+    }
+    const int descriptor = open(board().host(path).c_str(), flags, mode);
+    if (descriptor >= 0) {
+        board().opened(descriptor, path);
+    }
+    return descriptor;
+}
+
+int board_close(int descriptor)
+{
+    const bool good = begin("close", board().path_of(descriptor));
+    board().closing(descriptor);
+    const int result = close(descriptor);
+    return good ? result : -1;
+}
+
+ssize_t board_read(int descriptor, void* data, size_t size)
+{
+    return begin("read", board().path_of(descriptor), std::to_string(size))
+               ? read(descriptor, data, size)
+               : -1;
+}
+
+int board_stat(const char* path, struct stat* status)
+{
+    return begin("stat", path) ? stat(board().host(path).c_str(), status) : -1;
+}
+
+int board_unlink(const char* path)
+{
+    return begin("unlink", path) ? unlink(board().host(path).c_str()) : -1;
+}
+
+int board_flock(int descriptor, int operation)
+{
+    if (!begin("flock", board().path_of(descriptor), lock_text(operation))) {
+        return -1;
+    }
+    const int result = flock(descriptor, operation);
+    if (result == 0) {
+        board().locked(descriptor);
+    }
+    return result;
+}
+
+FILE* board_fopen(const char* path, const char* mode)
+{
+    if (!begin("fopen", path, mode)) {
+        return nullptr;
+    }
+    FILE* stream = fopen(board().host(path).c_str(), mode);
+    if (stream != nullptr) {
+        board().opened(fileno(stream), path);
+    }
+    return stream;
+}
+
+int board_fclose(FILE* stream)
+{
+    const bool good = begin("fclose", path_of(stream));
+    board().closing(fileno(stream));
+    const int result = fclose(stream);
+    return good ? result : EOF;
+}
+
+size_t board_fread(void* data, size_t size, size_t count, FILE* stream)
+{
+    return begin("fread", path_of(stream), std::to_string(size * count))
+               ? fread(data, size, count, stream)
+               : 0;
+}
+
+size_t board_fwrite(const void* data, size_t size, size_t count, FILE* stream)
+{
+    return begin("fwrite", path_of(stream), std::to_string(size * count))
+               ? fwrite(data, size, count, stream)
+               : 0;
+}
+
+int board_fseek(FILE* stream, long offset, int whence)
+{
+    const std::string from = whence == SEEK_SET ? "" : " from " + std::to_string(whence);
+    return begin("fseek", path_of(stream), std::to_string(offset) + from)
+               ? fseek(stream, offset, whence)
+               : -1;
+}
+
+char* board_fgets(char* text, int size, FILE* stream)
+{
+    return begin("fgets", path_of(stream), std::to_string(size)) ? fgets(text, size, stream)
+                                                                 : nullptr;
+}
+
+int board_fprintf(FILE* stream, const char* format, ...)
+{
+    va_list values;
+    va_start(values, format);
+    const std::string text = format_text(format, values);
+    va_end(values);
+    if (!begin("fprintf", path_of(stream), std::to_string(text.size()))) {
+        return -1;
+    }
+    return static_cast<int>(fwrite(text.data(), 1, text.size(), stream));
+}
+
+int board_printf(const char* format, ...)
+{
+    va_list values;
+    va_start(values, format);
+    const std::string text = format_text(format, values);
+    va_end(values);
+    if (!begin("printf", without_newline(text))) {
+        return -1;
+    }
+    board().console += text;
+    return static_cast<int>(text.size());
+}
+
+int board_puts(const char* text)
+{
+    if (!begin("puts", text)) {
+        return EOF;
+    }
+    board().console += std::string(text) + "\n";
+    return 1;
+}
+
+time_t board_time(time_t* out)
+{
+    const time_t now = begin("time", "now") ? board().now : -1;
+    if (out != nullptr) {
+        *out = now;
+    }
+    return now;
+}
+
+} // extern "C"
