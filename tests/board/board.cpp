@@ -15,6 +15,9 @@ namespace
 
 Board* the_board = nullptr;
 
+// Descriptors from here on are the board's own, without a file of this machine behind them.
+constexpr int kFirstDevice = 1000000;
+
 } // namespace
 
 Board::Board() : owner_(getpid())
@@ -98,18 +101,27 @@ void Board::restart()
 {
     calls.clear();
     console.clear();
-    fail_first_ = fail_last_ = 0;
+    call_count_ = 0;
+    fail_.clear();
+    fail_from_ = SIZE_MAX;
 }
 
 void Board::fail_call(size_t n)
 {
-    fail_first_ = fail_last_ = calls.size() + n;
+    fail_calls({n});
+}
+
+void Board::fail_calls(const std::set<size_t>& calls_from_now)
+{
+    fail_.clear();
+    for (const size_t n : calls_from_now) {
+        fail_.insert(call_count_ + n);
+    }
 }
 
 void Board::fail_from(size_t n)
 {
-    fail_first_ = calls.size() + n;
-    fail_last_ = SIZE_MAX;
+    fail_from_ = call_count_ + n;
 }
 
 bool Board::begin(const std::string& call)
@@ -117,12 +129,27 @@ bool Board::begin(const std::string& call)
     if (before_call) {
         before_call(call);
     }
-    calls.push_back(call);
-    if (calls.size() < fail_first_ || calls.size() > fail_last_) {
-        return true;
+    ++call_count_;
+    const bool fails = call_count_ >= fail_from_ || fail_.count(call_count_) != 0;
+    if (recording) {
+        calls.push_back(fails ? call + " -> failed" : call);
     }
-    calls.back() += " -> failed";
-    return false;
+    return !fails;
+}
+
+int Board::device_open(const std::string& path)
+{
+    int descriptor = kFirstDevice;
+    while (open_.count(descriptor) != 0) {
+        ++descriptor;
+    }
+    opened(descriptor, path);
+    return descriptor;
+}
+
+bool Board::is_device(int descriptor) const
+{
+    return descriptor >= kFirstDevice;
 }
 
 void Board::opened(int descriptor, const std::string& path)

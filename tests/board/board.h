@@ -1,9 +1,11 @@
-// The simulated board, file side.
+// The simulated board.
 //
 // The product's calls of the C library end here. Paths under /conf, /tmp and /dev lead into a
-// private directory; any other path fails the test. Every call is recorded in order, can be made
-// to fail, and is checked for descriptors and locks that it leaves behind. One board exists at a
-// time; a forked child has its own copy of it over the same private directory.
+// private directory, but for /dev/fpga, behind which stands the device's model; any other path
+// fails the test, and so does a request that the driver does not know. Every call is recorded in
+// order, can be made to fail, and is checked for descriptors and locks that it leaves behind.
+// Nothing sleeps. One board exists at a time; a forked child has its own copy of it over the same
+// private directory.
 #pragma once
 
 #include <ctime>
@@ -13,6 +15,8 @@
 #include <set>
 #include <string>
 #include <vector>
+
+#include "board/fpga_model.h"
 
 using Bytes = std::string;
 using Trace = std::vector<std::string>;
@@ -35,6 +39,10 @@ class Board
     // The board's clock, what time() answers. The time zone is UTC unless a test sets TZ.
     time_t now = 1141203907; // 2006-03-01 09:05:07
 
+    // The device behind /dev/fpga, which can be opened while it is present.
+    FpgaModel fpga;
+    bool fpga_present = true;
+
     // Everything printed so far.
     std::string console;
 
@@ -44,21 +52,32 @@ class Board
     //   flock /conf/system.log LOCK_EX fread /conf/system.log 12
     //   fseek /conf/system.log 12      fprintf /conf/system.log 100
     //   fwrite /tmp/flashsave 1        puts maintlogfile --> FROM Read End!!
+    //   open /dev/fpga O_RDWR|O_NONBLOCK
+    //   ioctl 6B42 12 00 00 00 00 00 00 00   the record's bytes before the driver fills it
+    //   ioctl 6B04 =1234                     a value
+    //   ioctl (closed) 6B87 ...              on a descriptor that is not open
+    //   sleep 2                        usleep 1
     Trace calls;
+    // Without a recording the calls are only counted: for loops over every value of a word.
+    bool recording = true;
 
     // Forgets calls, console and planned failures; files and clock stay.
     void restart();
 
     // Makes the nth call from now fail (1: the next), or that one and all after it. A close that
-    // fails has closed all the same, as on the real system.
+    // fails has closed all the same, as on the real system. Sleeping cannot fail.
     void fail_call(size_t n);
     void fail_from(size_t n);
+    void fail_calls(const std::set<size_t>& calls_from_now);
+    [[nodiscard]] size_t call_count() const { return call_count_; }
 
     [[nodiscard]] size_t open_descriptors() const { return open_.size(); }
     [[nodiscard]] size_t held_locks() const { return locked_.size(); }
 
     // For the calls themselves.
     bool begin(const std::string& call); // records the call; false: it has to fail
+    int device_open(const std::string& path);
+    [[nodiscard]] bool is_device(int descriptor) const;
     void opened(int descriptor, const std::string& path);
     void closing(int descriptor);
     void locked(int descriptor) { locked_.insert(descriptor); }
@@ -71,8 +90,9 @@ class Board
   private:
     std::filesystem::path root_;
     int owner_; // process that made the private directory
-    size_t fail_first_ = 0;
-    size_t fail_last_ = 0;
+    size_t call_count_ = 0;
+    std::set<size_t> fail_; // numbers of the calls that fail, the first call being 1
+    size_t fail_from_ = SIZE_MAX;
     std::map<int, std::string> open_;
     std::set<int> locked_;
 };

@@ -1,6 +1,7 @@
 // What stands in for the C library's calls; see calls.syms. Each records itself, fails when a test
 // has planned it, and otherwise does the real thing in the private directory.
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -74,6 +75,24 @@ std::string format_text(const char* format, va_list values)
     return result;
 }
 
+// "6B04 =1234", "6B42 12 00 00 00 00 00 00 00": the value, or the record as the driver gets it.
+std::string request_text(const std::string& path, const RequestForm& form, unsigned long argument)
+{
+    char text[32];
+    snprintf(text, sizeof text, "%04X", form.number);
+    std::string line = (path == "/dev/fpga" ? "ioctl " : "ioctl " + path + " ") + text;
+    if (form.argument == Argument::kValue) {
+        snprintf(text, sizeof text, " =%04lX", argument);
+        return line + text;
+    }
+    const auto* record = reinterpret_cast<const unsigned char*>(argument);
+    for (size_t i = 0; i < form.size; ++i) {
+        snprintf(text, sizeof text, " %02X", record[i]);
+        line += text;
+    }
+    return line;
+}
+
 std::string without_newline(std::string text)
 {
     if (!text.empty() && text.back() == '\n') {
@@ -102,6 +121,13 @@ int board_open(const char* path, int flags, ...)
     if (!begin("open", path, detail)) {
         return -1;
     }
+    if (std::string(path) == "/dev/fpga") {
+        if (!board().fpga_present) {
+            errno = ENOENT;
+            return -1;
+        }
+        return board().device_open(path);
+    }
     const int descriptor = open(board().host(path).c_str(), flags, mode);
     if (descriptor >= 0) {
         board().opened(descriptor, path);
@@ -113,7 +139,7 @@ int board_close(int descriptor)
 {
     const bool good = begin("close", board().path_of(descriptor));
     board().closing(descriptor);
-    const int result = close(descriptor);
+    const int result = board().is_device(descriptor) ? 0 : close(descriptor);
     return good ? result : -1;
 }
 
@@ -235,6 +261,44 @@ time_t board_time(time_t* out)
         *out = now;
     }
     return now;
+}
+
+int board_ioctl(int descriptor, unsigned long request, ...)
+{
+    va_list values;
+    va_start(values, request);
+    const unsigned long argument = va_arg(values, unsigned long);
+    va_end(values);
+    const std::string path = board().path_of(descriptor);
+    const RequestForm* form = requestForm_find(static_cast<uint32_t>(request));
+    if (form == nullptr || request != form->number) {
+        ADD_FAILURE() << "no driver knows request " << std::hex << request << " on " << path;
+        errno = ENOTTY;
+        return -1;
+    }
+    const bool good = board().begin(board().recording ? request_text(path, *form, argument) : "");
+    if (path != "/dev/fpga") {
+        errno = EBADF;
+        return -1;
+    }
+    if (!good) {
+        errno = EIO;
+        return -1;
+    }
+    return board().fpga.serve(*form, reinterpret_cast<char*>(argument),
+                              static_cast<uint32_t>(argument));
+}
+
+unsigned board_sleep(unsigned seconds)
+{
+    board().begin("sleep " + std::to_string(seconds));
+    return 0;
+}
+
+int board_usleep(useconds_t microseconds)
+{
+    board().begin("usleep " + std::to_string(microseconds));
+    return 0;
 }
 
 } // extern "C"

@@ -1,0 +1,19 @@
+// The record of a switch port, which the driver also calls a flag set.
+#pragma once
+
+#include <cstdint>
+
+#include "device/fpga_device.h"
+
+struct SwitchPortRequest {
+    uint8_t port;
+    uint8_t spare_1;
+    uint8_t full_duplex;
+    uint8_t speed100;
+    uint8_t link;
+    uint8_t spare_5[3];
+};
+static_assert(sizeof(SwitchPortRequest) == 8);
+
+// The switch port behind the PHY of port 5; front-panel group 7 is mirrored into it, too.
+constexpr uint8_t kSwitchPort4 = 4;

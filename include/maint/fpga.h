@@ -1,0 +1,45 @@
+/*
+ * The one entry to all device commands.
+ */
+#ifndef MAINT_FPGA_H
+#define MAINT_FPGA_H
+
+#include <stdint.h>
+
+#include "maint/api.h"
+#include "maint/device_commands.h"
+
+MAINT_C_BEGIN
+
+/* Results that all commands share; each command's comment says which it can return. */
+enum {
+    DEVICE_OK = 0,
+    DEVICE_OPEN_FAILED = -1,  /* the device or file cannot be opened; unknown command */
+    DEVICE_READ_FAILED = -2,  /* a read request, or the read of a state file, failed */
+    DEVICE_UNMAPPED = -3,     /* the device answered with a value that has no meaning here */
+    DEVICE_WRITE_FAILED = -4, /* a write request failed; what was written before it stays */
+    DEVICE_BAD_ARGUMENT = -5  /* the argument is out of range; never retried */
+};
+
+/*
+ * Runs one device command.
+ *   command   number of the command
+ *   argument  the command's own record, in and out as its comment says; must not be null unless the
+ *             comment says that it is not used. The record is the caller's and holds partial
+ *             results when a command fails.
+ *
+ * A command opens its device, issues its requests and closes the device before it returns.
+ * A failed command is run once more after usleep(1), with the same argument; then its result
+ * stands. A bad argument (-5) and RD_DEVICE_WORD_40 are never run twice.
+ *
+ * Commands are not locked against each other: two processes that change bits of one register at
+ * the same moment can lose a change.
+ *
+ * Returns the command's result: 0, or another non-negative value that the command's comment names;
+ * a negative code on failure; -1 for a number that is no command.
+ */
+MAINT_API int32_t Fpga_Register_Set(DeviceCommandCode command, void* argument);
+
+MAINT_C_END
+
+#endif
