@@ -29,7 +29,7 @@ Board::Board() : owner_(getpid())
     if (mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("no private directory: " + name);
     }
-    root_ = name;
+    root_ = fs::canonical(name); // as the kernel names it
     for (const char* folder : {"conf", "tmp", "dev"}) {
         fs::create_directory(root_ / folder);
     }
@@ -64,6 +64,13 @@ fs::path Board::host(const std::string& path) const
     }
     ADD_FAILURE() << "the product reached for a path outside the board: " << path;
     return root_ / "outside";
+}
+
+std::string Board::board_path(const fs::path& host) const
+{
+    const std::string root = root_.string() + "/";
+    const std::string path = host.string();
+    return path.rfind(root, 0) == 0 ? path.substr(root.size() - 1) : "";
 }
 
 void Board::file_put(const std::string& path, const Bytes& content) const

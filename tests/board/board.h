@@ -31,6 +31,8 @@ class Board
 
     // Where a path of the board lies on this machine.
     [[nodiscard]] std::filesystem::path host(const std::string& path) const;
+    // The other way round; empty: no path of the board lies there.
+    [[nodiscard]] std::string board_path(const std::filesystem::path& host) const;
     void file_put(const std::string& path, const Bytes& content) const;
     [[nodiscard]] Bytes file_get(const std::string& path) const;
     [[nodiscard]] bool file_exists(const std::string& path) const;
