@@ -101,7 +101,8 @@ void LockHolder::release_when_awaited(std::function<void()> meanwhile)
 {
     board_.before_call = [this, meanwhile = std::move(meanwhile),
                           sent = false](const std::string& call) mutable {
-        if (sent || call != "flock " + path_ + " LOCK_EX") {
+        if (sent || call.rfind("flock " + path_ + " ", 0) != 0 ||
+            call.find("LOCK_NB") != std::string::npos) {
             return;
         }
         sent = true;

@@ -203,8 +203,9 @@ TEST_F(IniFileRandom, AnyBytes)
         SCOPED_TRACE(round);
         const Bytes file = byte_file(dice);
         // Texts that the file does hold somewhere, so that they are found at a line's start, too.
-        const Bytes one(1, file.empty() ? 'x' : file[dice.below(file.size())]);
-        compare(dice.one_of(kPaths), file, {"", one.c_str()}, {"", "K", one.c_str()});
+        const char picked = file.empty() ? 'x' : file[dice.below(file.size())];
+        const Bytes one(picked == '\0' ? 0 : 1, picked);
+        compare(dice.one_of(kPaths), file, {"", one}, {"", "K", one});
         if (HasFatalFailure()) {
             return;
         }

@@ -236,7 +236,8 @@ TEST_F(SaveLockSweep, NonBlocking)
 
 TEST_F(SaveLockSweep, NonBlockingAndHeldByAnotherProcess)
 {
-    const LockHolder holder(board, kLockFile);
+    LockHolder holder(board, kLockFile);
+    holder.release_when_awaited(); // never: lets a lock that waits succeed, and the test fail
     sweep(1, {{"fopen /tmp/Saveing w", -1, 1, true,
                "fileAccess_lock : 001 : /tmp/Saveing file open error\n"},
               {"flock /tmp/Saveing LOCK_EX|LOCK_NB", -1, 1, true,
@@ -284,8 +285,8 @@ TEST_F(SaveLock, NonBlockingModeFailsAtOnceWhileAnotherProcessHoldsIt)
 {
     {
         LockHolder holder(board, kLockFile);
-        holder.release_when_awaited(); // lets a lock that waits succeed, and the test fail
-        EXPECT_EQ(fileAccess_lock(&handle, 1), -1);
+        holder.release_when_awaited(); // never, as above
+        ASSERT_EQ(fileAccess_lock(&handle, 1), -1);
         EXPECT_EQ(handle, nullptr);
         EXPECT_EQ(board.calls,
                   (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX|LOCK_NB",
@@ -303,8 +304,15 @@ TEST_F(SaveLock, SecondLockInTheSameProcessMeetsTheFirst)
     for (const SaveLockMode mode : {0U, 1U}) {
         ASSERT_EQ(fileAccess_lock(&handle, mode), 0);
         board.restart();
+        board.before_call = [this](const std::string& call) {
+            if (call == "flock /tmp/Saveing LOCK_EX") {
+                ADD_FAILURE() << "would wait for ever";
+                board.fail_call(1);
+            }
+        };
         FILE* second = stale_handle();
         EXPECT_EQ(fileAccess_lock(&second, 1), -1);
+        board.before_call = nullptr;
         EXPECT_EQ(second, nullptr);
         EXPECT_EQ(board.console,
                   "fileAccess_lock : 003 : /tmp/Saveing file lock (non-blocking) error\n");
