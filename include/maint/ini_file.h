@@ -22,7 +22,9 @@ enum { INI_VALUE_SIZE = 1024 };
  *   section  text that begins the line after which the search starts; "" (or null): from the
  *            first line
  *   key      text that begins the line looked for
- *   value    buffer of INI_VALUE_SIZE bytes; holds "" unless the result is 0
+ *   value    buffer of INI_VALUE_SIZE bytes; emptied first, and filled only by a value found: ""
+ *            with a result of -1, but for a value that was read before the save lock could not be
+ *            released
  *
  * Section and key match as prefixes of a line, without any trimming: ABC also finds ABCD='1'. The
  * search ends at the first line that begins with the key, delimited or not, and at the next

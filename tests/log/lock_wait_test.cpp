@@ -1,0 +1,167 @@
+// The log routines wait for whoever holds the lock on their file, and work on what they then find.
+#include <functional>
+#include <ostream>
+
+#include "board/board_test.h"
+#include "board/lock_holder.h"
+#include "maint/system_log.h"
+#include "maint/user_log.h"
+
+namespace
+{
+
+constexpr const char* kSystemLog = "/conf/system.log";
+constexpr const char* kFlashImage = "/dev/mtd_systemlog";
+constexpr const char* kUserLog = "/conf/user.log";
+constexpr const char* kMarker = "/tmp/flashsave";
+
+Bytes system_header(const char* number_and_location)
+{
+    return hex("11 22 33 44") + hex(number_and_location) + hex("01 00 00 00");
+}
+
+Bytes user_header(const char* number_and_location)
+{
+    return hex("11 22 33 44") + hex(number_and_location) + hex("55 66 77 88 99 AA BB CC");
+}
+
+int32_t system_log_put()
+{
+    return systemLog_put("waited");
+}
+
+// "2006/03/01 09:05:07 waited", with the text padded to 79 bytes.
+Bytes waited_record()
+{
+    return "2006/03/01 09:05:07 waited" + Bytes(73, ' ') + "\n";
+}
+
+int32_t report_to_log()
+{
+    report_message(LOG_SINK_SYSTEM_LOG, "waited");
+    return 0;
+}
+
+int32_t user_log_put()
+{
+    UserLogRecord record{0, {1, 2, 3, 4}, 300, 30, 29, {5, 6, 7, 8}};
+    return userLog_put(&record);
+}
+
+// 1141203907, then the record of user_log_put.
+Bytes user_record()
+{
+    return hex("C3 63 05 44 01 02 03 04 2C 01 1E 1D 05 06 07 08");
+}
+
+int32_t working_header_read()
+{
+    SystemLogHeader header{};
+    const int32_t result = zev_maintlog_head_read(&header);
+    EXPECT_EQ(bytes_of(header), system_header("07 00 08 00"));
+    return result;
+}
+
+struct Wait {
+    const char* name;
+    const char* locked;           // the file that the other process holds
+    std::function<void()> change; // what happens to the files before it lets go
+    int32_t (*routine)();
+    const char* changed; // the file looked at afterwards, and what it must hold
+    Bytes content;
+};
+
+void PrintTo(const Wait& wait, std::ostream* out)
+{
+    *out << wait.name;
+}
+
+class LogFiles : public BoardTest
+{
+  protected:
+    void SetUp() override
+    {
+        board.file_put(kSystemLog, system_header("00 00 00 00"));
+        board.file_put(kFlashImage, system_header("00 00 00 00"));
+        board.file_put(kUserLog, user_header("00 00 00 00"));
+    }
+};
+
+class LockWait : public LogFiles, public testing::WithParamInterface<Wait>
+{
+};
+
+TEST_P(LockWait, WaitsForTheOtherProcessAndThenSucceeds)
+{
+    const Wait& wait = GetParam();
+    LockHolder holder(board, wait.locked);
+    holder.release_when_awaited(wait.change);
+    EXPECT_EQ(wait.routine(), 0);
+    EXPECT_TRUE(holder.released());
+    EXPECT_EQ(board.file_get(wait.changed), wait.content);
+    EXPECT_EQ(board.console.find(" error"), std::string::npos) << board.console;
+    EXPECT_EQ(board.open_descriptors(), 0U);
+    EXPECT_EQ(board.held_locks(), 0U);
+    EXPECT_TRUE(lock_is_free(board, wait.locked));
+}
+
+void put(const char* path, const Bytes& content)
+{
+    Board::current().file_put(path, content);
+}
+
+const Bytes kFreshLog = hex("00 00 00 00 00 00 00 00 01 00 00 00");
+
+INSTANTIATE_TEST_SUITE_P(
+    EachLock, LockWait,
+    testing::Values(
+        Wait{"systemLog_put", kSystemLog, [] { put(kSystemLog, system_header("01 00 00 00")); },
+             system_log_put, kSystemLog, system_header("02 00 01 00") + waited_record()},
+        Wait{"report_message", kSystemLog, [] { put(kSystemLog, system_header("01 00 00 00")); },
+             report_to_log, kSystemLog, system_header("02 00 01 00") + waited_record()},
+        Wait{"zev_maintlog_head_read", kSystemLog,
+             [] { put(kSystemLog, system_header("07 00 08 00")); }, working_header_read, kSystemLog,
+             system_header("07 00 08 00")},
+        Wait{"systemLogFileInit", kSystemLog, {}, systemLogFileInit, kSystemLog, kFreshLog},
+        Wait{"systemLogFileMake_image", kFlashImage,
+             [] { put(kFlashImage, system_header("00 00 09 00")); }, systemLogFileMake, kSystemLog,
+             system_header("00 00 09 00")},
+        Wait{"systemLogFileMake_log",
+             kSystemLog,
+             {},
+             systemLogFileMake,
+             kSystemLog,
+             system_header("00 00 00 00")},
+        Wait{"userLog_put_marker", kMarker, {}, user_log_put, kMarker, hex("01")},
+        Wait{"userLog_put_log", kUserLog, [] { put(kUserLog, user_header("01 00 00 00")); },
+             user_log_put, kUserLog, user_header("02 00 01 00") + user_record()}),
+    [](const auto& each) { return each.param.name; });
+
+using LockNoWait = LogFiles;
+
+TEST_F(LockNoWait, FlashHeaderIsReadWithoutTheLock)
+{
+    LockHolder holder(board, kFlashImage);
+    holder.release_when_awaited();
+    SystemLogHeader header{};
+    EXPECT_EQ(read_systemlog_header(&header), 0);
+    EXPECT_FALSE(holder.released());
+    EXPECT_EQ(bytes_of(header), system_header("00 00 00 00"));
+    EXPECT_EQ(board.calls, (Trace{"open /dev/mtd_systemlog O_RDONLY", "read /dev/mtd_systemlog 12",
+                                  "close /dev/mtd_systemlog"}));
+}
+
+TEST_F(LockNoWait, LogRoutinesLeaveTheSaveLockAlone)
+{
+    LockHolder holder(board, "/tmp/Saveing");
+    holder.release_when_awaited();
+    EXPECT_EQ(system_log_put(), 0);
+    EXPECT_EQ(user_log_put(), 0);
+    EXPECT_EQ(systemLogFileMake(), 0);
+    EXPECT_EQ(systemLogFileInit(), 0);
+    SystemLogHeader header{};
+    EXPECT_EQ(zev_maintlog_head_read(&header), 0);
+    EXPECT_FALSE(holder.released());
+}
+
+} // namespace
