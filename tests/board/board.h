@@ -74,6 +74,7 @@ class Board
     [[nodiscard]] size_t call_count() const { return call_count_; }
 
     [[nodiscard]] size_t open_descriptors() const { return open_.size(); }
+    [[nodiscard]] const std::map<int, std::string>& descriptors() const { return open_; }
     [[nodiscard]] size_t held_locks() const { return locked_.size(); }
 
     // For the calls themselves.
