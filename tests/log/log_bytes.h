@@ -34,6 +34,12 @@ inline Bytes systemRecord_bytes(const std::string& stamp, const std::string& tex
     return stamp + " " + message + "\n";
 }
 
+// The bytes of the hex pairs, with so many of the filler before and after them.
+inline Bytes framed_bytes(char filler, size_t before, const char* pairs, size_t after)
+{
+    return Bytes(before, filler) + hex(pairs) + Bytes(after, filler);
+}
+
 // The calls of an append to the system log that succeeds.
 inline Trace systemAppend_trace(long offset)
 {

@@ -203,13 +203,11 @@ TEST_F(SystemLog, SlotAndHeaderFollowNumberAndLocation)
 
 TEST_F(SystemLog, KeepsAnySequenceNumberVersionAndChecksum)
 {
-    for (const char* const fill : {"00", "FF", "01"}) {
-        SCOPED_TRACE(fill);
-        const Bytes byte = hex(fill);
-        const Bytes head = byte + byte + byte + byte;
-        board.file_put(kSystemLog, head + hex("03 00 03 00") + head);
+    for (const char filler : {'\x00', '\xFF', '\x01'}) {
+        SCOPED_TRACE(static_cast<int>(filler));
+        board.file_put(kSystemLog, framed_bytes(filler, 4, "03 00 03 00", 4));
         ASSERT_EQ(systemLog_put("x"), 0);
-        EXPECT_EQ(log().substr(0, 12), head + hex("04 00 04 00") + head);
+        EXPECT_EQ(log().substr(0, 12), framed_bytes(filler, 4, "04 00 04 00", 4));
     }
 }
 
@@ -266,31 +264,31 @@ TEST_F(SystemLog, EachFailingCallHasItsResultMessageAndEffect)
     const std::string close = "fclose /conf/system.log";
     struct Row {
         const char* call;
-        int32_t result;
         const char* message;
+        int32_t result;
         bool closes; // before the message
         Bytes log;
     };
     const Row rows[] = {
-        {"time now", -1, "systemLog_put : 001 : time() error", false, old_header + old_slots},
-        {"fopen /conf/system.log r+", -1, "systemLog_put : 002 : /conf/system.log file open error",
+        {"time now", "systemLog_put : 001 : time() error", -1, false, old_header + old_slots},
+        {"fopen /conf/system.log r+", "systemLog_put : 002 : /conf/system.log file open error", -1,
          false, old_header + old_slots},
-        {"flock /conf/system.log LOCK_EX", -1,
-         "systemLog_put : 003 : /conf/system.log file lock error", true, old_header + old_slots},
-        {"fread /conf/system.log 12", -1,
-         "systemLog_put : 004 : /conf/system.log file header read error", true,
+        {"flock /conf/system.log LOCK_EX", "systemLog_put : 003 : /conf/system.log file lock error",
+         -1, true, old_header + old_slots},
+        {"fread /conf/system.log 12",
+         "systemLog_put : 004 : /conf/system.log file header read error", -1, true,
          old_header + old_slots},
-        {"fseek /conf/system.log 212", -1, "systemLog_put : 005 : /conf/system.log file seek error",
+        {"fseek /conf/system.log 212", "systemLog_put : 005 : /conf/system.log file seek error", -1,
          true, old_header + old_slots},
         // A record that could not be written is counted all the same.
-        {"fprintf /conf/system.log 100", 0, nullptr, false, new_header + old_slots},
-        {"fseek /conf/system.log 0", -1, "systemLog_put : 007 : /conf/system.log file seek error",
+        {"fprintf /conf/system.log 100", nullptr, 0, false, new_header + old_slots},
+        {"fseek /conf/system.log 0", "systemLog_put : 007 : /conf/system.log file seek error", -1,
          true, old_header + old_slots + record},
         // The record is in place under the old header, and the append counts as done.
-        {"fwrite /conf/system.log 12", 0,
-         "systemLog_put : 008 : /conf/system.log file header write error", true,
+        {"fwrite /conf/system.log 12",
+         "systemLog_put : 008 : /conf/system.log file header write error", 0, true,
          old_header + old_slots + record},
-        {"fclose /conf/system.log", 0, nullptr, false, new_header + old_slots + record},
+        {"fclose /conf/system.log", nullptr, 0, false, new_header + old_slots + record},
     };
     size_t runs = 0;
     failure_sweep(

@@ -217,14 +217,20 @@ TEST_F(UserLog, CodeIsCheckedBeforeTheValues)
 TEST_F(UserLog, NegativeClockIsRefusedByBothLogs)
 {
     const Bytes before = bytes_of(record);
-    board.now = -1;
-    EXPECT_EQ(userLog_put(&record), -1);
     const Trace refusals = {"time now", "puts userLog_put : 006 : invalid time()", "time now",
                             "puts systemLog_put : 001 : time() error"};
-    EXPECT_EQ(board.calls, kMarkerTrace + refusals);
-    EXPECT_EQ(bytes_of(record), before);
-    EXPECT_EQ(log(), userHeader_bytes(2, 2) + Bytes(32, 'r'));
-    EXPECT_EQ(board.file_get(kFlashSave), hex("01"));
+    for (const time_t now : {time_t{-1}, time_t{-2}, std::numeric_limits<time_t>::min()}) {
+        SCOPED_TRACE(now);
+        files_put(2, 2, Bytes(32, 'r'));
+        board.restart();
+        board.now = now;
+        EXPECT_EQ(userLog_put(&record), -1);
+        EXPECT_EQ(board.calls, kMarkerTrace + refusals);
+        EXPECT_EQ(bytes_of(record), before);
+        EXPECT_EQ(log(), userHeader_bytes(2, 2) + Bytes(32, 'r'));
+        EXPECT_EQ(board.file_get(kSystemLog), systemLog_with(nullptr));
+        EXPECT_EQ(board.file_get(kFlashSave), hex("01"));
+    }
 }
 
 // Marker ---------------------------------------------------------------------------------------
@@ -321,13 +327,11 @@ TEST_F(UserLog, SlotAndHeaderFollowNumberAndLocation)
 
 TEST_F(UserLog, KeepsWhateverElseTheHeaderHolds)
 {
-    for (const char* const fill : {"00", "FF", "01"}) {
-        SCOPED_TRACE(fill);
-        const Bytes byte = hex(fill);
-        const Bytes four = byte + byte + byte + byte;
-        board.file_put(kUserLog, four + hex("00 00 00 00") + four + four);
+    for (const char filler : {'\x00', '\xFF', '\x01'}) {
+        SCOPED_TRACE(static_cast<int>(filler));
+        board.file_put(kUserLog, framed_bytes(filler, 4, "00 00 00 00", 8));
         ASSERT_EQ(userLog_put(&record), 0);
-        EXPECT_EQ(log(), four + hex("01 00 01 00") + four + four + kRecord);
+        EXPECT_EQ(log(), framed_bytes(filler, 4, "01 00 01 00", 8) + kRecord);
     }
 }
 
@@ -372,37 +376,36 @@ TEST_F(UserLog, EachFailingCallHasItsResultMessageAndEffect)
     enum After { kGoesOn, kStops, kClosesAndStops, kSkipsTheMarker };
     struct Row {
         const char* call;
-        int32_t result;
         const char* message;
+        int32_t result;
         After after;
         const char* marker; // bytes of its file
         const Bytes& log;
     };
     const Row rows[] = {
-        {"fopen /tmp/flashsave w+", 0, "userLog_put : 001 : /tmp/flashsave file create error",
+        {"fopen /tmp/flashsave w+", "userLog_put : 001 : /tmp/flashsave file create error", 0,
          kSkipsTheMarker, "73 74 61 6C 65", new_log},
-        {"flock /tmp/flashsave LOCK_EX", 0, "userLog_put : 002 : /tmp/flashsave file lock error",
+        {"flock /tmp/flashsave LOCK_EX", "userLog_put : 002 : /tmp/flashsave file lock error", 0,
          kGoesOn, "01", new_log},
-        {"fwrite /tmp/flashsave 1", 0, "userLog_put : 003 : /tmp/flashsave file write error",
+        {"fwrite /tmp/flashsave 1", "userLog_put : 003 : /tmp/flashsave file write error", 0,
          kGoesOn, "", new_log},
-        {"fclose /tmp/flashsave", 0, nullptr, kGoesOn, "01", new_log},
-        {"time now", -1, "userLog_put : 006 : invalid time()", kStops, "01", old_log},
-        {"fopen /conf/user.log r+b", -1, "userLog_put : 007 : /conf/user.log file open error",
+        {"fclose /tmp/flashsave", nullptr, 0, kGoesOn, "01", new_log},
+        {"time now", "userLog_put : 006 : invalid time()", -1, kStops, "01", old_log},
+        {"fopen /conf/user.log r+b", "userLog_put : 007 : /conf/user.log file open error", -1,
          kStops, "01", old_log},
-        {"flock /conf/user.log LOCK_EX", -1, "userLog_put : 008 : /conf/user.log file lock error",
+        {"flock /conf/user.log LOCK_EX", "userLog_put : 008 : /conf/user.log file lock error", -1,
          kClosesAndStops, "01", old_log},
-        {"fread /conf/user.log 16", -1, "userLog_put : 009 : /conf/user.log file header read error",
+        {"fread /conf/user.log 16", "userLog_put : 009 : /conf/user.log file header read error", -1,
          kClosesAndStops, "01", old_log},
-        {"fseek /conf/user.log 48", -1, "userLog_put : 010 : /conf/user.log file seek error",
+        {"fseek /conf/user.log 48", "userLog_put : 010 : /conf/user.log file seek error", -1,
          kClosesAndStops, "01", old_log},
-        {"fwrite /conf/user.log 16", -1, "userLog_put : 011 : /conf/user.log file write error",
+        {"fwrite /conf/user.log 16", "userLog_put : 011 : /conf/user.log file write error", -1,
          kClosesAndStops, "01", old_log},
-        {"fseek /conf/user.log 0", -1, "userLog_put : 012 : /conf/user.log file seek error",
+        {"fseek /conf/user.log 0", "userLog_put : 012 : /conf/user.log file seek error", -1,
          kClosesAndStops, "01", stale_log},
-        {"fwrite /conf/user.log 16", -1,
-         "userLog_put : 013 : /conf/user.log file header write error", kClosesAndStops, "01",
-         stale_log},
-        {"fclose /conf/user.log", 0, nullptr, kGoesOn, "01", new_log},
+        {"fwrite /conf/user.log 16", "userLog_put : 013 : /conf/user.log file header write error",
+         -1, kClosesAndStops, "01", stale_log},
+        {"fclose /conf/user.log", nullptr, 0, kGoesOn, "01", new_log},
     };
     const Trace good = kMarkerTrace + append_trace(48);
     const Bytes unstamped = bytes_of(record);
