@@ -68,6 +68,7 @@ class Concurrency : public BoardTest
             children[writer] = child_start([&, writer] {
                 board.before_call = [](const std::string&) { sched_yield(); };
                 start.give_up();
+                alarm(30); // a writer that waits for ever fails the test and is gone
                 return ready.give(1) && start.take() && work(writer) ? 0 : 1;
             });
             ASSERT_GT(children[writer], 0);
@@ -185,6 +186,7 @@ TEST_F(Concurrency, SystemLogTakesWholeRecordsAndLosesNone)
             }
             return good && board.console.empty();
         });
+        ASSERT_FALSE(HasFailure());
         const Bytes log = board.file_get(kSystemLog);
         EXPECT_EQ(log.substr(0, 12), systemHeader_bytes(load.number, load.location));
         expect_newest(log.substr(12), 100, kWriters * load.per_writer, systemRecord_of,
@@ -207,6 +209,7 @@ TEST_F(Concurrency, UserLogTakesWholeRecordsAndLosesNone)
             }
             return good && board.console.empty();
         });
+        ASSERT_FALSE(HasFailure());
         const Bytes log = board.file_get(kUserLog);
         EXPECT_EQ(log.substr(0, 16), userHeader_bytes(load.number, load.location));
         expect_newest(log.substr(16), 16, kWriters * load.per_writer, userRecord_of,
