@@ -8,6 +8,12 @@
 
 #include "device/fpga_device.h"
 
+// The parts that a valid-mask byte selects.
+constexpr unsigned validMask_of(uint8_t valid)
+{
+    return valid == 0 ? 0xFFU : valid;
+}
+
 struct FlagField {
     uint8_t flag; // place of the field's byte among the record's flags
     uint16_t bit; // of the word or register

@@ -150,6 +150,21 @@ ssize_t board_read(int descriptor, void* data, size_t size)
                : -1;
 }
 
+ssize_t board_write(int descriptor, const void* data, size_t size)
+{
+    return begin("write", board().path_of(descriptor), std::to_string(size))
+               ? write(descriptor, data, size)
+               : -1;
+}
+
+off_t board_lseek(int descriptor, off_t offset, int whence)
+{
+    const std::string from = whence == SEEK_SET ? "" : " from " + std::to_string(whence);
+    return begin("lseek", board().path_of(descriptor), std::to_string(offset) + from)
+               ? lseek(descriptor, offset, whence)
+               : -1;
+}
+
 int board_stat(const char* path, struct stat* status)
 {
     return begin("stat", path) ? stat(board().host(path).c_str(), status) : -1;
@@ -287,6 +302,24 @@ int board_ioctl(int descriptor, unsigned long request, ...)
     }
     return board().fpga.serve(*form, reinterpret_cast<char*>(argument),
                               static_cast<uint32_t>(argument));
+}
+
+// The board's clock, by whichever call the C library has.
+int board_stime(const time_t* now)
+{
+    if (!begin("stime", std::to_string(*now))) {
+        return -1;
+    }
+    board().now = *now;
+    return 0;
+}
+
+int board_clock_settime(clockid_t clock, const timespec* now)
+{
+    if (clock != CLOCK_REALTIME) {
+        ADD_FAILURE() << "clock " << clock;
+    }
+    return board_stime(&now->tv_sec);
 }
 
 unsigned board_sleep(unsigned seconds)

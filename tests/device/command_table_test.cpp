@@ -9,7 +9,7 @@ namespace
 {
 
 // Commands of the table that have no handler yet.
-constexpr size_t kCommandsWithoutHandler = 153;
+constexpr size_t kCommandsWithoutHandler = 38;
 
 struct Row {
     uint32_t code;

@@ -1,0 +1,94 @@
+#include "device/regs/counter.h"
+
+#include "device/fpga_device.h"
+
+static_assert(sizeof(CounterRecord) == 12);
+static_assert(sizeof(CounterBlockLarge) == 160);
+static_assert(sizeof(CounterBlockSmall) == 68);
+
+namespace
+{
+
+constexpr uint32_t kCounterIndexMax = 255;
+
+// Sends a copy of the caller's record; the caller gets the value alone.
+int32_t counterRecord_read(FpgaRequest request, CounterRecord* record)
+{
+    CounterRecord counter = *record;
+    const int32_t status = command_readRecord(request, &counter);
+    if (status == DEVICE_OK) {
+        record->value = counter.value;
+    }
+    return status;
+}
+
+// Sends a copy: whatever the driver does to its record, the caller's stays.
+template <class Record> int32_t copy_write(FpgaRequest request, Record record)
+{
+    return command_writeRecordFailingAsRead(request, &record);
+}
+
+} // namespace
+
+int32_t read_counter(CounterRecord* record)
+{
+    return counterRecord_read(kCounterRead, record);
+}
+
+int32_t write_counter(const CounterRecord* record)
+{
+    return copy_write(kCounterWrite, *record);
+}
+
+int32_t read_counter_alt(CounterRecord* record)
+{
+    return counterRecord_read(kCounterAltRead, record);
+}
+
+int32_t write_counter_alt(const CounterRecord* record)
+{
+    return copy_write(kCounterAltWrite, *record);
+}
+
+int32_t write_counter_block_large(const CounterBlockLarge* record)
+{
+    return copy_write(kCounterBlockLargeWrite, *record);
+}
+
+int32_t write_counter_block_small(const CounterBlockSmall* record)
+{
+    return copy_write(kCounterBlockSmallWrite, *record);
+}
+
+int32_t read_driver_state(uint16_t* state)
+{
+    return fpga_run(FpgaAccess::kWrite, [state](Fpga fpga) -> int32_t {
+        *state = static_cast<uint16_t>(fpga_requestValue(fpga, kDriverStateRead, 0));
+        return DEVICE_OK;
+    });
+}
+
+int32_t write_ext_control_a(const uint16_t* word)
+{
+    return command_writeRecordFailingAsRead(kExtControlAWrite, word);
+}
+
+int32_t write_ext_control_b(const uint16_t* word)
+{
+    return command_writeRecordFailingAsRead(kExtControlBWrite, word);
+}
+
+int32_t counter_read(uint32_t index, CounterSelector selector, uint32_t& value)
+{
+    if (index > kCounterIndexMax) {
+        return DEVICE_BAD_ARGUMENT;
+    }
+    CounterRecord counter{index, 0, static_cast<uint32_t>(selector)};
+    const int32_t status = fpga_run(FpgaAccess::kWrite, [&counter](Fpga fpga) {
+        return record_read(fpga, kCounterRead, &counter);
+    });
+    if (status == DEVICE_OK) {
+        value = counter.value;
+    }
+    return status;
+}

@@ -1,0 +1,31 @@
+/*
+ * The real-time clock /dev/rtc.
+ *
+ * Results: 0; -1 /dev/rtc not opened; -2 (RD) or -4 (WR) request failed.
+ */
+#ifndef MAINT_COMMANDS_RTC_H
+#define MAINT_COMMANDS_RTC_H
+
+#include <stdint.h>
+
+/*
+ * RD_RTC_TIME (0x200), out. The weekday is computed from the date; the driver's own is not used.
+ * WR_RTC_TIME (0x201), in; the weekday is ignored and nothing is checked for its range. Sets the
+ * system clock, too, taking the record as local time; whether that succeeds is not told.
+ */
+typedef struct RtcDateTime {
+    uint16_t year;    /* 0: full year, 2006 */
+    uint16_t month;   /* 2: 1..12 */
+    uint16_t day;     /* 4: 1..31 */
+    uint16_t hour;    /* 6: 0..23 */
+    uint16_t minute;  /* 8: 0..59 */
+    uint16_t second;  /* 10: 0..59 */
+    uint16_t weekday; /* 12: 0..6, 0 is Sunday */
+} RtcDateTime;
+
+/*
+ * RD_RTC_STATUS (0x202), uint32_t out; WR_RTC_STATUS (0x203), uint32_t in: a value of the driver's,
+ * filled or read by the driver itself.
+ */
+
+#endif
