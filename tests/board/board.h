@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -61,7 +60,10 @@ class Board
     bool begin(const std::string& call); // records the call; false: it has to fail
     void opened(int descriptor, const std::string& path);
     void closing(int descriptor);
-    void locked(int descriptor) { locked_.insert(descriptor); }
+    void locked(int descriptor);
+    // Whether this very process holds a lock on the descriptor's file through another one: to wait
+    // for it would be for ever. A lock taken before a fork is the other process's.
+    [[nodiscard]] bool waits_for_itself(int descriptor) const;
     std::string path_of(int descriptor) const;
     // Runs before each call is answered, with its text; for tests that step in between calls.
     std::function<void(const std::string&)> before_call;
@@ -74,7 +76,7 @@ class Board
     size_t fail_first_ = 0;
     size_t fail_last_ = 0;
     std::map<int, std::string> open_;
-    std::set<int> locked_;
+    std::map<int, int> locked_; // descriptor, process that took the lock
 };
 
 // The program's main, as linked into the tests.

@@ -1,6 +1,7 @@
 // What stands in for the C library's calls; see calls.syms. Each records itself, fails when a test
 // has planned it, and otherwise does the real thing in the private directory.
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -137,6 +138,11 @@ int board_unlink(const char* path)
 int board_flock(int descriptor, int operation)
 {
     if (!begin("flock", board().path_of(descriptor), lock_text(operation))) {
+        return -1;
+    }
+    if ((operation & LOCK_NB) == 0 && board().waits_for_itself(descriptor)) {
+        ADD_FAILURE() << "waits for its own lock on " << board().path_of(descriptor);
+        errno = EDEADLK;
         return -1;
     }
     const int result = flock(descriptor, operation);

@@ -9,7 +9,7 @@
 namespace
 {
 
-constexpr int kBoots = 4000;
+constexpr int kBoots = 2500;
 
 class Draw
 {
