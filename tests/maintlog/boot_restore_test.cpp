@@ -88,13 +88,15 @@ TEST_F(BootRestore, WaitsForTheWriterThatHoldsTheLog)
     int about_to_lock[2];
     ASSERT_EQ(pipe(about_to_lock), 0);
     const pid_t child = child_start([&] {
+        bool signalled = false;
         board.before_call = [&](const std::string& call) {
             if (call == "flock /conf/system.log LOCK_EX") {
-                (void)!write(about_to_lock[1], "x", 1);
+                signalled = write(about_to_lock[1], "x", 1) == 1;
             }
         };
         const int32_t result = zev_maintlog_init();
-        return result == 0 && board.console.find(kNotSane) != std::string::npos ? 0 : 1;
+        return signalled && result == 0 && board.console.find(kNotSane) != std::string::npos ? 0
+                                                                                             : 1;
     });
     close(about_to_lock[1]);
     char signal = 0;
