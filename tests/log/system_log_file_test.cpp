@@ -135,6 +135,8 @@ TEST_F(ReadWorkingHeader, ReportsAMissingFileOnTheConsoleAlone)
 
 TEST_F(ReadWorkingHeader, RefusesEveryShortFileClosingItFirst)
 {
+    const std::string report =
+        "puts zev_maintlog_head_read : 003 : /conf/system.log file header write error";
     for (size_t length = 0; length < kHeaderSize; ++length) {
         SCOPED_TRACE(length);
         board.file_put(kWorkingFile, hex(kTellingHeader).substr(0, length));
@@ -142,9 +144,7 @@ TEST_F(ReadWorkingHeader, RefusesEveryShortFileClosingItFirst)
         EXPECT_EQ(workingHeader_read(), -1);
         EXPECT_EQ(board.calls,
                   (Trace{"fopen /conf/system.log rb", "flock /conf/system.log LOCK_EX",
-                         "fread /conf/system.log 12", "fclose /conf/system.log",
-                         "puts zev_maintlog_head_read : 003 : /conf/system.log file header write "
-                         "error"}));
+                         "fread /conf/system.log 12", "fclose /conf/system.log", report}));
         EXPECT_EQ(board.file_get(kWorkingFile), hex(kTellingHeader).substr(0, length));
     }
     board.file_put(kWorkingFile, hex(kTellingHeader));
