@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -170,6 +171,19 @@ void Board::closing(int descriptor)
         ADD_FAILURE() << "close of descriptor " << descriptor << ", which is not open";
     }
     locked_.erase(descriptor);
+}
+
+void Board::locked(int descriptor)
+{
+    locked_[descriptor] = getpid();
+}
+
+bool Board::waits_for_itself(int descriptor) const
+{
+    return std::any_of(locked_.begin(), locked_.end(), [&](const auto& lock) {
+        return lock.first != descriptor && lock.second == getpid() &&
+               path_of(lock.first) == path_of(descriptor);
+    });
 }
 
 std::string Board::path_of(int descriptor) const

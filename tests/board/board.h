@@ -12,7 +12,6 @@
 #include <filesystem>
 #include <functional>
 #include <map>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -83,7 +82,10 @@ class Board
     [[nodiscard]] bool is_device(int descriptor) const;
     void opened(int descriptor, const std::string& path);
     void closing(int descriptor);
-    void locked(int descriptor) { locked_.insert(descriptor); }
+    void locked(int descriptor);
+    // Whether this very process holds a lock on the descriptor's file through another one: to wait
+    // for it would be for ever. A lock taken before a fork is the other process's.
+    [[nodiscard]] bool waits_for_itself(int descriptor) const;
     std::string path_of(int descriptor) const;
     // Runs before each call is answered, with its text; for tests that step in between calls.
     std::function<void(const std::string&)> before_call;
@@ -97,7 +99,7 @@ class Board
     std::set<size_t> fail_; // numbers of the calls that fail, the first call being 1
     size_t fail_from_ = SIZE_MAX;
     std::map<int, std::string> open_;
-    std::set<int> locked_;
+    std::map<int, int> locked_; // descriptor, process that took the lock
 };
 
 // The program's main, as linked into the tests.

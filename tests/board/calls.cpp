@@ -180,6 +180,11 @@ int board_flock(int descriptor, int operation)
     if (!begin("flock", board().path_of(descriptor), lock_text(operation))) {
         return -1;
     }
+    if ((operation & LOCK_NB) == 0 && board().waits_for_itself(descriptor)) {
+        ADD_FAILURE() << "waits for its own lock on " << board().path_of(descriptor);
+        errno = EDEADLK;
+        return -1;
+    }
     const int result = flock(descriptor, operation);
     if (result == 0) {
         board().locked(descriptor);

@@ -76,6 +76,17 @@ TEST_F(BoardSelf, ReportsALeftDescriptorAndLock)
     EXPECT_EQ(board.held_locks(), 0U);
 }
 
+TEST_F(BoardSelf, RefusesToWaitForItsOwnLockLoudly)
+{
+    FILE* first = nullptr;
+    FILE* second = nullptr;
+    ASSERT_EQ(fileAccess_lock(&first, SAVE_LOCK_WAIT), 0);
+    EXPECT_NONFATAL_FAILURE(EXPECT_EQ(fileAccess_lock(&second, SAVE_LOCK_WAIT), -1),
+                            "waits for its own lock on /tmp/Saveing");
+    EXPECT_EQ(fileAccess_lock(&second, SAVE_LOCK_TRY), -1) << "to try is no wait";
+    ASSERT_EQ(fileAccess_unlock(first), 0);
+}
+
 TEST_F(BoardSelf, RefusesAPathOutsideTheBoardLoudly)
 {
     EXPECT_NONFATAL_FAILURE((void)board.host("/etc/passwd"), "outside the board: /etc/passwd");

@@ -1,0 +1,240 @@
+// Reading the headers of flash image and working file, creating the empty working file.
+#include "log/log_image.h"
+#include "log/log_sweep.h"
+#include "maint/system_log.h"
+
+namespace
+{
+
+using namespace std::string_literals;
+
+using ReadFlashHeader = BoardTest;
+using ReadWorkingHeader = BoardTest;
+using FileInit = BoardTest;
+using EveryRoutine = BoardTest;
+
+// Two bytes of each field differ, so that a wrong width, order or place shows.
+constexpr const char* kTellingHeader = "04 03 02 81 06 05 08 07 0A 09 0C 8B";
+
+void tellingHeader_expect(const SystemLogHeader& header)
+{
+    EXPECT_EQ(header.seq_num, 0x81020304U);
+    EXPECT_EQ(header.number, 0x0506);
+    EXPECT_EQ(header.location, 0x0708);
+    EXPECT_EQ(header.version, 0x090A);
+    EXPECT_EQ(header.checksum, 0x8B0C);
+}
+
+// --- read_systemlog_header ---
+
+int32_t flashHeader_read()
+{
+    SystemLogHeader header;
+    return read_systemlog_header(&header);
+}
+
+TEST_F(ReadFlashHeader, ReadsTwelveBytesWithoutALock)
+{
+    board.file_put(kFlashImage, hex(kTellingHeader) + "and what follows"s);
+    SystemLogHeader header{};
+    ASSERT_EQ(read_systemlog_header(&header), 0);
+    tellingHeader_expect(header);
+    EXPECT_EQ(board.calls, (Trace{"open /dev/mtd_systemlog O_RDONLY", "read /dev/mtd_systemlog 12",
+                                  "close /dev/mtd_systemlog"}));
+    EXPECT_EQ(board.console, "");
+    EXPECT_FALSE(board.file_exists(kWorkingFile));
+}
+
+TEST_F(ReadFlashHeader, ReportsAMissingImage)
+{
+    EXPECT_EQ(flashHeader_read(), -1);
+    EXPECT_EQ(board.calls,
+              (Trace{"open /dev/mtd_systemlog O_RDONLY",
+                     "puts read_systemlog_header : 001 : /dev/mtd_systemlog file open error",
+                     "time now", "fopen /conf/system.log r+",
+                     "puts systemLog_put : 002 : /conf/system.log file open error"}));
+}
+
+TEST_F(ReadFlashHeader, RefusesEveryShortImageClosingItFirst)
+{
+    for (size_t length = 0; length < kHeaderSize; ++length) {
+        SCOPED_TRACE(length);
+        board.file_put(kFlashImage, hex(kTellingHeader).substr(0, length));
+        board.restart();
+        EXPECT_EQ(flashHeader_read(), -1);
+        EXPECT_EQ(
+            board.calls,
+            (Trace{"open /dev/mtd_systemlog O_RDONLY", "read /dev/mtd_systemlog 12",
+                   "close /dev/mtd_systemlog",
+                   "puts read_systemlog_header : 002 : /dev/mtd_systemlog file header read error",
+                   "time now", "fopen /conf/system.log r+",
+                   "puts systemLog_put : 002 : /conf/system.log file open error"}));
+    }
+    board.file_put(kFlashImage, hex(kTellingHeader));
+    EXPECT_EQ(flashHeader_read(), 0) << "exactly 12 bytes";
+}
+
+TEST_F(ReadFlashHeader, ReportsToTheSystemLogAsWell)
+{
+    board.file_put(kWorkingFile, fresh_log());
+    EXPECT_EQ(flashHeader_read(), -1);
+    board.file_put(kFlashImage, "short");
+    EXPECT_EQ(flashHeader_read(), -1);
+    EXPECT_EQ(board.console,
+              "read_systemlog_header : 001 : /dev/mtd_systemlog file open error\n"
+              "read_systemlog_header : 002 : /dev/mtd_systemlog file header read error\n");
+    EXPECT_EQ(
+        board.file_get(kWorkingFile),
+        hex("00 00 00 00 02 00 02 00 01 00 00 00") +
+            record_line("read_systemlog_header : 001 : /dev/mtd_systemlog file open error") +
+            record_line("read_systemlog_header : 002 : /dev/mtd_systemlog file header read error"));
+}
+
+TEST_F(ReadFlashHeader, AnswersEachFailingCallAsDocumented)
+{
+    sweep_expect(
+        board, [this] { board.file_put(kFlashImage, sample_image()); }, flashHeader_read,
+        {{"open /dev/mtd_systemlog O_RDONLY", -1,
+          "read_systemlog_header : 001 : /dev/mtd_systemlog file open error\n"s + kLogAbsent,
+          std::nullopt},
+         {"read /dev/mtd_systemlog 12", -1,
+          "read_systemlog_header : 002 : /dev/mtd_systemlog file header read error\n"s + kLogAbsent,
+          std::nullopt},
+         {"close /dev/mtd_systemlog", 0, "", std::nullopt}});
+}
+
+// --- zev_maintlog_head_read ---
+
+int32_t workingHeader_read()
+{
+    SystemLogHeader header;
+    return zev_maintlog_head_read(&header);
+}
+
+TEST_F(ReadWorkingHeader, ReadsTwelveBytesUnderAnExclusiveLock)
+{
+    const Bytes log = hex(kTellingHeader) + records_make(1);
+    board.file_put(kWorkingFile, log);
+    SystemLogHeader header{};
+    ASSERT_EQ(zev_maintlog_head_read(&header), 0);
+    tellingHeader_expect(header);
+    EXPECT_EQ(board.calls, (Trace{"fopen /conf/system.log rb", "flock /conf/system.log LOCK_EX",
+                                  "fread /conf/system.log 12", "fclose /conf/system.log"}));
+    EXPECT_EQ(board.console, "");
+    EXPECT_EQ(board.file_get(kWorkingFile), log);
+}
+
+TEST_F(ReadWorkingHeader, ReportsAMissingFileOnTheConsoleAlone)
+{
+    EXPECT_EQ(workingHeader_read(), -1);
+    EXPECT_EQ(board.calls,
+              (Trace{"fopen /conf/system.log rb",
+                     "puts zev_maintlog_head_read : 001 : /conf/system.log file open error"}));
+    EXPECT_FALSE(board.file_exists(kWorkingFile));
+}
+
+TEST_F(ReadWorkingHeader, RefusesEveryShortFileClosingItFirst)
+{
+    const std::string report =
+        "puts zev_maintlog_head_read : 003 : /conf/system.log file header write error";
+    for (size_t length = 0; length < kHeaderSize; ++length) {
+        SCOPED_TRACE(length);
+        board.file_put(kWorkingFile, hex(kTellingHeader).substr(0, length));
+        board.restart();
+        EXPECT_EQ(workingHeader_read(), -1);
+        EXPECT_EQ(board.calls,
+                  (Trace{"fopen /conf/system.log rb", "flock /conf/system.log LOCK_EX",
+                         "fread /conf/system.log 12", "fclose /conf/system.log", report}));
+        EXPECT_EQ(board.file_get(kWorkingFile), hex(kTellingHeader).substr(0, length));
+    }
+    board.file_put(kWorkingFile, hex(kTellingHeader));
+    EXPECT_EQ(workingHeader_read(), 0) << "exactly 12 bytes";
+}
+
+// Mask 1: the file is there and could take the message, but does not get it.
+TEST_F(ReadWorkingHeader, AnswersEachFailingCallAsDocumented)
+{
+    sweep_expect(
+        board, [this] { board.file_put(kWorkingFile, fresh_log()); }, workingHeader_read,
+        {{"fopen /conf/system.log rb", -1,
+          "zev_maintlog_head_read : 001 : /conf/system.log file open error\n", fresh_log()},
+         {"flock /conf/system.log LOCK_EX", -1,
+          "zev_maintlog_head_read : 002 : /conf/system.log file lock error\n", fresh_log()},
+         {"fread /conf/system.log 12", -1,
+          "zev_maintlog_head_read : 003 : /conf/system.log file header write error\n", fresh_log()},
+         {"fclose /conf/system.log", 0, "", fresh_log()}});
+}
+
+// --- systemLogFileInit ---
+
+TEST_F(FileInit, CreatesTheEmptyLogUnderAnExclusiveLock)
+{
+    ASSERT_EQ(systemLogFileInit(), 0);
+    EXPECT_EQ(board.file_get(kWorkingFile), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
+    EXPECT_EQ(board.calls, (Trace{"fopen /conf/system.log w+b", "flock /conf/system.log LOCK_EX",
+                                  "fwrite /conf/system.log 12", "fclose /conf/system.log"}));
+    EXPECT_EQ(board.console, "");
+}
+
+TEST_F(FileInit, EmptiesALogThatIsThere)
+{
+    board.file_put(kWorkingFile, sample_image());
+    ASSERT_EQ(systemLogFileInit(), 0);
+    EXPECT_EQ(board.file_get(kWorkingFile), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
+}
+
+TEST_F(FileInit, AnswersEachFailingCallAsDocumented)
+{
+    sweep_expect(
+        board, [this] { board.file_remove(kWorkingFile); }, systemLogFileInit,
+        {{"fopen /conf/system.log w+b", -1,
+          "systemLogFileInit : 001 : /conf/system.log file open error\n"s + kLogAbsent,
+          std::nullopt},
+         {"flock /conf/system.log LOCK_EX", -1,
+          "systemLogFileInit : 002 : /conf/system.log file lock error\n"s + kLogEmpty, ""},
+         {"fwrite /conf/system.log 12", -1,
+          "systemLogFileInit : 003 : /conf/system.log file header write error\n"s + kLogEmpty, ""},
+         {"fclose /conf/system.log", 0, "", fresh_log()}});
+}
+
+TEST_F(FileInit, ReportsAFailedOpenToALogThatIsThere)
+{
+    board.file_put(kWorkingFile, fresh_log());
+    board.fail_call(1);
+    EXPECT_EQ(systemLogFileInit(), -1);
+    EXPECT_EQ(board.console, "systemLogFileInit : 001 : /conf/system.log file open error\n");
+    EXPECT_EQ(board.file_get(kWorkingFile),
+              hex("00 00 00 00 01 00 01 00 01 00 00 00") +
+                  record_line("systemLogFileInit : 001 : /conf/system.log file open error"));
+}
+
+// --- All of them ---
+
+// When everything fails from some call on, only a failing last close goes unnoticed.
+TEST_F(EveryRoutine, GivesUpCleanlyWhenCallsFailForGood)
+{
+    const std::pair<const char*, int32_t (*)()> routines[] = {
+        {"read_systemlog_header", flashHeader_read},
+        {"zev_maintlog_head_read", workingHeader_read},
+        {"systemLogFileInit", systemLogFileInit},
+        {"systemLogFileMake", systemLogFileMake}};
+    for (const auto& [name, routine] : routines) {
+        SCOPED_TRACE(name);
+        size_t calls = 1;
+        for (size_t failing = 1; failing <= calls; ++failing) {
+            SCOPED_TRACE(failing);
+            board.file_put(kFlashImage, sample_image());
+            board.file_put(kWorkingFile, sample_image());
+            board.restart();
+            ASSERT_EQ(routine(), 0);
+            calls = board.calls.size();
+            board.restart();
+            board.fail_from(failing);
+            EXPECT_EQ(routine(), failing == calls ? 0 : -1);
+            EXPECT_EQ(board.open_descriptors(), 0U);
+            EXPECT_EQ(board.held_locks(), 0U);
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,231 @@
+// What each failing call of the whole program leads to.
+#include "log/log_image.h"
+#include "log/log_sweep.h"
+#include "maintlog/console_lines.h"
+
+namespace
+{
+
+using namespace std::string_literals;
+
+using ProgramFailures = BoardTest;
+
+const std::string kListing = kSampleHeaderLines + std::string(kSampleChecksumLines);
+
+// The console of a whole run without one of its lines.
+std::string without(const char* line, std::string console)
+{
+    const size_t at = console.find(line);
+    EXPECT_NE(at, std::string::npos) << line;
+    return console.erase(at, std::string(line).size());
+}
+
+std::string run_text(const std::string& between)
+{
+    return kBegin + between + kEnd;
+}
+
+TEST_F(ProgramFailures, OfAKeptWorkingFile)
+{
+    const Bytes kept = hex("02 00 00 00 03 00 03 00 01 00 00 00") + records_make(3);
+    const std::string good = run_text(kWarm);
+    sweep_expect(
+        board,
+        [&] {
+            board.file_put(kWorkingFile, kept);
+            board.file_put(kFlashImage, sample_image());
+        },
+        maintlogfile_main,
+        {{"puts maintlogfile --> FROM Read Sart!!", 1, without(kBegin, good), kept},
+         {"stat /conf/system.log", 1, run_text(kCold + kListing), sample_image()},
+         {"puts zev_maintlog_init : 001 : Warm Start!!", 1, without(kWarm, good), kept},
+         {"fopen /conf/system.log rb", 1,
+          run_text(kWarm + "zev_maintlog_head_read : 001 : /conf/system.log file open error\n"s +
+                   kUnreadable + kListing),
+          sample_image()},
+         {"flock /conf/system.log LOCK_EX", 1,
+          run_text(kWarm + "zev_maintlog_head_read : 002 : /conf/system.log file lock error\n"s +
+                   kUnreadable + kListing),
+          sample_image()},
+         {"fread /conf/system.log 12", 1,
+          run_text(kWarm +
+                   "zev_maintlog_head_read : 003 : /conf/system.log file header write error\n"s +
+                   kUnreadable + kListing),
+          sample_image()},
+         {"fclose /conf/system.log", 1, good, kept},
+         {"puts maintlogfile --> FROM Read End!!", -1, without(kEnd, good), kept}});
+}
+
+TEST_F(ProgramFailures, OfARebuild)
+{
+    const std::string good = run_text(kCold + kListing);
+    sweep_expect(
+        board,
+        [&] {
+            board.file_remove(kWorkingFile);
+            board.file_put(kFlashImage, sample_image());
+        },
+        maintlogfile_main,
+        {{"puts maintlogfile --> FROM Read Sart!!", 1, without(kBegin, good), sample_image()},
+         {"stat /conf/system.log", 1, good, sample_image()},
+         {"puts zev_maintlog_init : 004 : Cold Start!!", 1, without(kCold, good), sample_image()},
+         {"unlink /conf/system.log", 1, good, sample_image()},
+         {"open /dev/mtd_systemlog O_RDONLY", 1,
+          run_text(kCold + "read_systemlog_header : 001 : /dev/mtd_systemlog file open error\n"s +
+                   kLogAbsent + kNoFlashUnlogged),
+          fresh_log()},
+         {"read /dev/mtd_systemlog 12", 1,
+          run_text(kCold +
+                   "read_systemlog_header : 002 : /dev/mtd_systemlog file header read error\n"s +
+                   kLogAbsent + kNoFlashUnlogged),
+          fresh_log()},
+         {"close /dev/mtd_systemlog", 1, good, sample_image()},
+         {"fopen /dev/mtd_systemlog rb", 1,
+          run_text(kCold + "systemLogFileMake : 001 : /dev/mtd_systemlog file open error\n"s +
+                   kLogAbsent + kRefusedUnlogged),
+          fresh_log()},
+         {"flock /dev/mtd_systemlog LOCK_EX", 1,
+          run_text(kCold + "systemLogFileMake : 002 : /dev/mtd_systemlog file lock error\n"s +
+                   kLogAbsent + kRefusedUnlogged),
+          fresh_log()},
+         {"fread /dev/mtd_systemlog 12", 1,
+          run_text(kCold +
+                   "systemLogFileMake : 003 : /dev/mtd_systemlog file header read error\n"s +
+                   kLogAbsent + kRefusedUnlogged),
+          fresh_log()},
+         {"printf head.seq_num  : 7", 1, without("head.seq_num  : 7\n", good), sample_image()},
+         {"printf head.number   : 3", 1, without("head.number   : 3\n", good), sample_image()},
+         {"printf head.location : 5", 1, without("head.location : 5\n", good), sample_image()},
+         {"printf head.version  : 1", 1, without("head.version  : 1\n", good), sample_image()},
+         {"printf head.checksum : 51917", 1, without("head.checksum : 51917\n", good),
+          sample_image()},
+         {"fread /dev/mtd_systemlog 300", 1,
+          run_text(kCold + std::string(kSampleHeaderLines) +
+                   "systemLogFileMake : 005 : /dev/mtd_systemlog file log data error\n" +
+                   kLogAbsent + kRefusedUnlogged),
+          fresh_log()},
+         {"printf FROM header   checksum : 51917", 1,
+          without("FROM header   checksum : 51917\n", good), sample_image()},
+         {"printf FROM sytemlog checksum : 51917", 1,
+          without("FROM sytemlog checksum : 51917\n", good), sample_image()},
+         {"fclose /dev/mtd_systemlog", 1, good, sample_image()},
+         {"fopen /conf/system.log w+b", 1,
+          run_text(kCold + kListing +
+                   "systemLogFileMake : 007 : /conf/system.log file create error\n" + kLogAbsent +
+                   kRefusedUnlogged),
+          fresh_log()},
+         {"flock /conf/system.log LOCK_EX", 1,
+          run_text(kCold + kListing +
+                   "systemLogFileMake : 008 : /conf/system.log file lock error\n" + kLogEmpty +
+                   kRefused + kLogEmpty),
+          fresh_log()},
+         {"fwrite /conf/system.log 12", 1,
+          run_text(kCold + kListing +
+                   "systemLogFileMake : 009 : /conf/system.log file header write error\n" +
+                   kLogEmpty + kRefused + kLogEmpty),
+          fresh_log()},
+         {"fwrite /conf/system.log 300", 1,
+          run_text(kCold + kListing +
+                   "systemLogFileMake : 010 : /conf/system.log file write error\n" + kRefused),
+          fresh_log()},
+         {"fclose /conf/system.log", 1, good, sample_image()},
+         {"puts maintlogfile --> FROM Read End!!", -1, without(kEnd, good), sample_image()}});
+}
+
+TEST_F(ProgramFailures, OfAnEmptyLogInPlaceOfABadOne)
+{
+    const std::string good = run_text(kWarm + std::string(kNotSane) + kErasedUnlogged);
+    sweep_expect(
+        board,
+        [&] {
+            board.file_put(kWorkingFile, hex("00 00 00 00 01 00 E9 03 01 00 00 00"));
+            board.file_put(kFlashImage, Bytes(kHeaderSize, '\xFF'));
+        },
+        maintlogfile_main,
+        {{"puts maintlogfile --> FROM Read Sart!!", 1, without(kBegin, good), fresh_log()},
+         {"stat /conf/system.log", 1, run_text(kCold + std::string(kErasedUnlogged)), fresh_log()},
+         {"puts zev_maintlog_init : 001 : Warm Start!!", 1, without(kWarm, good), fresh_log()},
+         {"fopen /conf/system.log rb", 1,
+          run_text(kWarm + "zev_maintlog_head_read : 001 : /conf/system.log file open error\n"s +
+                   kUnreadable + kErasedUnlogged),
+          fresh_log()},
+         {"flock /conf/system.log LOCK_EX", 1,
+          run_text(kWarm + "zev_maintlog_head_read : 002 : /conf/system.log file lock error\n"s +
+                   kUnreadable + kErasedUnlogged),
+          fresh_log()},
+         {"fread /conf/system.log 12", 1,
+          run_text(kWarm +
+                   "zev_maintlog_head_read : 003 : /conf/system.log file header write error\n"s +
+                   kUnreadable + kErasedUnlogged),
+          fresh_log()},
+         {"fclose /conf/system.log", 1, good, fresh_log()},
+         {"puts zev_maintlog_init : 003 : maintlog header read error", 1, without(kNotSane, good),
+          fresh_log()},
+         // The file that stays takes message 006 until it is truncated.
+         {"unlink /conf/system.log", 1, without(kLogAbsent, good), fresh_log()},
+         {"open /dev/mtd_systemlog O_RDONLY", 1,
+          run_text(kWarm + std::string(kNotSane) +
+                   "read_systemlog_header : 001 : /dev/mtd_systemlog file open error\n" +
+                   kLogAbsent + kNoFlashUnlogged),
+          fresh_log()},
+         {"read /dev/mtd_systemlog 12", 1,
+          run_text(kWarm + std::string(kNotSane) +
+                   "read_systemlog_header : 002 : /dev/mtd_systemlog file header read error\n" +
+                   kLogAbsent + kNoFlashUnlogged),
+          fresh_log()},
+         {"close /dev/mtd_systemlog", 1, good, fresh_log()},
+         {"puts zev_maintlog_init : 006 : syslog init", 1, without(kErased, good), fresh_log()},
+         {"time now", 1,
+          run_text(kWarm + std::string(kNotSane) + kErased +
+                   "systemLog_put : 001 : time() error\n"),
+          fresh_log()},
+         {"fopen /conf/system.log r+", 1, good, fresh_log()},
+         {"puts systemLog_put : 002 : /conf/system.log file open error", 1,
+          without(kLogAbsent, good), fresh_log()},
+         {"fopen /conf/system.log w+b", 1,
+          run_text(kWarm + std::string(kNotSane) + kErasedUnlogged +
+                   "systemLogFileInit : 001 : /conf/system.log file open error\n" + kLogAbsent),
+          std::nullopt},
+         {"flock /conf/system.log LOCK_EX", 1,
+          run_text(kWarm + std::string(kNotSane) + kErasedUnlogged +
+                   "systemLogFileInit : 002 : /conf/system.log file lock error\n" + kLogEmpty),
+          ""},
+         {"fwrite /conf/system.log 12", 1,
+          run_text(kWarm + std::string(kNotSane) + kErasedUnlogged +
+                   "systemLogFileInit : 003 : /conf/system.log file header write error\n" +
+                   kLogEmpty),
+          ""},
+         {"fclose /conf/system.log", 1, good, fresh_log()},
+         {"puts maintlogfile --> FROM Read End!!", -1, without(kEnd, good), fresh_log()}});
+}
+
+// When everything fails from some call on, the program still comes to its end and leaves nothing
+// open; what it does not get to replace stays as it was.
+TEST_F(ProgramFailures, LeaveNothingOpenWhenCallsFailForGood)
+{
+    const Bytes kept = hex("02 00 00 00 03 00 03 00 01 00 00 00") + records_make(3);
+    const Bytes rejected = hex("02 00 00 00 03 00 E9 03 01 00 00 00") + records_make(3);
+    for (const Bytes& working : {kept, rejected}) {
+        size_t calls = 1;
+        for (size_t failing = 1; failing <= calls; ++failing) {
+            SCOPED_TRACE(failing);
+            board.file_put(kWorkingFile, working);
+            board.file_put(kFlashImage, sample_image());
+            board.restart();
+            ASSERT_EQ(maintlogfile_main(), 1);
+            calls = board.calls.size();
+            board.file_put(kWorkingFile, working);
+            board.restart();
+            board.fail_from(failing);
+            EXPECT_EQ(maintlogfile_main(), -1);
+            EXPECT_EQ(board.calls.back(), "puts maintlogfile --> FROM Read End!! -> failed");
+            EXPECT_EQ(board.open_descriptors(), 0U);
+            EXPECT_EQ(board.held_locks(), 0U);
+            if (failing <= 7) {
+                EXPECT_EQ(board.file_get(kWorkingFile), working) << "nothing was deleted yet";
+            }
+        }
+    }
+}
+
+} // namespace
