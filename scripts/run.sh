@@ -18,11 +18,13 @@ fi
 
 setup_need "${build_needs[@]}"
 printf 'Building (as %s, entering the private root with: %s)\n' "$(id -un)" "${enter[*]}"
-cmake --preset sample >/dev/null
-cmake --build --preset sample >/dev/null
-
 root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
+{ cmake --preset sample && cmake --build --preset sample; } >"$root/build.log" 2>&1 || {
+    cat "$root/build.log"
+    die 'the build failed'
+}
+
 tool=$PWD/build/sample/tools/systemlog_image
 flash=$root/dev/mtd_systemlog
 log=$root/conf/system.log
@@ -48,9 +50,9 @@ said_last() { [ "$(tail -n 1 "$root/console")" = "$1" ]; }
 said_nothing_of() { ! grep -qF -e "$1" "$root/console"; }
 
 # The image may be longer than the log in it.
-log_is_image() { cmp -- "$log" <(head -c "$(stat -c %s "$log")" "$flash"); }
+log_is_image() { head -c "$(stat -c %s "$log")" "$flash" | cmp -- "$log" -; }
 log_has_all_records() { [ "$(stat -c %s "$log")" -eq $((12 + 100 * $(records_of "$flash"))) ]; }
-log_is_empty() { cmp -- "$log" <(printf '\0\0\0\0\0\0\0\0\1\0\0\0'); }
+log_is_empty() { printf '\0\0\0\0\0\0\0\0\1\0\0\0' | cmp -- "$log" -; }
 log_is_untouched() { [ "$(log_stamp)" = "$stamp" ] && cmp -- "$log" "$root/log_before"; }
 log_stamp() { stat -c '%i %s %y %z' "$log"; }
 

@@ -4,12 +4,14 @@
 . "$(dirname "$0")/common.sh"
 work_make
 
+# compare FILE WHOSE: findings for the names of the file against the public entries.
 compare()
 {
     local name
-    while read -r name; do finding "$2 lacks $name"; done < <(comm -23 "$work/entries" "$1")
-    while read -r name; do finding "$2 has $name, which is no public entry"; done \
-        < <(comm -13 "$work/entries" "$1")
+    only_in_first "$work/entries" "$1" >"$work/lacking"
+    while read -r name; do finding "$2 lacks $name"; done <"$work/lacking"
+    only_in_first "$1" "$work/entries" >"$work/extra"
+    while read -r name; do finding "$2 has $name, which is no public entry"; done <"$work/extra"
 }
 
 list_words "$1" 1 >"$work/entries"

@@ -15,7 +15,6 @@ while read -r section size; do
     esac
     [ "$((16#$size))" -eq 0 ] || finding "$1: section $section of $((16#$size)) bytes"
 done <"$work/sections"
-while read -r name; do
-    finding "$1: common symbol $name"
-done < <("$NM" "$1" | awk '$2 == "C" { print $3 }')
+"$NM" "$1" | awk '$2 == "C" { print $3 }' >"$work/common"
+while read -r name; do finding "$1: common symbol $name"; done <"$work/common"
 check_end

@@ -68,6 +68,7 @@ calls_allowed()
 names_check()
 {
     local name
+    only_in_first "$1" "$work/allowed" >"$work/strangers"
     while read -r name; do
         case $name in
         _Z* | __cxa* | __gxx* | _Unwind* | __dynamic_cast)
@@ -75,5 +76,5 @@ names_check()
         *)
             finding "$2 calls $name, which neither pure_calls.txt nor calls.syms allows" ;;
         esac
-    done < <(only_in_first "$1" "$work/allowed")
+    done <"$work/strangers"
 }
