@@ -48,8 +48,8 @@ int32_t systemLog_put(const char* text)
     if (header.number == SYSTEM_LOG_SLOTS && header.location >= SYSTEM_LOG_SLOTS) {
         header.location = 0;
     }
-    if (!lockedFile_seek(file, static_cast<long>(sizeof header) +
-                                   SYSTEM_LOG_RECORD_SIZE * header.location)) {
+    const size_t offset = sizeof header + size_t{SYSTEM_LOG_RECORD_SIZE} * header.location;
+    if (!lockedFile_seek(file, static_cast<long>(offset))) {
         return lockedFile_fail(file, "systemLog_put : 005 : %s file seek error");
     }
     fprintf(file.stream, "%s %-79.79s\n", stamp, text);

@@ -15,7 +15,7 @@ namespace
 
 struct LogImage {
     SystemLogHeader header;
-    std::array<uint8_t, SYSTEM_LOG_SLOTS * SYSTEM_LOG_RECORD_SIZE> records;
+    std::array<uint8_t, size_t{SYSTEM_LOG_SLOTS} * SYSTEM_LOG_RECORD_SIZE> records;
 
     [[nodiscard]] size_t records_size() const
     {

@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# What cmake --install leaves is all that a C program needs, by CMake package and by pkg-config.
+# usage: check_installation.sh BUILD_DIR INCLUDE_DIR CONSUMER_DIR
+. "$(dirname "$0")/common.sh"
+work_make
+
+prefix=$work/prefix
+"$CMAKE" --install "$1" --prefix "$prefix" >"$work/install.log"
+
+[ -x "$prefix/sbin/maintlogfile" ] || finding "no sbin/maintlogfile"
+diff -r "$2/maint" "$prefix/include/maint" || finding "the installed headers are not the public ones"
+
+"$(dirname "$0")/check_consumer.sh" "$prefix" "$3" || finding "the installed library is of no use"
+check_end

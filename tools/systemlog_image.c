@@ -1,0 +1,338 @@
+/*
+ * systemlog_image: makes and shows system logs, for trying the boot restore without a board.
+ *
+ * Shares nothing with the library but its public header: layout and checksum are written out here
+ * a second time, so that the two check each other.
+ */
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <time.h>
+
+#include "maint/system_log.h"
+
+enum {
+    HEADER_SIZE = 12,
+    STAMP_LENGTH = 19,
+    EVENTS_MAX = 100000, /* a hundred times around the ring */
+    SHOWN_AT_EACH_END = 4,
+    EXIT_USAGE = 2
+};
+
+typedef struct Log {
+    SystemLogHeader header;
+    unsigned char records[SYSTEM_LOG_SLOTS * SYSTEM_LOG_RECORD_SIZE];
+    size_t bytes; /* read of the record area */
+} Log;
+
+/* Bytes ------------------------------------------------------------------------------------ */
+
+static void put16(unsigned char* at, unsigned value)
+{
+    at[0] = (unsigned char)(value & 0xFFU);
+    at[1] = (unsigned char)(value >> 8 & 0xFFU);
+}
+
+static unsigned get16(const unsigned char* at)
+{
+    return at[0] | (unsigned)at[1] << 8;
+}
+
+/* Adds with the carry brought round at each step; the two result bytes change places at the end. */
+static unsigned records_checksum(const unsigned char* data, size_t size)
+{
+    unsigned sum = 0;
+    size_t i;
+    for (i = 0; i + 1 < size; i += 2) {
+        sum += get16(data + i);
+        if (sum > 0xFFFFU) {
+            sum -= 0xFFFFU;
+        }
+    }
+    sum = ~sum & 0xFFFFU;
+    return sum >> 8 | (sum & 0xFFU) << 8;
+}
+
+static size_t records_size(const Log* log)
+{
+    return (size_t)log->header.number * SYSTEM_LOG_RECORD_SIZE;
+}
+
+/* Making ----------------------------------------------------------------------------------- */
+
+/* What the appliance has to tell; %u is a small number that varies from event to event. */
+static const char* const events[] = {
+    "link up : LAN port %u (100 Mbps, full duplex)",
+    "link down : LAN port %u",
+    "PPPoE session up, MTU 1454, attempt %u",
+    "PPPoE session down, echo requests unanswered : %u",
+    "VPN tunnel to site %02u established",
+    "VPN tunnel to site %02u lost, rekeying",
+    "clock set by NTP, offset %u ms",
+    "configuration saved to flash, generation %u",
+    "login on the maintenance console, session %u",
+    "bandwidth limit changed, table entry %u",
+    "address table full, oldest entry dropped, unit %u",
+    "temperature back in range, sensor %u",
+    "GetIniFileString : 001 : /tmp/mtu_datasize.%u file open error",
+    "cold start, reset cause %u",
+};
+
+/* The same sequence at every run and on every machine. */
+static unsigned next_random(unsigned* state)
+{
+    *state = (*state * 1103515245U + 12345U) & 0x7FFFFFFFU;
+    return *state >> 12;
+}
+
+static void record_write(unsigned char* record, time_t when, const char* message)
+{
+    char stamp[STAMP_LENGTH + 1];
+    char line[SYSTEM_LOG_RECORD_SIZE + 1];
+    strftime(stamp, sizeof stamp, "%Y/%m/%d %H:%M:%S", gmtime(&when));
+    snprintf(line, sizeof line, "%s %-*.*s\n", stamp, SYSTEM_LOG_MESSAGE_LENGTH,
+             SYSTEM_LOG_MESSAGE_LENGTH, message);
+    memcpy(record, line, SYSTEM_LOG_RECORD_SIZE);
+}
+
+/* Logs `count` events one after another, around the ring as often as it takes. */
+static void log_fill(Log* log, unsigned count, uint32_t seq)
+{
+    unsigned state = 1;
+    time_t when = 1141203907; /* 2006-03-01 09:05:07 */
+    unsigned i;
+    memset(log, 0, sizeof *log);
+    for (i = 0; i < count; ++i) {
+        char message[SYSTEM_LOG_MESSAGE_LENGTH + 1];
+        const char* event = events[next_random(&state) % (sizeof events / sizeof events[0])];
+        snprintf(message, sizeof message, event, 1 + next_random(&state) % 8);
+        record_write(log->records + (size_t)(i % SYSTEM_LOG_SLOTS) * (size_t)SYSTEM_LOG_RECORD_SIZE,
+                     when, message);
+        when += (time_t)(1 + next_random(&state) % 7200);
+    }
+    log->header.seq_num = seq;
+    log->header.number = (uint16_t)(count < SYSTEM_LOG_SLOTS ? count : SYSTEM_LOG_SLOTS);
+    /* 1 .. 1000 once the ring is full: 1000 goes back to slot 0 at the next write only. */
+    log->header.location = (uint16_t)(count == 0 ? 0 : (count - 1) % SYSTEM_LOG_SLOTS + 1);
+    log->header.version = SYSTEM_LOG_VERSION;
+    log->header.checksum =
+        (uint16_t)(count == 0 ? 0 : records_checksum(log->records, records_size(log)));
+}
+
+static int log_write(const Log* log, const char* path)
+{
+    unsigned char head[HEADER_SIZE];
+    FILE* file = fopen(path, "wb");
+    int good;
+    if (file == NULL) {
+        perror(path);
+        return EXIT_FAILURE;
+    }
+    put16(head, log->header.seq_num & 0xFFFFU);
+    put16(head + 2, log->header.seq_num >> 16);
+    put16(head + 4, log->header.number);
+    put16(head + 6, log->header.location);
+    put16(head + 8, log->header.version);
+    put16(head + 10, log->header.checksum);
+    good = fwrite(head, sizeof head, 1, file) == 1 &&
+           fwrite(log->records, 1, records_size(log), file) == records_size(log);
+    if (fclose(file) != 0 || !good) {
+        perror(path);
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
+}
+
+/* Reading ---------------------------------------------------------------------------------- */
+
+static int damage(const char* path, const char* fault)
+{
+    fprintf(stderr, "%s: damaged: %s\n", path, fault);
+    return EXIT_FAILURE;
+}
+
+static int log_read(Log* log, const char* path)
+{
+    unsigned char head[HEADER_SIZE];
+    FILE* file = fopen(path, "rb");
+    if (file == NULL) {
+        perror(path);
+        return EXIT_FAILURE;
+    }
+    memset(log, 0, sizeof *log);
+    if (fread(head, sizeof head, 1, file) != 1) {
+        fclose(file);
+        return damage(path, "shorter than the header of 12 bytes");
+    }
+    log->bytes = fread(log->records, 1, sizeof log->records, file);
+    fclose(file);
+    log->header.seq_num = get16(head) | (uint32_t)get16(head + 2) << 16;
+    log->header.number = (uint16_t)get16(head + 4);
+    log->header.location = (uint16_t)get16(head + 6);
+    log->header.version = (uint16_t)get16(head + 8);
+    log->header.checksum = (uint16_t)get16(head + 10);
+    return EXIT_SUCCESS;
+}
+
+/* The slot of the nth record in order of time. */
+static unsigned slot_of(const SystemLogHeader* header, unsigned n)
+{
+    const unsigned oldest = header->number == SYSTEM_LOG_SLOTS ? header->location : 0;
+    return (oldest + n) % SYSTEM_LOG_SLOTS;
+}
+
+static const unsigned char* record_of(const Log* log, unsigned n)
+{
+    return log->records + (size_t)slot_of(&log->header, n) * (size_t)SYSTEM_LOG_RECORD_SIZE;
+}
+
+/* The form that every record has: time stamp, blank, message, newline. */
+static int record_good(const unsigned char* record)
+{
+    static const char form[] = "0000/00/00 00:00:00 ";
+    size_t i;
+    for (i = 0; i < sizeof form - 1; ++i) {
+        const int digit = record[i] >= '0' && record[i] <= '9';
+        if (form[i] == '0' ? !digit : record[i] != (unsigned char)form[i]) {
+            return 0;
+        }
+    }
+    return record[SYSTEM_LOG_RECORD_SIZE - 1] == '\n' &&
+           memchr(record, '\n', SYSTEM_LOG_RECORD_SIZE - 1) == NULL;
+}
+
+/* What keeps the boot restore from reading the records; null: nothing. */
+static const char* layout_fault(const Log* log)
+{
+    if (log->header.number > SYSTEM_LOG_SLOTS) {
+        return "number is above 1000";
+    }
+    if (log->header.version == 0) {
+        return "version is 0";
+    }
+    if (log->bytes < records_size(log)) {
+        return "shorter than its number of records";
+    }
+    return NULL;
+}
+
+static int checksum_good(const Log* log)
+{
+    return records_checksum(log->records, records_size(log)) == log->header.checksum;
+}
+
+static void record_show(const Log* log, unsigned n)
+{
+    const unsigned char* record = record_of(log, n);
+    size_t length = SYSTEM_LOG_RECORD_SIZE - 1;
+    size_t i;
+    while (record[length - 1] == ' ') {
+        --length;
+    }
+    printf("%5u  slot %3u  ", n + 1, slot_of(&log->header, n));
+    for (i = 0; i < length; ++i) {
+        putchar(record[i] >= ' ' && record[i] != 0x7F ? record[i] : '?');
+    }
+    putchar('\n');
+}
+
+static int log_show(const Log* log, const char* path)
+{
+    const SystemLogHeader* header = &log->header;
+    const unsigned number = header->number;
+    const char* fault = layout_fault(log);
+    unsigned n;
+    printf("%s\n", path);
+    printf("  seq_num %lu  number %u  location %u  version %u  checksum 0x%04X\n",
+           (unsigned long)header->seq_num, number, header->location, header->version,
+           header->checksum);
+    if (header->seq_num == SYSTEM_LOG_SEQ_ERASED) {
+        puts("  erased flash: no log was ever saved");
+        return EXIT_SUCCESS;
+    }
+    if (fault == NULL && header->location > SYSTEM_LOG_SLOTS) {
+        fault = "location is above 1000";
+    }
+    for (n = 0; fault == NULL && n < number; ++n) {
+        if (!record_good(record_of(log, n))) {
+            fault = "a record is not a time stamp and one line of text";
+        }
+    }
+    if (fault != NULL) {
+        return damage(path, fault);
+    }
+    if (number == 0) {
+        puts("  empty log");
+        return EXIT_SUCCESS;
+    }
+    /* The working file keeps the image's checksum while it grows, so a difference is no fault. */
+    printf("  %s; the records' checksum is %s\n",
+           number == SYSTEM_LOG_SLOTS ? "full ring" : "ring not yet full",
+           checksum_good(log) ? "the header's" : "not the header's");
+    for (n = 0; n < number; ++n) {
+        if (n < SHOWN_AT_EACH_END || n >= number - SHOWN_AT_EACH_END) {
+            record_show(log, n);
+        } else if (n == SHOWN_AT_EACH_END) {
+            printf("  ...  %u more\n", number - 2U * SHOWN_AT_EACH_END);
+        }
+    }
+    return EXIT_SUCCESS;
+}
+
+/* Whether the boot restore takes the file as a flash image. It does not look into the records. */
+static int image_check(const Log* log, const char* path)
+{
+    const char* fault = layout_fault(log);
+    if (log->header.seq_num == SYSTEM_LOG_SEQ_ERASED) {
+        fprintf(stderr, "%s: erased flash\n", path);
+        return EXIT_FAILURE;
+    }
+    if (fault == NULL && log->header.number > 0 && !checksum_good(log)) {
+        fault = "the records' checksum is not the header's";
+    }
+    if (fault != NULL) {
+        return damage(path, fault);
+    }
+    printf("%s: good image, %u records\n", path, log->header.number);
+    return EXIT_SUCCESS;
+}
+
+/* Command line ----------------------------------------------------------------------------- */
+
+static int usage(void)
+{
+    fputs("usage: systemlog_image make FILE COUNT [SEQ]   a flash image after COUNT events\n"
+          "       systemlog_image show FILE               header, first and last records\n"
+          "       systemlog_image check FILE              whether the boot takes the image\n",
+          stderr);
+    return EXIT_USAGE;
+}
+
+static int number_parse(const char* text, unsigned long limit, unsigned long* number)
+{
+    char* end = NULL;
+    *number = strtoul(text, &end, 10);
+    return text[0] >= '0' && text[0] <= '9' && *end == '\0' && *number <= limit;
+}
+
+int main(int argc, char** argv)
+{
+    static Log log;
+    unsigned long count = 0;
+    unsigned long seq = 1;
+    if (argc >= 4 && argc <= 5 && strcmp(argv[1], "make") == 0) {
+        if (!number_parse(argv[3], EVENTS_MAX, &count) ||
+            (argc == 5 && !number_parse(argv[4], SYSTEM_LOG_SEQ_ERASED, &seq))) {
+            return usage();
+        }
+        log_fill(&log, (unsigned)count, (uint32_t)seq);
+        return log_write(&log, argv[2]);
+    }
+    if (argc == 3 && strcmp(argv[1], "show") == 0) {
+        return log_read(&log, argv[2]) == EXIT_SUCCESS ? log_show(&log, argv[2]) : EXIT_FAILURE;
+    }
+    if (argc == 3 && strcmp(argv[1], "check") == 0) {
+        return log_read(&log, argv[2]) == EXIT_SUCCESS ? image_check(&log, argv[2]) : EXIT_FAILURE;
+    }
+    return usage();
+}
