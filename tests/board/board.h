@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -75,6 +76,10 @@ class Board
     [[nodiscard]] size_t open_descriptors() const { return open_.size(); }
     [[nodiscard]] const std::map<int, std::string>& descriptors() const { return open_; }
     [[nodiscard]] size_t held_locks() const { return locked_.size(); }
+
+    // A process that waits for a lock of its own fails the test instead of hanging it; a test of
+    // that very wait says false.
+    bool own_wait_fails = true;
 
     // For the calls themselves.
     bool begin(const std::string& call); // records the call; false: it has to fail

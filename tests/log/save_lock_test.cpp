@@ -328,6 +328,7 @@ TEST_F(SaveLock, SecondBlockingLockInTheSameProcessWaitsForTheFirst)
     const pid_t child = child_start([&] {
         FILE* first = nullptr;
         FILE* second = nullptr;
+        board.own_wait_fails = false;
         if (fileAccess_lock(&first, 0) != 0) {
             return 1;
         }
