@@ -86,7 +86,8 @@ int32_t read_phy(PhyStatus* status)
     }
     if (!status_decide(registers, status)) {
         // A second pass, on the descriptor that is closed by now: it fails at its first request, so
-        // that an undecided negotiation reads as a read failure. Callers rely on that code.
+        // that an undecided negotiation reads as a read failure. Callers rely on that code. It ends
+        // otherwise only when another thread has been given the descriptor's number in between.
         result = registers_read(used, status->port, registers);
         if (result != DEVICE_OK) {
             return result;
