@@ -1,5 +1,7 @@
 // Reading a PHY: RD_PHY_STATUS and RD_PHY_REGISTER.
+#include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "device/port/mii.h"
 #include "device/port/phy.h"
@@ -58,14 +60,15 @@ bool status_decide(const MiiRegisters& registers, PhyStatus* status)
         return false;
     }
     const unsigned common = registers[kMiiAdvertised] & registers[kMiiPartner];
-    for (const Ability& ability : kAbilities) {
-        if ((common & ability.bit) != 0) {
-            status->speed100 = ability.speed100;
-            status->full_duplex = ability.full_duplex;
-            return true;
-        }
+    const auto* best =
+        std::find_if(std::begin(kAbilities), std::end(kAbilities),
+                     [common](const Ability& ability) { return (common & ability.bit) != 0; });
+    if (best == std::end(kAbilities)) {
+        return false;
     }
-    return false;
+    status->speed100 = best->speed100;
+    status->full_duplex = best->full_duplex;
+    return true;
 }
 
 } // namespace
@@ -86,7 +89,8 @@ int32_t read_phy(PhyStatus* status)
     }
     if (!status_decide(registers, status)) {
         // A second pass, on the descriptor that is closed by now: it fails at its first request, so
-        // that an undecided negotiation reads as a read failure. Callers rely on that code.
+        // that an undecided negotiation reads as a read failure. Callers rely on that code. It ends
+        // otherwise only when another thread has been given the descriptor's number in between.
         result = registers_read(used, status->port, registers);
         if (result != DEVICE_OK) {
             return result;

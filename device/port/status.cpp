@@ -44,7 +44,7 @@ char hex_digit(unsigned value)
 
 int32_t read_device_info(DeviceInfo* info)
 {
-    uint8_t words[8] = {};
+    alignas(uint16_t) uint8_t words[8] = {}; // the driver stores words
     const int32_t status = command_readRecord(kDeviceInfoRead, words);
     if (status != DEVICE_OK) {
         return status;

@@ -94,6 +94,8 @@ class Board
     std::string path_of(int descriptor) const;
     // Runs before each call is answered, with its text; for tests that step in between calls.
     std::function<void(const std::string&)> before_call;
+    // Runs after each close of a descriptor; for tests that play another thread of the process.
+    std::function<void()> after_close;
 
     static Board& current();
 

@@ -140,6 +140,9 @@ int board_close(int descriptor)
     const bool good = begin("close", board().path_of(descriptor));
     board().closing(descriptor);
     const int result = board().is_device(descriptor) ? 0 : close(descriptor);
+    if (board().after_close) {
+        board().after_close();
+    }
     return good ? result : -1;
 }
 

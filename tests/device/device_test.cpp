@@ -211,6 +211,12 @@ void DeviceTest::expect_refused(DeviceCommandCode command, void* argument)
     expect_course(command, argument, {}, DEVICE_BAD_ARGUMENT);
 }
 
+void DeviceTest::fail_in_both_runs(size_t n, size_t descriptors)
+{
+    const size_t first_run = n + descriptors;
+    board.fail_calls({n, first_run + kRetry.size() + n});
+}
+
 void DeviceTest::for_every_word(const std::function<void(uint16_t)>& check)
 {
     board.recording = false;

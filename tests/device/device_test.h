@@ -60,6 +60,10 @@ class DeviceTest : public BoardTest
     // A value that must be refused before anything is opened.
     void expect_refused(DeviceCommandCode command, void* argument);
 
+    // Plans the nth call to fail in both runs of a command, which closes that many descriptors
+    // then.
+    void fail_in_both_runs(size_t n, size_t descriptors);
+
     // Calls `check` for each of the 65,536 values of a word, without recording calls.
     void for_every_word(const std::function<void(uint16_t)>& check);
 

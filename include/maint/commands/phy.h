@@ -12,7 +12,8 @@
  *
  * Results: 0; -1 device not opened; -2 a register cannot be read, or the link is up under
  * autonegotiation that has not completed or found no common ability (autoneg and link are filled
- * then); -5 port above 6.
+ * then); -3 instead of that -2, should another thread open the device in the middle of the call;
+ * -5 port above 6.
  */
 typedef struct PhyStatus {
     uint32_t port;       /* 0: 0..6 */
