@@ -76,7 +76,7 @@ int FpgaModel::serve(const RequestForm& form, char* record, uint32_t value)
             form.size == 4 ? value : value & ((1U << (8 * form.size)) - 1);
         break;
     case Argument::kRecord:
-        serve_record(form.number, record);
+        serve_record(form, record);
         break;
     case Argument::kNothing:
         break;
@@ -84,10 +84,11 @@ int FpgaModel::serve(const RequestForm& form, char* record, uint32_t value)
     return forced == results.end() ? 0 : forced->second;
 }
 
-void FpgaModel::serve_record(uint32_t request, char* record)
+void FpgaModel::serve_record(const RequestForm& form, char* record)
 {
+    const uint32_t request = form.number;
     const auto first16 = number_at<uint16_t>(record, 0);
-    const auto key = number_at<uint32_t>(record, 0);
+    const uint32_t key = form.size < sizeof key ? first16 : number_at<uint32_t>(record, 0);
     switch (request) {
     case 0x6B01:
         bytes_put(record, 0, device_info, 0, 8);
@@ -208,7 +209,7 @@ void FpgaModel::serve_record(uint32_t request, char* record)
         break;
     }
     default:
-        written[request].assign(record, requestForm_find(request)->size);
+        written[request].assign(record, form.size);
         break;
     }
 }

@@ -62,5 +62,5 @@ class FpgaModel
     int serve(const RequestForm& form, char* record, uint32_t value);
 
   private:
-    void serve_record(uint32_t request, char* record);
+    void serve_record(const RequestForm& form, char* record);
 };
