@@ -4,13 +4,13 @@
 #include <cstdio>
 #include <cstring>
 
+#include "config/config_path.h"
 #include "log/report.h"
 #include "maint/save_lock.h"
 
 namespace
 {
 
-constexpr const char* kConfigPath = "/conf/config";
 constexpr int kPieceSize = 1024; // a longer line is read, and treated, as several lines
 
 // "[", the word for "site" in EUC-JP, "ID#": begins the header of every per-site section.

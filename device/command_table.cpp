@@ -8,6 +8,9 @@
 #include "device/periph/unit.h"
 #include "device/port/bandwidth.h"
 #include "device/port/device_word.h"
+#include "device/port/mtu_datasize.h"
+#include "device/port/mtu_flags.h"
+#include "device/port/mtu_limit.h"
 #include "device/port/phy.h"
 #include "device/port/status.h"
 #include "device/regs/address_table.h"
@@ -82,14 +85,14 @@ constexpr DeviceCommand kCommands[kCommandCount] = {
     {RD_DEVICE_WORD_48, handler<read_device_word_48>()},
     {WR_DEVICE_WORD_49, handler<write_device_word_49>()},
     {RD_DEVICE_WORD_3B, handler<read_device_word_3b>()},
-    {RD_MTU_LIMIT, nullptr},
-    {WR_MTU_LIMIT, nullptr},
-    {RD_DEVICE_WORD_35, nullptr},
-    {WR_DEVICE_WORD_36, nullptr},
-    {RD_MTU_DATASIZE, nullptr},
-    {WR_MTU_DATASIZE, nullptr},
-    {RD_VLANT_MAP_ENABLE, nullptr},
-    {WR_VLANT_MAP_ENABLE, nullptr},
+    {RD_MTU_LIMIT, handler<read_mtu_limit>()},
+    {WR_MTU_LIMIT, handler<write_mtu_limit>()},
+    {RD_DEVICE_WORD_35, handler<read_device_word_35>()},
+    {WR_DEVICE_WORD_36, handler<write_device_word_36>()},
+    {RD_MTU_DATASIZE, handler<read_mtu_datasize>()},
+    {WR_MTU_DATASIZE, handler<write_mtu_datasize>()},
+    {RD_VLANT_MAP_ENABLE, handler<read_vlant_map_enable>()},
+    {WR_VLANT_MAP_ENABLE, handler<write_vlant_map_enable>()},
     {RD_REG_DA_LATCHED, nullptr},
     {RD_ID_ENTRY, nullptr},
     {WR_ID_ENTRY, nullptr},

@@ -10,6 +10,9 @@
 // The failure of a call that a command ignores.
 constexpr int32_t kIgnored = INT32_MAX;
 
+// The failure of a call that changes the course; prove leaves it to the command's own tests.
+constexpr int32_t kElsewhere = INT32_MAX - 1;
+
 struct Step {
     std::string call;
     int32_t failure; // what the command returns when this call fails
