@@ -3,6 +3,9 @@
 #include "device/command_table.h"
 
 #include "device/handler.h"
+#include "device/led/indicator.h"
+#include "device/led/panel_read.h"
+#include "device/led/pattern.h"
 #include "device/periph/rtc.h"
 #include "device/periph/switch_tables.h"
 #include "device/periph/unit.h"
@@ -43,19 +46,19 @@ constexpr DeviceCommand kCommands[kCommandCount] = {
     {WR_BANDWIDTH, handler<write_bandwidth>()},
     {RD_ENABLE_FLAG, handler<read_enable_flag>()},
     {WR_ENABLE_FLAG, handler<write_enable_flag>()},
-    {RD_LED_STATE, nullptr},
-    {WR_LED_A, nullptr},
-    {WR_LED_B, nullptr},
-    {WR_LED_C, nullptr},
-    {WR_LED_D, nullptr},
-    {WR_LED_E, nullptr},
+    {RD_LED_STATE, handler<read_led_state>()},
+    {WR_LED_A, handler<write_led_a>()},
+    {WR_LED_B, handler<write_led_b>()},
+    {WR_LED_C, handler<write_led_c>()},
+    {WR_LED_D, handler<write_led_d>()},
+    {WR_LED_E, handler<write_led_e>()},
     {WR_LINE_MODE, handler<write_line_mode>()},
-    {WR_LED_GROUP_1, nullptr},
-    {WR_LED_GROUP_3, nullptr},
-    {WR_LED_GROUP_4, nullptr},
-    {WR_LED_GROUP_5, nullptr},
-    {WR_LED_GROUP_6, nullptr},
-    {WR_LED_GROUP_7, nullptr},
+    {WR_LED_GROUP_1, handler<write_led_group_1>()},
+    {WR_LED_GROUP_3, handler<write_led_group_3>()},
+    {WR_LED_GROUP_4, handler<write_led_group_4>()},
+    {WR_LED_GROUP_5, handler<write_led_group_5>()},
+    {WR_LED_GROUP_6, handler<write_led_group_6>()},
+    {WR_LED_GROUP_7, handler<write_led_group_7>()},
     {WR_LINE_FLAGS, handler<write_line_flags>()},
     {RD_CHANNEL_WORD, handler<read_channel_word>()},
     {WR_CHANNEL_WORD, handler<write_channel_word>()},
@@ -74,8 +77,8 @@ constexpr DeviceCommand kCommands[kCommandCount] = {
     {WR_DEVICE_WORD_2A, handler<write_device_word_2a>()},
     {RD_GROUP_FLAG, handler<read_group_flag>()},
     {WR_GROUP_FLAG, handler<write_group_flag>()},
-    {RD_UNIT_STATUS_MAP, nullptr},
-    {RD_UNIT_STATUS_FLAG, nullptr},
+    {RD_UNIT_STATUS_MAP, handler<read_unit_status_map>()},
+    {RD_UNIT_STATUS_FLAG, handler<read_unit_status_flag>()},
     {RD_DEVICE_WORD_40, handler<read_device_word_40>()},
     {WR_DEVICE_WORD_41, handler<write_device_word_41>()},
     {RD_DEVICE_WORD_21, handler<read_device_word_21>()},
@@ -155,10 +158,10 @@ constexpr DeviceCommand kCommands[kCommandCount] = {
     {WR_REG15C_PAIR, handler<write_reg15c_pair>()},
     {RD_REG16E_BLOCK, handler<read_reg16e_block>()},
     {WR_REG16E_BLOCK, handler<write_reg16e_block>()},
-    {WR_LED_PATTERN_3, nullptr},
-    {WR_LED_PATTERN_2, nullptr},
-    {WR_LED_RESTORE, nullptr},
-    {WR_LED_PATTERN_1, nullptr},
+    {WR_LED_PATTERN_3, handler<write_led_pattern_3>()},
+    {WR_LED_PATTERN_2, handler<write_led_pattern_2>()},
+    {WR_LED_RESTORE, handler<write_led_restore>()},
+    {WR_LED_PATTERN_1, handler<write_led_pattern_1>()},
     {RD_REGFE_MODE, handler<read_regfe_mode>()},
     {WR_REGFE_MODE, handler<write_regfe_mode>()},
     {RD_REGFE_NIBBLE, handler<read_regfe_nibble>()},

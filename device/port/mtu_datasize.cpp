@@ -43,11 +43,9 @@ int32_t read_mtu_datasize(MtuDatasize* record)
         systemLog_put("read_mtu_datasize: /tmp/mtu_datasize open error.");
         return kFileFailed;
     }
-    MtuDatasize held;
-    const bool good = fread(&held, sizeof held, 1, file) == 1;
-    if (good) {
-        *record = held;
-    } else {
+    // A short file leaves what it had in the caller's record.
+    const bool good = fread(record, sizeof *record, 1, file) == 1;
+    if (!good) {
         systemLog_put("read_mtu_datasize: /tmp/mtu_datasize read error.");
     }
     fclose(file);

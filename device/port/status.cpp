@@ -5,11 +5,10 @@
 #include "device/bit_flag.h"
 #include "device/flag_fields.h"
 #include "device/fpga_device.h"
+#include "device/led/panel.h"
 
 static_assert(sizeof(DeviceInfo) == 8);
 static_assert(sizeof(PortFlags) == 12);
-static_assert(offsetof(LedStateRecord, ledF) == 13);
-static_assert(offsetof(LedStateRecord, group2) == 18);
 
 namespace
 {
@@ -27,10 +26,6 @@ constexpr FlagField kPortFlags[] = {{0, 0x0100}, {1, 0x0002}, {2, 0x0004}, {3, 0
 constexpr uint16_t kPortFlagsForced = 0x10F0; // while status bit 8 is set
 
 constexpr uint16_t kEnableBit = 0x0001;
-
-constexpr uint16_t kLineMode1 = 0x0010;
-constexpr uint16_t kLineMode2 = 0x0020;
-constexpr FlagField kLineFlags[] = {{0, 0x0004}, {1, 0x0001}, {2, 0x0002}};
 
 constexpr uint32_t kIdRegister = 0x0180;
 constexpr uint32_t kRegisterStep = 2;
@@ -132,19 +127,15 @@ int32_t write_enable_flag(const uint8_t* flag)
     return command_writeValue(kEnableWord.write, *flag == 1 ? kEnableBit : 0);
 }
 
+// Indicator F and group 2 of the front panel; these two never look at the LED state file.
 int32_t write_line_mode(const LedStateRecord* record)
 {
-    BitChange change = bits_set(kLineMode2, record->ledF == 2);
-    if (record->ledF != 2) { // 2 keeps the bit of mode 1 as it was
-        change = bitChange_join(change, bits_set(kLineMode1, record->ledF == 1));
-    }
-    return command_changeWord(kLedRegisterC, change);
+    return command_changeWord(kLedF.word, indicator_change(kLedF, *record));
 }
 
 int32_t write_line_flags(const LedStateRecord* record)
 {
-    return command_changeWord(
-        kLedRegisterC, flagFields_change(kLineFlags, record->group2.valid, record->group2.element));
+    return command_changeWord(kLedGroup2.word, group_change(kLedGroup2, *record));
 }
 
 int32_t read_id_registers(IdRegisters* registers)

@@ -19,6 +19,15 @@ Board* the_board = nullptr;
 // Descriptors from here on are the board's own, without a file of this machine behind them.
 constexpr int kFirstDevice = 1000000;
 
+// Memory rather than a disk, where the machine has such a place: some tests rewrite their files
+// many thousand times.
+fs::path temporary_place()
+{
+    const char* memory = "/dev/shm";
+    return getenv("TMPDIR") == nullptr && access(memory, W_OK) == 0 ? fs::path(memory)
+                                                                    : fs::temp_directory_path();
+}
+
 } // namespace
 
 Board::Board() : owner_(getpid())
@@ -26,7 +35,7 @@ Board::Board() : owner_(getpid())
     if (the_board != nullptr) {
         throw std::logic_error("a second simulated board");
     }
-    std::string name = (fs::temp_directory_path() / "maint-board-XXXXXX").string();
+    std::string name = (temporary_place() / "maint-board-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("no private directory: " + name);
     }

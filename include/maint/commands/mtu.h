@@ -56,7 +56,7 @@ typedef struct MtuLimit {
  * without a lock.
  *
  * RD_MTU_DATASIZE reads the file; the device is not touched. Results: 0; -1 the file cannot be
- * opened or is shorter (the record stays as it was).
+ * opened or is shorter (what it had is in the record).
  *
  * WR_MTU_DATASIZE reads a flag on /dev/fpga (bit 8 of the word that RD_DEVICE_WORD_03 reads), fills
  * data_size and line_size and writes the record, creating or replacing the file. Results: 0; -1

@@ -1,0 +1,103 @@
+/*
+ * The indicators of the front panel, and the per-unit status that the remote panel rests on. On
+ * /dev/fpga; the LED state file /tmp/led_rewrite_inh and the save lock are used as said below.
+ *
+ * LED rewrite inhibit. While one of the fixed display patterns is shown, the LED state file exists.
+ * It holds the LedStateRecord that the panel is to return to, and the setters below only merge
+ * their bytes into it, under the save lock: then they return 1 and leave the panel alone. A
+ * setter that cannot update the file drives the panel. WR_LINE_MODE and WR_LINE_FLAGS
+ * (maint/commands/port.h) are never deferred.
+ */
+#ifndef MAINT_COMMANDS_LED_H
+#define MAINT_COMMANDS_LED_H
+
+#include <stdint.h>
+
+#include "maint/led_state.h"
+
+/* Result of a setter whose change went into the LED state file only. */
+enum { LED_CHANGE_RECORDED = 1 };
+
+/*
+ * Setters of one indicator; LedStateRecord in, of which only the named byte counts.
+ *
+ *   WR_LED_B (0x0015) ledB, WR_LED_C (0x0019) ledC, WR_LED_D (0x0017) ledD, WR_LED_E (0x0013) ledE
+ *                     1: low bit of the pair alone; 2: high bit, the low one as it was; any other
+ *                     value: neither
+ *   WR_LED_A (0x0011) ledA: 1 low bit alone; 3 high bit alone; 2 both, and the alert bit is
+ * cleared; any other value: neither
+ *
+ * Results: 0 written to the panel; 1 recorded; -1 device not opened; -2 register not read;
+ * -4 register not written (WR_LED_C: -1).
+ */
+
+/*
+ * Setters of a group of three elements; LedStateRecord in, of which only the named group counts.
+ *
+ *   WR_LED_GROUP_3 (0x0021), WR_LED_GROUP_7 (0x0029)
+ *                     mask bits 0, 1, 2 select the first, second, third element
+ *   WR_LED_GROUP_4 (0x0023), WR_LED_GROUP_5 (0x0025), WR_LED_GROUP_6 (0x0027)
+ *                     mask bits 0, 1, 2 select the first, third, second element
+ *   WR_LED_GROUP_7    then copies the selected elements to the link, speed and duplex bytes of
+ *                     switch port 4
+ *   WR_LED_GROUP_1 (0x001D)
+ *                     mask bits 0 and 1 select the first and the second element; mask bit 2 turns
+ *                     the third on, whatever its byte says: nothing but WR_LED_RESTORE turns it
+ *                     off. The group also drives the alert bit, ledA and bit 6 of device word 03:
+ *                     first element 0: alert off, a ledA of 2 or 3 becomes 2;
+ *                     first element not 0, the others both 1, alert on: alert off, user log event
+ *                     256, a ledA of 2 or 3 becomes 2;
+ *                     first element not 0, the others not both 1, alert off: alert on, user log
+ *                     event 257, a ledA other than 0 becomes 3.
+ *                     Event and ledA are handled even while the inhibit defers the rest.
+ *
+ * In the LED state file a group is always recorded whole, whatever the mask says.
+ *
+ * Results: 0 written to the panel; 1 recorded; -1 device not opened; -2 register (or switch port)
+ * not read; -4 register, switch port or device word 03 not written. When WR_LED_GROUP_7 fails at
+ * the switch port, or WR_LED_GROUP_1 at the device word, the panel has been changed.
+ */
+
+/*
+ * RD_LED_STATE (0x000E): ownId and targetId in, indicators and elements out; valid masks and
+ * reserved bytes are not touched. Another unit is shown dark (every element and ledC to ledF 0)
+ * when the hardware says so or when its VPN identity is not the configured one.
+ * Results: 0; -1 device not opened; -2 a read failed; -5 an identifier outside 1..30.
+ */
+
+/*
+ * WR_LED_PATTERN_1 (0x0097), WR_LED_PATTERN_2 (0x0095), WR_LED_PATTERN_3 (0x0094): start the
+ * inhibit and show a fixed pattern; the argument is not used and may be null. The panel is saved to
+ * the LED state file first, unless the file is there already. ledF and the groups are not touched.
+ *
+ *                ledA  ledB  ledC  ledD  ledE
+ *   pattern 1      1     1     1     2     1
+ *   pattern 2      1     2     1     1     2
+ *   pattern 3      2     2     2     1     2
+ *
+ * Results: 0; -1 panel not saved (nothing changed), or device not opened; -2 a read, -4 a write
+ * failed, with the registers written before changed.
+ */
+
+/*
+ * WR_LED_RESTORE (0x0096), LedStateRecord out: ends the inhibit; applies the saved state to the
+ * panel, hands it to the caller, and removes the file. ledF is not restored, an indicator value
+ * above its range leaves the indicator alone, the alert bit is left alone.
+ * Results: 0, also when no inhibit was on (nothing is touched); -1 file or device not opened or
+ * file of less than 44 bytes; -2 a read, -4 a write failed. On failure the inhibit stays on.
+ */
+
+/*
+ * RD_UNIT_STATUS_MAP (0x003C), uint32_t out: bit n for unit n of 1..30; never the own unit.
+ * Results: 0; -1 device not opened; -2 a read failed.
+ */
+
+/* RD_UNIT_STATUS_FLAG (0x00A9). Results: 0; -1 device not opened; -2 the read failed. */
+typedef struct UnitStatusFlag {
+    uint32_t
+        status;     /* 0, out: the unit's bit of the hardware's map, or 1 on an identity mismatch */
+    uint16_t unit;  /* 4, in */
+    uint16_t spare; /* 6: not used */
+} UnitStatusFlag;
+
+#endif
