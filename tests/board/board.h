@@ -1,7 +1,7 @@
 // The simulated board.
 //
 // The product's calls of the C library end here. Paths under /conf, /tmp and /dev lead into a
-// private directory, but for /dev/fpga, behind which stands the device's model; any other path
+// private directory, but for /dev/fpga and /dev/rtc, behind which stand models; any other path
 // fails the test, and so does a request that the driver does not know. Every call is recorded in
 // order, can be made to fail, and is checked for descriptors and locks that it leaves behind.
 // Nothing sleeps. One board exists at a time; a forked child has its own copy of it over the same
@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "board/fpga_model.h"
+#include "board/rtc_model.h"
 
 using Bytes = std::string;
 using Trace = std::vector<std::string>;
@@ -44,6 +45,10 @@ class Board
     // The device behind /dev/fpga, which can be opened while it is present.
     FpgaModel fpga;
     bool fpga_present = true;
+
+    // The clock behind /dev/rtc, likewise.
+    RtcModel rtc;
+    bool rtc_present = true;
 
     // Everything printed so far.
     std::string console;

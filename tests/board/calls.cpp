@@ -17,6 +17,9 @@
 namespace
 {
 
+constexpr const char* kFpgaPath = "/dev/fpga";
+constexpr const char* kRtcPath = "/dev/rtc";
+
 Board& board()
 {
     return Board::current();
@@ -80,7 +83,8 @@ std::string request_text(const std::string& path, const RequestForm& form, unsig
 {
     char text[32];
     snprintf(text, sizeof text, "%04X", form.number);
-    std::string line = (path == "/dev/fpga" ? "ioctl " : "ioctl " + path + " ") + text;
+    std::string line =
+        (path == kFpgaPath || path == kRtcPath ? "ioctl " : "ioctl " + path + " ") + text;
     if (form.argument == Argument::kValue) {
         snprintf(text, sizeof text, " =%04lX", argument);
         return line + text;
@@ -121,8 +125,9 @@ int board_open(const char* path, int flags, ...)
     if (!begin("open", path, detail)) {
         return -1;
     }
-    if (std::string(path) == "/dev/fpga") {
-        if (!board().fpga_present) {
+    const bool fpga = std::string(path) == kFpgaPath;
+    if (fpga || std::string(path) == kRtcPath) {
+        if (!(fpga ? board().fpga_present : board().rtc_present)) {
             errno = ENOENT;
             return -1;
         }
@@ -294,14 +299,16 @@ int board_ioctl(int descriptor, unsigned long request, ...)
     const unsigned long argument = va_arg(values, unsigned long);
     va_end(values);
     const std::string path = board().path_of(descriptor);
-    const RequestForm* form = requestForm_find(static_cast<uint32_t>(request));
+    const auto number = static_cast<uint32_t>(request);
+    const bool rtc = path == kRtcPath;
+    const RequestForm* form = rtc ? rtcRequestForm_find(number) : requestForm_find(number);
     if (form == nullptr || request != form->number) {
         ADD_FAILURE() << "no driver knows request " << std::hex << request << " on " << path;
         errno = ENOTTY;
         return -1;
     }
     const bool good = board().begin(board().recording ? request_text(path, *form, argument) : "");
-    if (path != "/dev/fpga") {
+    if (!rtc && path != kFpgaPath) {
         errno = EBADF;
         return -1;
     }
@@ -309,8 +316,9 @@ int board_ioctl(int descriptor, unsigned long request, ...)
         errno = EIO;
         return -1;
     }
-    return board().fpga.serve(*form, reinterpret_cast<char*>(argument),
-                              static_cast<uint32_t>(argument));
+    auto* record = reinterpret_cast<char*>(argument);
+    return rtc ? board().rtc.serve(*form, record)
+               : board().fpga.serve(*form, record, static_cast<uint32_t>(argument));
 }
 
 // The board's clock, by whichever call the C library has.

@@ -1,0 +1,241 @@
+// The real-time clock commands.
+#include <array>
+#include <cstdlib>
+#include <ctime>
+
+#include "device/device_test.h"
+#include "device/periph/rtc.h"
+#include "maint/commands/rtc.h"
+
+namespace
+{
+
+Step rtc_opens(const char* access)
+{
+    return {std::string("open /dev/rtc ") + access + "|O_NONBLOCK", -1};
+}
+
+Step rtc_closes()
+{
+    return {"close /dev/rtc", kIgnored};
+}
+
+Bytes rtc_time(const std::array<int32_t, 9>& fields)
+{
+    Bytes bytes;
+    for (const int32_t field : fields) {
+        bytes += le32(static_cast<uint32_t>(field));
+    }
+    return bytes;
+}
+
+class Rtc : public DeviceTest
+{
+  protected:
+    // The record between guards.
+    struct Guarded {
+        uint16_t before = 0xDEAD;
+        RtcDateTime record{};
+        uint16_t after = 0xBEEF;
+    } argument;
+
+    void TearDown() override
+    {
+        EXPECT_EQ(argument.before, 0xDEAD);
+        EXPECT_EQ(argument.after, 0xBEEF);
+        EXPECT_EQ(board.console, "");
+        DeviceTest::TearDown();
+    }
+
+    static Bytes words(const RtcDateTime& record)
+    {
+        Bytes bytes;
+        for (const uint16_t word : {record.year, record.month, record.day, record.hour,
+                                    record.minute, record.second, record.weekday}) {
+            bytes += le16(word);
+        }
+        return bytes;
+    }
+};
+
+TEST_F(Rtc, RecordIsSevenWordsInThisOrder)
+{
+    const RtcDateTime record{1, 2, 3, 4, 5, 6, 7};
+    EXPECT_EQ(bytes_of(record), hex("1 0 2 0 3 0 4 0 5 0 6 0 7 0"));
+}
+
+TEST_F(Rtc, ReadsTheTime)
+{
+    const Course course{
+        rtc_opens("O_RDONLY"),
+        record_read(0x80247009, Bytes(36, '\0')),
+        rtc_closes(),
+    };
+    prove(
+        RD_RTC_TIME,
+        [this] {
+            // The driver's weekday, day of the year and daylight saving do not count.
+            board.rtc.time = {7, 5, 9, 1, 2, 106, 5, 200, 1};
+            argument.record = {9, 9, 9, 9, 9, 9, 9};
+            return &argument.record;
+        },
+        course);
+    EXPECT_EQ(words(argument.record), words({2006, 3, 1, 9, 5, 7, 3}));
+}
+
+TEST_F(Rtc, FailedReadLeavesTheRecord)
+{
+    const RtcDateTime before{9, 9, 9, 9, 9, 9, 9};
+    argument.record = before;
+    board.fail_calls({2, 6});
+    EXPECT_EQ(Fpga_Register_Set(RD_RTC_TIME, &argument.record), -2);
+    EXPECT_EQ(words(argument.record), words(before));
+}
+
+TEST_F(Rtc, TakesTheLowSixteenBitsOfTheDriversFields)
+{
+    board.rtc.time = {0x10001, 0x20002, 0x30003, 0x40004, 0x50005, 0x60006, 0, 0, 0};
+    ASSERT_EQ(Fpga_Register_Set(RD_RTC_TIME, &argument.record), 0);
+    EXPECT_EQ(argument.record.second, 1);
+    EXPECT_EQ(argument.record.minute, 2);
+    EXPECT_EQ(argument.record.hour, 3);
+    EXPECT_EQ(argument.record.day, 4);
+    EXPECT_EQ(argument.record.month, 6);
+    EXPECT_EQ(argument.record.year, 1906);
+}
+
+TEST_F(Rtc, SetsClockAndSystemClock)
+{
+    // 2004-02-29 12:34:56 was a Sunday; the caller's weekday is ignored.
+    const Course course{
+        rtc_opens("O_RDONLY"),
+        record_write(0x4024700A, rtc_time({56, 34, 12, 29, 1, 104, 0, 0, 0})),
+        rtc_closes(),
+        {"stime 1078058096", kIgnored},
+    };
+    prove(
+        WR_RTC_TIME,
+        [this] {
+            board.rtc.time = {};
+            board.now = 0;
+            argument.record = {2004, 2, 29, 12, 34, 56, 5};
+            return &argument.record;
+        },
+        course);
+    EXPECT_EQ(argument.record.weekday, 5);
+    ASSERT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    EXPECT_EQ(board.now, 1078058096);
+}
+
+TEST_F(Rtc, TakesTheRecordAsLocalTime)
+{
+    setenv("TZ", "JST-9", 1);
+    tzset();
+    argument.record = {2004, 2, 29, 12, 34, 56, 0};
+    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    EXPECT_EQ(board.now, 1078058096 - 9 * 3600);
+    EXPECT_EQ(board.rtc.time[2], 12);
+}
+
+TEST_F(Rtc, LeavesTheSystemClockWhenTheRtcCannotBeSet)
+{
+    argument.record = {2004, 2, 29, 12, 34, 56, 0};
+    const time_t before = board.now;
+    board.fail_calls({2, 6});
+    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), -4);
+    EXPECT_EQ(board.now, before);
+    for (const std::string& call : board.calls) {
+        EXPECT_NE(call.rfind("stime", 0), 0U) << call;
+    }
+}
+
+TEST_F(Rtc, SendsWhatIsOutOfRangeAsItStands)
+{
+    argument.record = {0, 0, 0, 65535, 65534, 65533, 65532};
+    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    EXPECT_EQ(board.rtc.time, (std::array<int32_t, 9>{65533, 65534, 65535, 0, -1, -1900, 0, 0, 0}));
+}
+
+TEST_F(Rtc, PassesTheStatusThrough)
+{
+    uint32_t value = 0;
+    prove(RD_RTC_STATUS,
+          [&] {
+              board.rtc.status = 0x89ABCDEF;
+              value = 0x11223344;
+              return &value;
+          },
+          {rtc_opens("O_RDONLY"), record_read(0x80047013, hex("44 33 22 11")), rtc_closes()});
+    EXPECT_EQ(value, 0x89ABCDEF);
+    prove(WR_RTC_STATUS,
+          [&] {
+              value = 0x12345678;
+              return &value;
+          },
+          {rtc_opens("O_RDWR"), record_write(0x40047014, hex("78 56 34 12")), rtc_closes()});
+    EXPECT_EQ(board.rtc.status, 0x12345678U);
+    EXPECT_EQ(value, 0x12345678U);
+}
+
+TEST_F(Rtc, MissingClockFailsEveryCommand)
+{
+    board.rtc_present = false;
+    uint32_t value = 7;
+    for (const auto& [command, record] :
+         {std::pair<DeviceCommandCode, void*>{RD_RTC_TIME, &argument.record},
+          {WR_RTC_TIME, &argument.record},
+          {RD_RTC_STATUS, &value},
+          {WR_RTC_STATUS, &value}}) {
+        board.restart();
+        EXPECT_EQ(Fpga_Register_Set(command, record), -1);
+        EXPECT_EQ(board.calls.size(), 4U); // two opens, each with its sleep
+    }
+    EXPECT_EQ(value, 7U);
+}
+
+struct Day {
+    uint16_t year, month, day, weekday;
+};
+
+TEST_F(Rtc, WeekdayOfKnownDays)
+{
+    for (const Day& day : {Day{2000, 1, 1, 6}, Day{2004, 2, 29, 0}, Day{2006, 3, 1, 3},
+                           Day{1970, 1, 1, 4}, Day{2038, 1, 19, 2}}) {
+        EXPECT_EQ(weekday_of(day.year, day.month, day.day), day.weekday) << day.year;
+    }
+}
+
+TEST_F(Rtc, WeekdayOfEveryDayFrom1970To2100IsTheCalendars)
+{
+    int days = 0;
+    for (time_t noon = 12 * 3600;; noon += 24 * 3600) {
+        tm calendar{};
+        ASSERT_NE(gmtime_r(&noon, &calendar), nullptr);
+        if (calendar.tm_year + 1900 > 2100) {
+            break;
+        }
+        ++days;
+        ASSERT_EQ(weekday_of(static_cast<uint16_t>(calendar.tm_year + 1900),
+                             static_cast<uint16_t>(calendar.tm_mon + 1),
+                             static_cast<uint16_t>(calendar.tm_mday)),
+                  calendar.tm_wday)
+            << noon;
+    }
+    EXPECT_EQ(days, 47847); // 131 years, 32 of them leap years
+}
+
+// The sum in 64 bits, for years that would wrap a 16-bit term.
+TEST_F(Rtc, WeekdayDoesNotWrapForLateYears)
+{
+    for (const uint32_t year : {180U, 2400U, 9999U, 30000U, 65535U}) {
+        for (uint32_t month = 3; month <= 12; ++month) {
+            const uint64_t sum = uint64_t{365} * year + year / 4 - year / 100 + year / 400 +
+                                 (306 * month + 306) / 10 + 28 - 428;
+            EXPECT_EQ(weekday_of(static_cast<uint16_t>(year), static_cast<uint16_t>(month), 28),
+                      sum % 7)
+                << year << "-" << month;
+        }
+    }
+}
+
+} // namespace
