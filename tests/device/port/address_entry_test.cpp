@@ -187,7 +187,7 @@ TEST_F(AddressEntryTest, FailedReportLeavesTheRecord)
     board.fpga.own_address_set = kSet;
     board.fpga.addresses[kPeer] = kValue;
     board.fpga.address_sets[kPeer] = kSet;
-    for (const uint32_t request : {0x6B23, 0x6B39, 0x6B5C, 0x6B5E}) {
+    for (const uint32_t request : {0x6B23U, 0x6B39U, 0x6B5CU, 0x6B5EU}) {
         board.fpga.results[request] = -1;
     }
     for (const bool present : {true, false}) {
@@ -206,7 +206,7 @@ TEST_F(AddressEntryTest, FailedReportLeavesTheRecord)
 TEST_F(AddressEntryTest, PositiveResultOfTheDriverIsSuccess)
 {
     for (const uint32_t request :
-         {0x6B23, 0x6B24, 0x6B39, 0x6B3A, 0x6B5C, 0x6B5D, 0x6B5E, 0x6B5F}) {
+         {0x6B23U, 0x6B24U, 0x6B39U, 0x6B3AU, 0x6B5CU, 0x6B5DU, 0x6B5EU, 0x6B5FU}) {
         board.fpga.results[request] = 3;
     }
     for (const uint32_t id : {kOwn, kPeer}) {

@@ -312,7 +312,7 @@ TEST_F(IdEntryValueTest, FailureStoresNothing)
 {
     board.fpga.words[0x6B3B] = ~0U;
     board.fpga.id_values[kId] = 0xBEEF;
-    for (const uint32_t request : {0x6B3D, 0x6B3B, 0x6B4C}) {
+    for (const uint32_t request : {0x6B3DU, 0x6B3BU, 0x6B4CU}) {
         board.fpga.results = {{request, -1}};
         EXPECT_EQ(Fpga_Register_Set(RD_ID_ENTRY_VALUE, given(kOwn, kId)), -2);
         expect_value(kOwn, kId, kOld);

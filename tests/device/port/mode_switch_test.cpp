@@ -146,9 +146,11 @@ class ModeSwitchTest : public DeviceTest
     CallerRecord record;
 };
 
-// The seven bits, and all others of their word and registers set or clear.
+// The mode's bits in their three places, all others clear.
 struct Bits {
-    uint16_t word, reg114, reg158;
+    uint16_t word;
+    uint16_t reg114;
+    uint16_t reg158;
 };
 constexpr Bits kOn{0x0000, 0x0007, 0x0005};
 constexpr Bits kOff{0x0003, 0x0000, 0x0000};
@@ -173,14 +175,14 @@ TEST_F(ModeSwitchTest, OneOnlyWhenAllSevenBitsAgree)
         board.fpga.register_high = high;
         for (const bool others : {false, true}) {
             for (unsigned bits = 0; bits < 128; ++bits) {
-                const bool w0 = bits & 1, w1 = bits & 2;
-                const bool c0 = bits & 4, c1 = bits & 8, c2 = bits & 16;
-                const bool r0 = bits & 32, r2 = bits & 64;
-                put({static_cast<uint16_t>((others ? 0xFFFC : 0) | (w0 ? 1 : 0) | (w1 ? 2 : 0)),
-                     static_cast<uint16_t>((others ? 0xFFF8 : 0) | (c0 ? 1 : 0) | (c1 ? 2 : 0) |
-                                           (c2 ? 4 : 0)),
-                     static_cast<uint16_t>((others ? 0xFFFA : 0) | (r0 ? 1 : 0) | (r2 ? 4 : 0))});
-                EXPECT_EQ(mode_read(), !w0 && !w1 && c0 && c1 && c2 && r0 && r2 ? 1U : 0U) << bits;
+                // Bits 0, 1 of the word, 0, 1, 2 of register 0x114, 0 and 2 of register 0x158.
+                const unsigned word = bits & 3U;
+                const unsigned reg114 = bits >> 2 & 7U;
+                const unsigned reg158 = (bits >> 5 & 1U) | (bits >> 6 & 1U) << 2;
+                put({static_cast<uint16_t>((others ? 0xFFFCU : 0) | word),
+                     static_cast<uint16_t>((others ? 0xFFF8U : 0) | reg114),
+                     static_cast<uint16_t>((others ? 0xFFFAU : 0) | reg158)});
+                EXPECT_EQ(mode_read(), bits == 0b1111100 ? 1U : 0U) << bits;
             }
         }
     }
