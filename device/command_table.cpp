@@ -9,8 +9,11 @@
 #include "device/periph/rtc.h"
 #include "device/periph/switch_tables.h"
 #include "device/periph/unit.h"
+#include "device/port/address_entry.h"
 #include "device/port/bandwidth.h"
 #include "device/port/device_word.h"
+#include "device/port/id_entry.h"
+#include "device/port/mode_switch.h"
 #include "device/port/mtu_datasize.h"
 #include "device/port/mtu_flags.h"
 #include "device/port/mtu_limit.h"
@@ -65,12 +68,12 @@ constexpr DeviceCommand kCommands[kCommandCount] = {
     {RD_PHY_STATUS, handler<read_phy>()},
     {WR_PHY_CONFIG, handler<write_phy_config>()},
     {RD_ID_REGISTERS, handler<read_id_registers>()},
-    {RD_ADDR_ENTRY, nullptr},
-    {WR_ADDR_ENTRY, nullptr},
-    {WR_ADDR_ENTRY_VALUE, nullptr},
-    {RD_ADDR_SET, nullptr},
-    {WR_ADDR_SET, nullptr},
-    {WR_ADDR_SET_VALUE, nullptr},
+    {RD_ADDR_ENTRY, handler<read_addr_entry>()},
+    {WR_ADDR_ENTRY, handler<write_addr_entry>()},
+    {WR_ADDR_ENTRY_VALUE, handler<write_addr_entry_value>()},
+    {RD_ADDR_SET, handler<read_addr_set>()},
+    {WR_ADDR_SET, handler<write_addr_set>()},
+    {WR_ADDR_SET_VALUE, handler<write_addr_set_value>()},
     {RD_DEVICE_WORD_27, handler<read_device_word_27>()},
     {WR_DEVICE_WORD_28, handler<write_device_word_28>()},
     {RD_DEVICE_WORD_29, handler<read_device_word_29>()},
@@ -96,13 +99,13 @@ constexpr DeviceCommand kCommands[kCommandCount] = {
     {WR_MTU_DATASIZE, handler<write_mtu_datasize>()},
     {RD_VLANT_MAP_ENABLE, handler<read_vlant_map_enable>()},
     {WR_VLANT_MAP_ENABLE, handler<write_vlant_map_enable>()},
-    {RD_REG_DA_LATCHED, nullptr},
-    {RD_ID_ENTRY, nullptr},
-    {WR_ID_ENTRY, nullptr},
-    {RD_ID_ENTRY_VALUE, nullptr},
+    {RD_REG_DA_LATCHED, handler<read_reg_da_latched>()},
+    {RD_ID_ENTRY, handler<read_id_entry>()},
+    {WR_ID_ENTRY, handler<write_id_entry>()},
+    {RD_ID_ENTRY_VALUE, handler<read_id_entry_value>()},
     {RD_DEVICE_WORD_4E, handler<read_device_word_4e>()},
-    {RD_MODE_SWITCH, nullptr},
-    {WR_MODE_SWITCH, nullptr},
+    {RD_MODE_SWITCH, handler<read_mode_switch>()},
+    {WR_MODE_SWITCH, handler<write_mode_switch>()},
     {RD_REG132_VALUE, handler<read_reg132_value>()},
     {WR_REG132_VALUE, handler<write_reg132_value>()},
     {RD_ADDR_TABLE_ENTRY, handler<read_addr_table_entry>()},

@@ -1,0 +1,58 @@
+/*
+ * Entries of peer identifiers, the latched register and the mode switch. All on /dev/fpga; what the
+ * fields and the mode mean is the device's.
+ *
+ * Results, unless a command says otherwise: 0; -1 device not opened; -2 read request failed;
+ * -4 write request failed (setters).
+ */
+#ifndef MAINT_COMMANDS_ID_ENTRY_H
+#define MAINT_COMMANDS_ID_ENTRY_H
+
+#include <stdint.h>
+
+/*
+ * RD_ID_ENTRY (0x0052), in: id, field_b and field_c. Confirms that the identifier's entry can be
+ * read, and that the CALLER's fields are in range; the entry read is not handed out and the record
+ * is not touched. Further results: -3 the entry was read, but the record's field_b is above 4095 or
+ * its field_c above 7; -5 identifier outside 1..30.
+ *
+ * WR_ID_ENTRY (0x0053), in. Changes the selected fields of the entry. Further result: -5 identifier
+ * outside 1..30 (the device is not opened), or a selected field_b or field_c out of range (the
+ * entry was read, nothing is written). A field that is not selected may hold anything.
+ */
+typedef struct IdEntry {
+    uint16_t id;      /* 0: 1..30 */
+    uint8_t mask;     /* 2: bit 0 field_a, bit 1 field_b, bit 2 field_c, 0 all; setter only */
+    uint8_t spare_3;  /* 3: not used */
+    uint16_t field_a; /* 4 */
+    uint16_t field_b; /* 6: 0..4095 */
+    uint16_t field_c; /* 8: 0..7 */
+} IdEntry;
+
+/*
+ * RD_ID_ENTRY_VALUE (0x0054): own_id and id in, value out. Further results: -3 the identifier is
+ * set in the device's bitmap D or clear in bitmap E (nothing is stored); -5 identifier outside
+ * 1..30, or the own one.
+ */
+typedef struct IdEntryValue {
+    uint16_t own_id;
+    uint16_t id;    /* 2: 1..30 */
+    uint16_t value; /* 4 */
+} IdEntryValue;
+
+/*
+ * RD_REG_DA_LATCHED (0x0050), uint32_t out: the low 8 bits of register 0x00DA, taken while bit 5 of
+ * register 0x00D8 is clear; the bit is set again afterwards. Writes, so it can return -4. A failure
+ * between the two leaves the bit clear, and nothing is stored.
+ */
+
+/*
+ * RD_MODE_SWITCH (0x008E), uint16_t out: 1 when bits 0 and 1 of the group word are clear, bits 0, 1
+ * and 2 of register 0x0114 set and bits 0 and 2 of register 0x0158 set; otherwise 0.
+ *
+ * WR_MODE_SWITCH (0x008F), uint16_t in: 1 gives these bits the values above, any other value the
+ * opposite ones. Word and registers are written in this order; a failed write ends the command, and
+ * what was written before stays.
+ */
+
+#endif

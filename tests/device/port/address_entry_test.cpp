@@ -1,0 +1,333 @@
+// The address entries of peers and of the appliance itself.
+#include "device/caller_record.h"
+#include "device/device_test.h"
+
+namespace
+{
+
+constexpr uint32_t kOwn = 7;
+constexpr uint32_t kPeer = 12;
+constexpr uint32_t kOutside[] = {0, 31, 0xFFFFFFFF};
+
+const Bytes kValue = hex("0A 00 00 01");
+const Bytes kSet = hex("0A 00 00 01 C0 A8 12 34 80 7F FE 01 11 22 33 44");
+
+// What the parts of a caller's record hold before a report, all different from each other.
+const Bytes kUnused16 = hex("E0 E1 E2 E3 E4 E5 E6 E7 E8 E9 EA EB EC ED EE EF");
+const Bytes kUnused4 = hex("D0 D1 D2 D3");
+const Bytes kUnusedGap = hex("D4 D5 D6 D7");
+const Bytes kOldValue = hex("51 52 53 54");
+const Bytes kOldSet = hex("51 52 53 54 55 56 57 58 59 5A 5B 5C 5D 5E 5F 60");
+const Bytes kOldNumber = hex("71 72 73 74");
+const Bytes kOldNumbers = hex("71 72 73 74 75 76 77 78 79 7A 7B 7C 7D 7E 7F 80");
+
+Bytes zeros(size_t count)
+{
+    return Bytes(count, '\0');
+}
+
+Bytes entry_of(uint32_t own, uint32_t id, const Bytes& bytes, const Bytes& number = kOldNumber)
+{
+    return le32(own) + le32(id) + bytes + kUnused16 + number;
+}
+
+Bytes set_of(uint32_t own, uint32_t id, const Bytes& bytes, const Bytes& numbers = kOldNumbers)
+{
+    return le32(own) + le32(id) + kUnused4 + bytes + kUnusedGap + numbers;
+}
+
+Bytes reversed_fours(Bytes bytes)
+{
+    for (size_t i = 0; i < bytes.size(); i += 4) {
+        std::swap(bytes[i], bytes[i + 3]);
+        std::swap(bytes[i + 1], bytes[i + 2]);
+    }
+    return bytes;
+}
+
+class AddressEntryTest : public DeviceTest
+{
+  protected:
+    // Prepares a run of a command on such a record.
+    std::function<void*()> with(const Bytes& start)
+    {
+        return [this, start] {
+            record = CallerRecord(start);
+            return record.pointer();
+        };
+    }
+
+    int32_t run(DeviceCommandCode command, const Bytes& start)
+    {
+        record = CallerRecord(start);
+        return Fpga_Register_Set(command, record.pointer());
+    }
+
+    void expect_record(const Bytes& start) const
+    {
+        EXPECT_EQ(record.bytes(), untouched_after(start));
+    }
+
+    // A command that returns 0 and makes no call at all.
+    void expect_nothing_done(DeviceCommandCode command, const Bytes& start)
+    {
+        record = CallerRecord(start);
+        expect_course(command, record.pointer(), {});
+        expect_record(start);
+    }
+
+    CallerRecord record;
+};
+
+TEST_F(AddressEntryTest, ReadsTheValueOfAPeer)
+{
+    board.fpga.addresses[kPeer] = le32(0x0A000001);
+    prove(RD_ADDR_ENTRY, with(entry_of(kOwn, kPeer, kOldValue)),
+          {opens_to_read(), record_read(0x6B39, le32(kPeer) + zeros(32)), closes()});
+    EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, kPeer, kOldValue)), 0);
+    expect_record(entry_of(kOwn, kPeer, hex("0A 00 00 01"), le32(0x0A000001)));
+}
+
+TEST_F(AddressEntryTest, ReadsTheOwnValueIntoTheCallersBytes)
+{
+    board.fpga.own_address = kValue;
+    prove(RD_ADDR_ENTRY, with(entry_of(kOwn, kOwn, kOldValue)),
+          {opens_to_read(), record_read(0x6B23, kOldValue), closes()});
+    EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, kOwn, kOldValue)), 0);
+    expect_record(entry_of(kOwn, kOwn, hex("0A 00 00 01"), le32(0x0A000001)));
+}
+
+TEST_F(AddressEntryTest, WritesTheValueOfAPeerAsANumber)
+{
+    prove(WR_ADDR_ENTRY, with(entry_of(kOwn, kPeer, kValue)),
+          {opens_to_write(),
+           record_write(0x6B3A, le32(kPeer) + le32(1) + le32(0x0A000001) + zeros(24)), closes()});
+    EXPECT_EQ(run(WR_ADDR_ENTRY, entry_of(kOwn, kPeer, kValue)), 0);
+    EXPECT_EQ(board.fpga.addresses[kPeer], le32(0x0A000001));
+    expect_record(entry_of(kOwn, kPeer, kValue));
+}
+
+TEST_F(AddressEntryTest, WritesTheOwnValueFromTheCallersBytes)
+{
+    prove(WR_ADDR_ENTRY, with(entry_of(kOwn, kOwn, kValue)),
+          {opens_to_write(), record_write(0x6B24, hex("0A 00 00 01")), closes()});
+    EXPECT_EQ(run(WR_ADDR_ENTRY, entry_of(kOwn, kOwn, kValue)), 0);
+    EXPECT_EQ(board.fpga.own_address, kValue);
+    EXPECT_TRUE(board.fpga.addresses.empty());
+    expect_record(entry_of(kOwn, kOwn, kValue));
+}
+
+TEST_F(AddressEntryTest, WritesTheRawValueOfAPeerInTheOrderOfItsBytes)
+{
+    prove(WR_ADDR_ENTRY_VALUE, with(entry_of(kOwn, kPeer, kValue)),
+          {opens_to_write(),
+           record_write(0x6B3A, le32(kPeer) + le32(0) + hex("0A 00 00 01") + zeros(24)), closes()});
+    EXPECT_EQ(run(WR_ADDR_ENTRY_VALUE, entry_of(kOwn, kPeer, kValue)), 0);
+    EXPECT_EQ(board.fpga.addresses[kPeer], kValue);
+    expect_record(entry_of(kOwn, kPeer, kValue));
+}
+
+TEST_F(AddressEntryTest, ReadsTheSetOfAPeer)
+{
+    board.fpga.address_sets[kPeer] =
+        le32(0x0A000001) + le32(0xC0A81234) + le32(0x807FFE01) + le32(0x11223344);
+    prove(RD_ADDR_SET, with(set_of(kOwn, kPeer, kOldSet)),
+          {opens_to_read(), record_read(0x6B5E, le32(kPeer) + zeros(32)), closes()});
+    EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, kPeer, kOldSet)), 0);
+    expect_record(
+        set_of(kOwn, kPeer, kSet,
+               le32(0x0A000001) + le32(0xC0A81234) + le32(0x807FFE01) + le32(0x11223344)));
+}
+
+TEST_F(AddressEntryTest, ReadsTheOwnSetWithItsNumbersInTheOppositeByteOrder)
+{
+    board.fpga.own_address_set = kSet;
+    prove(RD_ADDR_SET, with(set_of(kOwn, kOwn, kOldSet)),
+          {opens_to_read(), record_read(0x6B5C, kOldSet), closes()});
+    EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, kOwn, kOldSet)), 0);
+    expect_record(
+        set_of(kOwn, kOwn, kSet,
+               le32(0x0100000A) + le32(0x3412A8C0) + le32(0x01FE7F80) + le32(0x44332211)));
+}
+
+TEST_F(AddressEntryTest, WritesTheSetOfAPeerAsNumbers)
+{
+    const Bytes numbers = le32(0x0A000001) + le32(0xC0A81234) + le32(0x807FFE01) + le32(0x11223344);
+    prove(WR_ADDR_SET, with(set_of(kOwn, kPeer, kSet)),
+          {opens_to_write(),
+           record_write(0x6B5F, le32(kPeer) + le32(1) + zeros(4) + numbers + zeros(8)), closes()});
+    EXPECT_EQ(run(WR_ADDR_SET, set_of(kOwn, kPeer, kSet)), 0);
+    EXPECT_EQ(board.fpga.address_sets[kPeer], numbers);
+    expect_record(set_of(kOwn, kPeer, kSet));
+}
+
+TEST_F(AddressEntryTest, WritesTheOwnSetFromTheCallersBytes)
+{
+    prove(WR_ADDR_SET, with(set_of(kOwn, kOwn, kSet)),
+          {opens_to_write(), record_write(0x6B5D, kSet), closes()});
+    EXPECT_EQ(run(WR_ADDR_SET, set_of(kOwn, kOwn, kSet)), 0);
+    EXPECT_EQ(board.fpga.own_address_set, kSet);
+    EXPECT_TRUE(board.fpga.address_sets.empty());
+    expect_record(set_of(kOwn, kOwn, kSet));
+}
+
+TEST_F(AddressEntryTest, WritesTheRawSetOfAPeerInTheOrderOfItsBytes)
+{
+    prove(WR_ADDR_SET_VALUE, with(set_of(kOwn, kPeer, kSet)),
+          {opens_to_write(),
+           record_write(0x6B5F, le32(kPeer) + le32(0) + zeros(4) + kSet + zeros(8)), closes()});
+    EXPECT_EQ(run(WR_ADDR_SET_VALUE, set_of(kOwn, kPeer, kSet)), 0);
+    EXPECT_EQ(board.fpga.address_sets[kPeer], kSet);
+    expect_record(set_of(kOwn, kPeer, kSet));
+}
+
+TEST_F(AddressEntryTest, FailedReportLeavesTheRecord)
+{
+    board.fpga.own_address = kValue;
+    board.fpga.own_address_set = kSet;
+    board.fpga.addresses[kPeer] = kValue;
+    board.fpga.address_sets[kPeer] = kSet;
+    for (const uint32_t request : {0x6B23U, 0x6B39U, 0x6B5CU, 0x6B5EU}) {
+        board.fpga.results[request] = -1;
+    }
+    for (const bool present : {true, false}) {
+        board.fpga_present = present;
+        const int32_t failure = present ? -2 : -1;
+        for (const uint32_t id : {kOwn, kPeer}) {
+            EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, id, kOldValue)), failure);
+            expect_record(entry_of(kOwn, id, kOldValue));
+            EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, id, kOldSet)), failure);
+            expect_record(set_of(kOwn, id, kOldSet));
+        }
+    }
+}
+
+// A driver that answers with a positive number has not failed.
+TEST_F(AddressEntryTest, PositiveResultOfTheDriverIsSuccess)
+{
+    for (const uint32_t request :
+         {0x6B23U, 0x6B24U, 0x6B39U, 0x6B3AU, 0x6B5CU, 0x6B5DU, 0x6B5EU, 0x6B5FU}) {
+        board.fpga.results[request] = 3;
+    }
+    for (const uint32_t id : {kOwn, kPeer}) {
+        EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, id, kValue)), 0);
+        EXPECT_EQ(run(WR_ADDR_ENTRY, entry_of(kOwn, id, kValue)), 0);
+        EXPECT_EQ(run(WR_ADDR_ENTRY_VALUE, entry_of(kOwn, id, kValue)), 0);
+        EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, id, kSet)), 0);
+        EXPECT_EQ(run(WR_ADDR_SET, set_of(kOwn, id, kSet)), 0);
+        EXPECT_EQ(run(WR_ADDR_SET_VALUE, set_of(kOwn, id, kSet)), 0);
+    }
+}
+
+TEST_F(AddressEntryTest, RefusesIdentifiersOutsideTheRangeEvenIfOwn)
+{
+    for (const uint32_t id : kOutside) {
+        for (const uint32_t own : {kOwn, id}) {
+            for (const DeviceCommandCode command : {RD_ADDR_ENTRY, WR_ADDR_ENTRY}) {
+                record = CallerRecord(entry_of(own, id, kOldValue));
+                expect_refused(command, record.pointer());
+                expect_record(entry_of(own, id, kOldValue));
+            }
+            for (const DeviceCommandCode command : {RD_ADDR_SET, WR_ADDR_SET}) {
+                record = CallerRecord(set_of(own, id, kOldSet));
+                expect_refused(command, record.pointer());
+                expect_record(set_of(own, id, kOldSet));
+            }
+        }
+    }
+}
+
+TEST_F(AddressEntryTest, RawWritersDoNothingForIdentifiersOutsideTheRange)
+{
+    for (const uint32_t id : kOutside) {
+        for (const uint32_t own : {kOwn, id}) {
+            expect_nothing_done(WR_ADDR_ENTRY_VALUE, entry_of(own, id, kValue));
+            expect_nothing_done(WR_ADDR_SET_VALUE, set_of(own, id, kSet));
+        }
+    }
+}
+
+TEST_F(AddressEntryTest, RawWritersDoNothingForTheOwnIdentifier)
+{
+    for (uint32_t id = 1; id <= 30; ++id) {
+        expect_nothing_done(WR_ADDR_ENTRY_VALUE, entry_of(id, id, kValue));
+        expect_nothing_done(WR_ADDR_SET_VALUE, set_of(id, id, kSet));
+    }
+}
+
+// Each identifier of 1..30, beside an own identifier that is it or another, even one that no peer
+// can have.
+TEST_F(AddressEntryTest, AsksForEachIdentifierOfTheRange)
+{
+    for (uint32_t id = 1; id <= 30; ++id) {
+        board.fpga.addresses.clear();
+        board.fpga.addresses[id] = le32(0x01020304U * id);
+        board.fpga.own_address = le32(0x11111111U * (id & 0xFU));
+        board.fpga.address_sets.clear();
+        board.fpga.address_sets[id] = kSet;
+        board.fpga.own_address_set = kOldNumbers;
+        for (const uint32_t own : {id, id % 30 + 1, 0U, 31U, 0x80000000U + id, id + 0x10000U}) {
+            SCOPED_TRACE(std::to_string(id) + " own " + std::to_string(own));
+            const bool is_own = own == id;
+            const Bytes address =
+                is_own ? board.fpga.own_address : reversed_fours(board.fpga.addresses[id]);
+            EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(own, id, kOldValue)), 0);
+            expect_record(entry_of(own, id, address, reversed_fours(address)));
+            EXPECT_EQ(run(RD_ADDR_SET, set_of(own, id, kOldSet)), 0);
+            expect_record(set_of(own, id, is_own ? kOldNumbers : reversed_fours(kSet),
+                                 is_own ? kOldNumbers : kSet));
+
+            FpgaModel before = board.fpga;
+            EXPECT_EQ(run(WR_ADDR_ENTRY, entry_of(own, id, kValue)), 0);
+            EXPECT_EQ(run(WR_ADDR_SET, set_of(own, id, kOldSet)), 0);
+            if (is_own) {
+                EXPECT_EQ(board.fpga.own_address, kValue);
+                EXPECT_EQ(board.fpga.own_address_set, kOldSet);
+                EXPECT_EQ(board.fpga.addresses, before.addresses);
+                EXPECT_EQ(board.fpga.address_sets, before.address_sets);
+            } else {
+                EXPECT_EQ(board.fpga.own_address, before.own_address);
+                EXPECT_EQ(board.fpga.own_address_set, before.own_address_set);
+                EXPECT_EQ(board.fpga.addresses[id], reversed_fours(kValue));
+                EXPECT_EQ(board.fpga.address_sets[id], reversed_fours(kOldSet));
+                EXPECT_EQ(run(WR_ADDR_ENTRY_VALUE, entry_of(own, id, kOldValue)), 0);
+                EXPECT_EQ(run(WR_ADDR_SET_VALUE, set_of(own, id, kOldNumbers)), 0);
+                EXPECT_EQ(board.fpga.addresses[id], kOldValue);
+                EXPECT_EQ(board.fpga.address_sets[id], kOldNumbers);
+                EXPECT_EQ(board.fpga.addresses.size(), 1U);
+                EXPECT_EQ(board.fpga.address_sets.size(), 1U);
+            }
+            board.fpga = before;
+        }
+    }
+}
+
+// One bit at a time through all of a set, and through a single value.
+TEST_F(AddressEntryTest, EachBitHasItsPlace)
+{
+    for (size_t bit = 0; bit < 128; ++bit) {
+        SCOPED_TRACE(bit);
+        Bytes bytes = zeros(16);
+        bytes[bit / 8] = static_cast<char>(1U << bit % 8);
+        const Bytes first = bytes.substr(0, 4);
+
+        EXPECT_EQ(run(WR_ADDR_ENTRY, entry_of(kOwn, kPeer, first)), 0);
+        EXPECT_EQ(board.fpga.addresses[kPeer], reversed_fours(first));
+        EXPECT_EQ(run(WR_ADDR_SET, set_of(kOwn, kPeer, bytes)), 0);
+        EXPECT_EQ(board.fpga.address_sets[kPeer], reversed_fours(bytes));
+
+        EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, kPeer, kOldValue)), 0);
+        expect_record(entry_of(kOwn, kPeer, first, reversed_fours(first)));
+        EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, kPeer, kOldSet)), 0);
+        expect_record(set_of(kOwn, kPeer, bytes, reversed_fours(bytes)));
+
+        EXPECT_EQ(run(WR_ADDR_ENTRY, entry_of(kOwn, kOwn, first)), 0);
+        EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, kOwn, kOldValue)), 0);
+        expect_record(entry_of(kOwn, kOwn, first, reversed_fours(first)));
+        EXPECT_EQ(run(WR_ADDR_SET, set_of(kOwn, kOwn, bytes)), 0);
+        EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, kOwn, kOldSet)), 0);
+        expect_record(set_of(kOwn, kOwn, bytes, bytes));
+    }
+}
+
+} // namespace
