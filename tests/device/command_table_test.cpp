@@ -8,9 +8,6 @@
 namespace
 {
 
-// Commands of the table that have no handler yet.
-constexpr size_t kCommandsWithoutHandler = 0;
-
 struct Row {
     uint32_t code;
     uint32_t named; // the public constant
@@ -259,24 +256,10 @@ TEST_F(CommandTable, GivesEveryCommandAHandlerOfItsOwn)
     EXPECT_EQ(handlers.size(), provided);
 }
 
-TEST_F(CommandTable, LacksTheHandlersThatAreStillToCome)
-{
-    size_t missing = 0;
-    for (const DeviceCommand& command : commandTable_get()) {
-        missing += command.handler == nullptr ? 1 : 0;
-    }
-    EXPECT_EQ(missing, kCommandsWithoutHandler);
-}
-
-TEST_F(CommandTable, AnswersMinusOneForARowWithoutHandlerWithoutAnyCall)
+TEST_F(CommandTable, HasAHandlerInEveryRow)
 {
     for (const DeviceCommand& command : commandTable_get()) {
-        if (command.handler == nullptr) {
-            SCOPED_TRACE(command.code);
-            Bytes record(512, '\x5A');
-            expect_course(command.code, record.data(), {}, -1);
-            EXPECT_EQ(record, Bytes(512, '\x5A'));
-        }
+        EXPECT_NE(command.handler, nullptr) << std::hex << command.code;
     }
 }
 
