@@ -83,8 +83,7 @@ std::string request_text(const std::string& path, const RequestForm& form, unsig
 {
     char text[32];
     snprintf(text, sizeof text, "%04X", form.number);
-    std::string line =
-        (path == kFpgaPath || path == kRtcPath ? "ioctl " : "ioctl " + path + " ") + text;
+    std::string line = (path == kFpgaPath ? "ioctl " : "ioctl " + path + " ") + text;
     if (form.argument == Argument::kValue) {
         snprintf(text, sizeof text, " =%04lX", argument);
         return line + text;

@@ -1,6 +1,7 @@
 // The real-time clock commands.
 #include <array>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 #include "device/device_test.h"
@@ -18,6 +19,13 @@ Step rtc_opens(const char* access)
 Step rtc_closes()
 {
     return {"close /dev/rtc", kIgnored};
+}
+
+Step rtc_request(uint32_t request, const Bytes& record, int32_t failure)
+{
+    Step step = record_read(request, record, failure);
+    step.call.insert(strlen("ioctl "), "/dev/rtc ");
+    return step;
 }
 
 Bytes rtc_time(const std::array<int32_t, 9>& fields)
@@ -68,7 +76,7 @@ TEST_F(Rtc, ReadsTheTime)
 {
     const Course course{
         rtc_opens("O_RDONLY"),
-        record_read(0x80247009, Bytes(36, '\0')),
+        rtc_request(0x80247009, Bytes(36, '\0'), -2),
         rtc_closes(),
     };
     prove(
@@ -109,7 +117,7 @@ TEST_F(Rtc, SetsClockAndSystemClock)
     // 2004-02-29 12:34:56 was a Sunday; the caller's weekday is ignored.
     const Course course{
         rtc_opens("O_RDONLY"),
-        record_write(0x4024700A, rtc_time({56, 34, 12, 29, 1, 104, 0, 0, 0})),
+        rtc_request(0x4024700A, rtc_time({56, 34, 12, 29, 1, 104, 0, 0, 0}), -4),
         rtc_closes(),
         {"stime 1078058096", kIgnored},
     };
@@ -165,14 +173,14 @@ TEST_F(Rtc, PassesTheStatusThrough)
               value = 0x11223344;
               return &value;
           },
-          {rtc_opens("O_RDONLY"), record_read(0x80047013, hex("44 33 22 11")), rtc_closes()});
+          {rtc_opens("O_RDONLY"), rtc_request(0x80047013, hex("44 33 22 11"), -2), rtc_closes()});
     EXPECT_EQ(value, 0x89ABCDEF);
     prove(WR_RTC_STATUS,
           [&] {
               value = 0x12345678;
               return &value;
           },
-          {rtc_opens("O_RDWR"), record_write(0x40047014, hex("78 56 34 12")), rtc_closes()});
+          {rtc_opens("O_RDWR"), rtc_request(0x40047014, hex("78 56 34 12"), -4), rtc_closes()});
     EXPECT_EQ(board.rtc.status, 0x12345678U);
     EXPECT_EQ(value, 0x12345678U);
 }
