@@ -193,6 +193,15 @@ TEST_F(RegisterModeBracket, AFailureAfterTheModeIsWrittenIsIgnored)
     }
 }
 
+TEST_F(RegisterModeBracket, EveryBracketButZeroIsOne)
+{
+    for (const uint32_t bracket : {1U, 2U, 0x0100U, 0x8000U, 0xFFFFU}) {
+        start(1);
+        expect_course(0x006B, put(mode(1, bracket)), kClearsBit6 + kSetsMode1 + kSetsBit6);
+        EXPECT_EQ(get(), mode(1, bracket));
+    }
+}
+
 TEST_F(RegisterModeBracket, AFailedCloseIsIgnored)
 {
     const Course course = kClearsBit6 + kSetsMode1 + kSetsBit6;
