@@ -17,24 +17,26 @@
  * One bit. Reports hold 0 or 1; setters set the bit for 1 and clear it for any other value.
  *
  *   uint8_t, register 0x158:
- *     RD_/WR_REG158_BIT15 (0x76/0x77), _BIT14 (0x78/0x79), _BIT10 (0xAA/0xAB), _BIT7 (0x74/0x75),
- *     _BIT6 (0x72/0x73), _BIT5 (0x90/0x91), _BIT4 (0x7E/0x7F), _BIT3 (0x80/0x81), _BIT2
- * (0x82/0x83), _BIT1 (0x84/0x85), _BIT0 (0x86/0x87); RD_REG158_BIT8 (0x7C): 0x7D is no command
- *   uint16_t:
+ *     RD_/WR_REG158_BIT0 (0x86/0x87), _BIT1 (0x84/0x85), _BIT2 (0x82/0x83), _BIT3 (0x80/0x81),
+ *     _BIT4 (0x7E/0x7F), _BIT5 (0x90/0x91), _BIT6 (0x72/0x73), _BIT7 (0x74/0x75),
+ *     _BIT10 (0xAA/0xAB), _BIT14 (0x78/0x79), _BIT15 (0x76/0x77)
+ *     RD_REG158_BIT8 (0x7C), report only: 0x7D is no command
+ *   uint16_t, bit 0 of 0x11E and of 0x1B4:
  *     RD_/WR_REG11E_BIT0 (0x92/0x93), RD_/WR_REG1B4_BIT0 (0x606/0x607)
  *
  * A number, uint16_t.
- *     RD_/WR_REG132_VALUE (0x58/0x59)  bits 0..6 of 0x132, above 127: -5
- *     RD_/WR_REG168_VALUE (0x6E/0x6F)  bits 0..7 of 0x168, above 255: -5
- *     RD_/WR_REGFE_NIBBLE (0x9A/0x9B)  bits 0..3 of 0xFE, the value's higher bits are ignored
+ *   RD_/WR_REG132_VALUE (0x58/0x59)   bits 0..6 of 0x132, above 127: -5
+ *   RD_/WR_REG168_VALUE (0x6E/0x6F)   bits 0..7 of 0x168, above 255: -5
+ *   RD_/WR_REGFE_NIBBLE (0x9A/0x9B)   bits 0..3 of 0xFE, the value's higher bits are ignored
  *
  * A state.
- *     RD_/WR_REG158_STATE (0x7A/0x7B)  uint8_t, bits 12 and 13 of 0x158: 2 bit 13 alone, 1 bit 12
- *                                      alone, any other value neither; reported 2 for bit 13
- *     RD_/WR_REGFE_MODE (0x98/0x99)    uint16_t, bits 0..3 of 0xFE: 1 writes 8, 2 writes 0, any
- * other value writes 15; 8 is reported as 1, 0..2 as 2, all else as 0 RD_/WR_REG16C_ENABLE
- * (0xAC/0xAD) uint8_t: 1 clears bits 0 and 1 of 0x16C, any other value sets both; reported 1 when
- * both are clear
+ *   RD_/WR_REG158_STATE (0x7A/0x7B)   uint8_t, bits 12 and 13 of 0x158: 2 sets bit 13 alone,
+ *                                     1 bit 12 alone, any other value neither; reported 2 with
+ *                                     bit 13 set, else bit 12
+ *   RD_/WR_REGFE_MODE (0x98/0x99)     uint16_t, bits 0..3 of 0xFE: 1 writes 8, 2 writes 0, any
+ *                                     other value 15; 8 is reported as 1, 0..2 as 2, else 0
+ *   RD_/WR_REG16C_ENABLE (0xAC/0xAD)  uint8_t, bits 0 and 1 of 0x16C: 1 clears both, any other
+ *                                     value sets both; reported 1 with both clear, else 0
  */
 
 /* RD_REG110_BYTES (0x62), WR_REG110_BYTES (0x63): whole registers, then bit 2 of 0x114 is set. */
@@ -89,8 +91,10 @@ typedef struct Reg15AFields {
     uint8_t b;     /* 3: bits 5..12; the setter drives bits 5..7 only */
 } Reg15AFields;
 
-/* RD_REG15C_PAIR (0x8A): a and b out. WR_REG15C_PAIR (0x8B): all in; whole registers, cannot return
- * -2. */
+/*
+ * RD_REG15C_PAIR (0x8A): a and b out. WR_REG15C_PAIR (0x8B): all in; whole registers, so that it
+ * cannot return -2.
+ */
 typedef struct Reg15CPair {
     uint8_t valid; /* 0: setter: bit 0 a, bit 1 b */
     uint8_t spare; /* 1 */
