@@ -77,6 +77,9 @@ int FpgaModel::serve(const RequestForm& form, char* record, uint32_t value)
         break;
     case Argument::kRecord:
         serve_record(form.number, record);
+        if (answered) {
+            answered(form.number, record);
+        }
         break;
     case Argument::kNothing:
         break;
