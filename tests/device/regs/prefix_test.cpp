@@ -336,6 +336,15 @@ TEST_F(Prefix, TheCommitBitLeavesTheOthersOfItsRegister)
     }
 }
 
+TEST_F(Prefix, WhatIsHeldAlreadyIsWrittenAndCommittedAgain)
+{
+    for (const Set& set : kSets) {
+        device_put();
+        run(set.write, record(set, 0, kAddress, 19));
+        expect_sets(set.write, record(set, 0, kAddress, 19), write_course(set, 0));
+    }
+}
+
 TEST_F(Prefix, WhatWasWrittenIsReported)
 {
     for (unsigned length = 0; length <= 32; ++length) {

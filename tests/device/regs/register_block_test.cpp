@@ -226,6 +226,13 @@ TEST_F(RegisterBlock, AFieldOutOfRangeLeavesThePartsBeforeItWritten)
     }
 }
 
+TEST_F(RegisterBlock, WhatBlockE0HoldsAlreadyIsWrittenAgain)
+{
+    const BlockE0 block{};
+    run(WR_REGE0_BLOCK, block.record());
+    expect_sets(WR_REGE0_BLOCK, block.record(), write_course_e0(block));
+}
+
 TEST_F(RegisterBlock, WhatWasWrittenToBlockE0IsReported)
 {
     for (int round = 0; round < 5000; ++round) {
@@ -349,6 +356,12 @@ TEST_F(RegisterBlock, EveryFlagByteOf16EIsOneOrNot)
             board.restart();
         }
     }
+}
+
+TEST_F(RegisterBlock, WhatBlock16EHoldsAlreadyIsWrittenAgain)
+{
+    run(WR_REG16E_BLOCK, record_16e(0, 1, 0));
+    expect_sets(WR_REG16E_BLOCK, record_16e(0, 1, 0), write_course_16e(0));
 }
 
 TEST_F(RegisterBlock, WhatWasWrittenToBlock16EIsReported)

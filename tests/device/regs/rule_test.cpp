@@ -181,7 +181,7 @@ class Rule : public RegisterMapTest
         Bytes held = kDrivers;
         bytes_put(held, offset, part);
         board.fpga.rules[0x2A] = held;
-        const Bytes record = run(RD_RULE_ENTRY, kCallers);
+        Bytes record = run(RD_RULE_ENTRY, kCallers);
         board.restart();
         EXPECT_EQ(record, reported_for(held));
         return record;
@@ -291,7 +291,10 @@ TEST_F(Rule, AnIndexAbove127IsRefused)
 TEST_F(Rule, TheReportedIndexIsTheDrivers)
 {
     board.fpga.rules[0x2A] = kDrivers;
-    board.fpga.answered = [](uint32_t, char* record) { memcpy(record, "\x9B\x12", 2); };
+    board.fpga.answered = [](uint32_t, char* record) {
+        record[0] = '\x9B';
+        record[1] = '\x12';
+    };
     EXPECT_EQ(byte_at(run(RD_RULE_ENTRY, kCallers), 0), 0x9B);
 }
 
