@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -57,6 +58,9 @@ class FpgaModel
     std::map<std::pair<uint32_t, uint32_t>, uint32_t> counters_alt; // likewise
     std::map<uint32_t, Record> written; // the last record of each request that only writes
     std::map<uint32_t, int> results;    // what a request returns instead of 0
+
+    // Runs when a record request has been served; for answers that no state of the model gives.
+    std::function<void(uint32_t request, char* record)> answered;
 
     // Serves one request of a known form; the driver's result.
     int serve(const RequestForm& form, char* record, uint32_t value);
