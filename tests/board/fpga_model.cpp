@@ -76,14 +76,10 @@ int FpgaModel::serve(const RequestForm& form, char* record, uint32_t value)
             form.size == 4 ? value : value & ((1U << (8 * form.size)) - 1);
         break;
     case Argument::kRecord:
-<<<<<<< HEAD
         serve_record(form, record);
-=======
-        serve_record(form.number, record);
         if (answered) {
             answered(form.number, record);
         }
->>>>>>> wt-k
         break;
     case Argument::kNothing:
         break;
