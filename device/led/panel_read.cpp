@@ -14,6 +14,17 @@ constexpr uint32_t kUnitMax = 30;
 // What a dark unit keeps of its register B: ledA and ledB.
 constexpr uint16_t kDarkRegisterB = kLedALow | kLedAHigh | kLedB.low | kLedB.high;
 
+// What the local panel is read from. The channel word says nothing of the panel, but the panel
+// counts as read only with it.
+struct Source {
+    FpgaRequest request;
+    void (*decode)(uint16_t word, LedStateRecord& record);
+};
+constexpr Source kSources[] = {{kLedRegisterA.read, ledRegA_decode},
+                               {kLedRegisterB.read, ledRegB_decode},
+                               {kLedRegisterC.read, ledRegC_decode},
+                               {kChannelWord.read, nullptr}};
+
 // One page of another unit's LED registers.
 int32_t unitWords_read(Fpga fpga, uint32_t unit, uint16_t page, UnitWordsRequest& words)
 {
@@ -48,15 +59,6 @@ int32_t vpnId_match(uint32_t unit)
 int32_t ledState_readLocal(LedStateRecord* record)
 {
     return fpga_run(FpgaAccess::kRead, [record](Fpga fpga) -> int32_t {
-        struct Source {
-            FpgaRequest request;
-            void (*decode)(uint16_t, LedStateRecord&);
-        };
-        // The channel word says nothing of the panel, but the panel counts as read only with it.
-        constexpr Source kSources[] = {{kLedRegisterA.read, ledRegA_decode},
-                                       {kLedRegisterB.read, ledRegB_decode},
-                                       {kLedRegisterC.read, ledRegC_decode},
-                                       {kChannelWord.read, nullptr}};
         for (const Source& source : kSources) {
             uint16_t word = 0;
             const int32_t status = word_read(fpga, source.request, word);
