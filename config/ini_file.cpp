@@ -12,6 +12,7 @@ namespace
 {
 
 constexpr int kPieceSize = 1024; // a longer line is read, and treated, as several lines
+static_assert(kPieceSize <= INI_VALUE_SIZE, "a value is part of one piece");
 
 // "[", the word for "site" in EUC-JP, "ID#": begins the header of every per-site section.
 constexpr const char* kSiteSection = "[\xB5\xF2\xC5\xC0ID#";

@@ -115,7 +115,9 @@ int32_t register_read(Fpga fpga, uint32_t address, uint16_t& value)
 {
     RegisterAccessRequest access{address, 0};
     const int32_t status = record_read(fpga, kRegisterRead, &access);
-    value = static_cast<uint16_t>(access.value);
+    if (status == DEVICE_OK) {
+        value = static_cast<uint16_t>(access.value);
+    }
     return status;
 }
 
@@ -139,13 +141,8 @@ int32_t register_change(Fpga fpga, uint32_t address, BitChange change)
 
 int32_t command_readRegister(uint32_t address, uint16_t& value)
 {
-    uint16_t read = 0;
-    const int32_t status =
-        fpga_run(FpgaAccess::kRead, [&](Fpga fpga) { return register_read(fpga, address, read); });
-    if (status == DEVICE_OK) {
-        value = read;
-    }
-    return status;
+    return fpga_run(FpgaAccess::kRead,
+                    [&](Fpga fpga) { return register_read(fpga, address, value); });
 }
 
 int32_t command_writeRegister(uint32_t address, uint16_t value)

@@ -94,8 +94,8 @@ int32_t command_changeWord(FpgaWord word, BitChange change);
 // A whole command that reads one word; `word` is written on success only.
 int32_t command_readWord(FpgaRequest request, uint16_t& word);
 
-// Registers. A change writes the record back as the driver returned it, but for the register's 16
-// bits.
+// Registers; `value` is written on success only. A change writes the record back as the driver
+// returned it, but for the register's 16 bits.
 int32_t register_read(Fpga fpga, uint32_t address, uint16_t& value);
 int32_t register_write(Fpga fpga, uint32_t address, uint16_t value);
 int32_t register_change(Fpga fpga, uint32_t address, BitChange change);

@@ -1,4 +1,4 @@
-// The record of a switch port, which the driver also calls a flag set.
+// The driver's record of a switch port, and the same record as a set of flags.
 #pragma once
 
 #include <cstdint>
@@ -14,6 +14,12 @@ struct SwitchPortRequest {
     uint8_t spare_5[3];
 };
 static_assert(sizeof(SwitchPortRequest) == 8);
+
+struct FlagSetRequest {
+    uint8_t set; // the switch port
+    uint8_t flags[7];
+};
+static_assert(sizeof(FlagSetRequest) == sizeof(SwitchPortRequest));
 
 // The switch port behind the PHY of port 5; front-panel group 7 is mirrored into it, too.
 constexpr uint8_t kSwitchPort4 = 4;

@@ -17,10 +17,12 @@ static_assert(sizeof(UnitWordsRequest) == 16);
 static_assert(offsetof(UnitWordsRequest, page) == 8);
 
 // kIdValueRead
+constexpr uint16_t kIdValueSelect = 1;
+
 struct IdValueRequest {
     uint32_t id;
     uint8_t spare_4[6];
-    uint16_t select; // always 1
+    uint16_t select; // always kIdValueSelect
     uint16_t value;  // out
     uint8_t spare_14[2];
 };

@@ -3,9 +3,12 @@
 
 #include "maint/system_log.h"
 
-// Longest formatted message with its terminating zero: the longest path that can be opened, and
+#include <climits>
+
+// Longest formatted message: the longest path that can be opened, with its terminating zero, and
 // the words around it. Longer text is cut.
-constexpr int kReportSize = 4096 + 80;
+constexpr int kReportWords = 80;
+constexpr int kReportSize = PATH_MAX + kReportWords;
 
 // report_message with a printf format; the formats are the system's message texts.
 __attribute__((format(printf, 2, 3))) void report_format(LogSink mask, const char* format, ...);

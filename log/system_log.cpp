@@ -11,6 +11,10 @@ namespace
 
 constexpr int kStampSize = 20; // "2006/03/01 09:05:07" and its terminating zero
 
+// What the record's format below adds up to.
+static_assert(SYSTEM_LOG_MESSAGE_LENGTH == 79);
+static_assert(kStampSize - 1 + 1 + SYSTEM_LOG_MESSAGE_LENGTH + 1 == SYSTEM_LOG_RECORD_SIZE);
+
 void stamp_format(time_t now, char (&stamp)[kStampSize])
 {
     const tm* local = localtime(&now);

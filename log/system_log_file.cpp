@@ -16,12 +16,12 @@ namespace
 struct LogImage {
     SystemLogHeader header;
     std::array<uint8_t, size_t{SYSTEM_LOG_SLOTS} * SYSTEM_LOG_RECORD_SIZE> records;
-
-    [[nodiscard]] size_t records_size() const
-    {
-        return static_cast<size_t>(header.number) * SYSTEM_LOG_RECORD_SIZE;
-    }
 };
+
+size_t records_size(const SystemLogHeader& header)
+{
+    return size_t{header.number} * SYSTEM_LOG_RECORD_SIZE;
+}
 
 void header_print(const SystemLogHeader& header)
 {
@@ -51,12 +51,12 @@ int32_t image_load(LogImage& image)
     }
     header_print(image.header);
     if (image.header.number > 0) {
-        if (!lockedFile_read(flash, image.records.data(), image.records_size())) {
-            // Number 005 a second time: the field knows both texts under it.
+        if (!lockedFile_read(flash, image.records.data(), records_size(image.header))) {
+            // Two failures share number 005; both texts are kept.
             return lockedFile_fail(flash, "systemLogFileMake : 005 : %s file log data error");
         }
         const uint16_t checksum = recordChecksum_compute(
-            image.records.data(), static_cast<int32_t>(image.records_size()));
+            image.records.data(), static_cast<int32_t>(records_size(image.header)));
         printf("FROM header   checksum : %d\n", image.header.checksum);
         printf("FROM sytemlog checksum : %d\n", checksum);
         if (checksum != image.header.checksum) {
@@ -80,7 +80,7 @@ int32_t image_store(const LogImage& image)
         return lockedFile_fail(log, "systemLogFileMake : 009 : %s file header write error");
     }
     if (image.header.number > 0 &&
-        !lockedFile_write(log, image.records.data(), image.records_size())) {
+        !lockedFile_write(log, image.records.data(), records_size(image.header))) {
         return lockedFile_fail(log, "systemLogFileMake : 010 : %s file write error");
     }
     fclose(log.stream);
@@ -117,7 +117,7 @@ int32_t zev_maintlog_head_read(SystemLogHeader* out)
         return -1;
     }
     if (!lockedFile_read(log, out, sizeof *out)) {
-        // "write" is the field's text for this read failure.
+        // The text says "write" although a read failed; it is kept.
         return lockedFile_fail(log, "zev_maintlog_head_read : 003 : %s file header write error");
     }
     fclose(log.stream);

@@ -2,14 +2,13 @@
 
 #include "device/fpga_device.h"
 #include "device/led/panel.h"
+#include "device/peer_id.h"
 #include "device/unit_bit.h"
 #include "device/unit_records.h"
 #include "maint/vpn_id.h"
 
 namespace
 {
-
-constexpr uint32_t kUnitMax = 30;
 
 // What a dark unit keeps of its register B: ledA and ledB.
 constexpr uint16_t kDarkRegisterB = kLedALow | kLedAHigh | kLedB.low | kLedB.high;
@@ -34,11 +33,6 @@ int32_t unitWords_read(Fpga fpga, uint32_t unit, uint16_t page, UnitWordsRequest
     return record_read(fpga, kUnitWordsRead, &words);
 }
 
-bool id_valid(uint32_t id)
-{
-    return id >= 1 && id <= kUnitMax;
-}
-
 } // namespace
 
 int32_t vpnId_match(uint32_t unit)
@@ -46,7 +40,7 @@ int32_t vpnId_match(uint32_t unit)
     return fpga_run(FpgaAccess::kRead, [unit](Fpga fpga) -> int32_t {
         IdValueRequest request{};
         request.id = unit;
-        request.select = 1;
+        request.select = kIdValueSelect;
         uint32_t configured = 0;
         if (record_read(fpga, kIdValueRead, &request) != DEVICE_OK ||
             Get_Conf_VpnId(static_cast<int32_t>(unit), &configured) != 0) {
@@ -103,7 +97,7 @@ int32_t ledState_readRemote(LedStateRecord* record)
 
 int32_t read_led_state(LedStateRecord* record)
 {
-    if (!id_valid(record->ownId) || !id_valid(record->targetId)) {
+    if (!peerId_isValid(record->ownId) || !peerId_isValid(record->targetId)) {
         return DEVICE_BAD_ARGUMENT;
     }
     return record->ownId == record->targetId ? ledState_readLocal(record)
@@ -125,7 +119,7 @@ int32_t read_unit_status_map(uint32_t* map)
         return status;
     }
     uint32_t mismatched = 0;
-    for (uint32_t unit = 1; unit <= kUnitMax; ++unit) {
+    for (uint32_t unit = kPeerIdMin; unit <= kPeerIdMax; ++unit) {
         const uint32_t bit = unit_bit(unit);
         if (unit != ownId && (present & bit) != 0 && (*map & bit) == 0 && vpnId_match(unit) == 0) {
             mismatched |= bit;

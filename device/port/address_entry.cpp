@@ -3,8 +3,9 @@
 #include <cstddef>
 #include <cstring>
 
+#include "device/big_endian.h"
 #include "device/fpga_device.h"
-#include "device/port/peer_id.h"
+#include "device/peer_id.h"
 
 static_assert(sizeof(AddressEntry) == 32);
 static_assert(offsetof(AddressEntry, bytes) == 8);
@@ -30,26 +31,14 @@ static_assert(sizeof(AddressEntryRequest) == 36);
 static_assert(offsetof(AddressEntryRequest, value) == 8);
 static_assert(offsetof(AddressEntryRequest, set) == 12);
 
-// What the driver makes of the write mode is its own affair.
-constexpr uint32_t kWriteBytes = 0; // the values are bytes in the order of the caller; also reads
+// The write mode, whose meaning is the driver's: 0 from the writers of raw bytes, 1 from the
+// others.
+constexpr uint32_t kWriteBytes = 0;
 constexpr uint32_t kWriteNumbers = 1;
 
-uint32_t number_fromBytes(const uint8_t* bytes)
-{
-    return uint32_t{bytes[0]} << 24 | uint32_t{bytes[1]} << 16 | uint32_t{bytes[2]} << 8 | bytes[3];
-}
-
-uint32_t number_fromReversedBytes(const uint8_t* bytes)
+uint32_t littleEndian_load(const uint8_t* bytes)
 {
     return uint32_t{bytes[3]} << 24 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[1]} << 8 | bytes[0];
-}
-
-void number_toBytes(uint32_t number, uint8_t* bytes)
-{
-    bytes[0] = static_cast<uint8_t>(number >> 24);
-    bytes[1] = static_cast<uint8_t>(number >> 16);
-    bytes[2] = static_cast<uint8_t>(number >> 8);
-    bytes[3] = static_cast<uint8_t>(number);
 }
 
 // Whether a raw writer has anything to do.
@@ -68,7 +57,7 @@ int32_t read_addr_entry(AddressEntry* entry)
     if (entry->id == entry->own_id) {
         const int32_t status = command_readRecord(kOwnAddressRead, entry->bytes);
         if (status == DEVICE_OK) {
-            entry->number = number_fromBytes(entry->bytes);
+            entry->number = bigEndian_load(entry->bytes);
         }
         return status;
     }
@@ -77,7 +66,7 @@ int32_t read_addr_entry(AddressEntry* entry)
     const int32_t status = command_readRecord(kAddressRead, &request);
     if (status == DEVICE_OK) {
         entry->number = request.value;
-        number_toBytes(request.value, entry->bytes);
+        bigEndian_store(request.value, entry->bytes);
     }
     return status;
 }
@@ -93,7 +82,7 @@ int32_t write_addr_entry(const AddressEntry* entry)
     AddressEntryRequest request{};
     request.id = entry->id;
     request.write_mode = kWriteNumbers;
-    request.value = number_fromBytes(entry->bytes);
+    request.value = bigEndian_load(entry->bytes);
     return command_writeRecord(kAddressWrite, &request);
 }
 
@@ -120,7 +109,7 @@ int32_t read_addr_set(AddressSet* set)
         if (status == DEVICE_OK) {
             // The opposite byte order of every other number here, kept as the system has it.
             for (size_t i = 0; i < kSetSize; ++i) {
-                set->number[i] = number_fromReversedBytes(set->bytes[i]);
+                set->number[i] = littleEndian_load(set->bytes[i]);
             }
         }
         return status;
@@ -131,7 +120,7 @@ int32_t read_addr_set(AddressSet* set)
     if (status == DEVICE_OK) {
         for (size_t i = 0; i < kSetSize; ++i) {
             set->number[i] = request.set[i];
-            number_toBytes(request.set[i], set->bytes[i]);
+            bigEndian_store(request.set[i], set->bytes[i]);
         }
     }
     return status;
@@ -149,7 +138,7 @@ int32_t write_addr_set(const AddressSet* set)
     request.id = set->id;
     request.write_mode = kWriteNumbers;
     for (size_t i = 0; i < kSetSize; ++i) {
-        request.set[i] = number_fromBytes(set->bytes[i]);
+        request.set[i] = bigEndian_load(set->bytes[i]);
     }
     return command_writeRecord(kAddressSetWrite, &request);
 }

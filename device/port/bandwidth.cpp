@@ -4,6 +4,7 @@
 #include <array>
 
 #include "device/fpga_device.h"
+#include "device/port/mii.h"
 #include "device/port/phy.h"
 #include "maint/commands/bandwidth.h"
 
@@ -11,7 +12,6 @@ namespace
 {
 
 constexpr uint32_t kBandwidthRegister = 0x0012;
-constexpr uint32_t kLinePort = 0;
 
 using BandwidthTable = std::array<uint16_t, BANDWIDTH_ID_MAX + 1>;
 

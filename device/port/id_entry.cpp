@@ -2,8 +2,9 @@
 
 #include <cstddef>
 
+#include "device/flag_fields.h"
 #include "device/fpga_device.h"
-#include "device/port/peer_id.h"
+#include "device/peer_id.h"
 #include "device/unit_bit.h"
 #include "device/unit_records.h"
 
@@ -33,26 +34,20 @@ constexpr unsigned kFieldC = 0x04;
 constexpr uint16_t kFieldBMax = 4095;
 constexpr uint16_t kFieldCMax = 7;
 
-constexpr uint16_t kIdValueSelect = 1;
-
-bool field_isSelected(unsigned mask, unsigned field)
-{
-    return mask == 0 || (mask & field) != 0;
-}
-
 // The selected fields into the request, as far as they are in range.
 int32_t idEntry_change(const IdEntry& entry, IdEntryRequest& request)
 {
-    if (field_isSelected(entry.mask, kFieldA)) {
+    const unsigned selected = validMask_of(entry.mask);
+    if ((selected & kFieldA) != 0) {
         request.field_a = entry.field_a;
     }
-    if (field_isSelected(entry.mask, kFieldB)) {
+    if ((selected & kFieldB) != 0) {
         if (entry.field_b > kFieldBMax) {
             return DEVICE_BAD_ARGUMENT;
         }
         request.field_b = entry.field_b;
     }
-    if (field_isSelected(entry.mask, kFieldC)) {
+    if ((selected & kFieldC) != 0) {
         if (entry.field_c > kFieldCMax) {
             return DEVICE_BAD_ARGUMENT;
         }

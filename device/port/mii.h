@@ -6,6 +6,8 @@
 #include "device/fpga_device.h"
 
 constexpr uint32_t kPhyPortMax = 6;
+constexpr uint32_t kLinePort = 0; // the WAN line; its PHY has requests of its own
+constexpr uint32_t kPort6 = 6;    // unlike ports 1..5 in what its registers hold
 constexpr uint16_t kMiiRegisters = 32;
 
 constexpr uint16_t kMiiControl = 0;
@@ -19,7 +21,7 @@ constexpr uint16_t kStatusNegotiated = 0x0020;
 constexpr uint16_t kMiiAdvertised = 4;
 constexpr uint16_t kMiiPartner = 5;
 constexpr uint16_t kMiiVendor = 31;
-constexpr uint16_t kVendorExtra = 0x2000; // ports 0 and 6
+constexpr uint16_t kVendorExtra = 0x2000; // reported of ports 0 and 6, written on every port
 
 // One MII register of the port's PHY: 0, -2 or -4.
 int32_t mii_read(Fpga fpga, uint32_t port, uint16_t number, uint16_t& value);

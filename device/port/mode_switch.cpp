@@ -9,7 +9,7 @@ namespace
 constexpr uint32_t kLatchControlRegister = 0x00D8;
 constexpr uint16_t kLatchBit = 0x0020;
 constexpr uint32_t kLatchedRegister = 0x00DA;
-constexpr uint16_t kLatchedValue = 0x00FF;
+constexpr uint16_t kLatchedMask = 0x00FF;
 
 // The three places of the mode. Its bits of the word are clear while it is on, those of the
 // registers set. Both registers serve other commands, too.
@@ -80,7 +80,7 @@ int32_t read_reg_da_latched(uint32_t* value)
         return register_read(fpga, kLatchedRegister, unused);
     });
     if (status == DEVICE_OK) {
-        *value = latched & kLatchedValue;
+        *value = latched & kLatchedMask;
     }
     return status;
 }

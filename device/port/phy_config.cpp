@@ -14,20 +14,18 @@ static_assert(offsetof(PhyConfig, extra) == 8);
 namespace
 {
 
-constexpr uint32_t kLinePort = 0;
 constexpr uint32_t kSwitchedPort = 5; // followed by switch port 4
-constexpr uint32_t kPort6 = 6;
 
 constexpr uint16_t kPort0Prepare = 0x1001;
-constexpr uint16_t kPort0Autoneg = 0x1000;
+constexpr uint16_t kPort0Autoneg = kControlAutoneg;
 constexpr unsigned kPort0Settle = 2; // seconds
 constexpr uint16_t kAutonegPrepare = 0x0000;
-constexpr uint16_t kAutonegRestart = 0x1200;
+constexpr uint16_t kAutonegRestart = kControlAutoneg | 0x0200;
 constexpr uint16_t kPort6Prepare = 0x1001;
 constexpr uint16_t kManualPrepare = 0x1002; // ports 1..5
 constexpr unsigned kManualSettle = 1;       // seconds
 constexpr uint16_t kVendorPlain = 0x0500;
-constexpr uint16_t kVendorWithExtra = 0x2500;
+constexpr uint16_t kVendorWithExtra = kVendorPlain | kVendorExtra;
 
 constexpr int kFollowPasses = 5;
 constexpr unsigned kFollowDelay = 1; // seconds

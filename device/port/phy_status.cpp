@@ -14,9 +14,6 @@ namespace
 
 using MiiRegisters = std::array<uint16_t, kMiiRegisters>;
 
-constexpr uint32_t kLinePort = 0;
-constexpr uint32_t kPort6 = 6;
-
 // What both ends can do, the best first.
 struct Ability {
     uint16_t bit;
@@ -32,7 +29,6 @@ uint8_t flag_of(uint16_t word, uint16_t bit)
 
 int32_t registers_read(Fpga fpga, uint32_t port, MiiRegisters& registers)
 {
-    registers.fill(0);
     for (uint16_t number = 0; number < kMiiRegisters; ++number) {
         const int32_t status = mii_read(fpga, port, number, registers[number]);
         if (status != DEVICE_OK) {
@@ -78,7 +74,7 @@ int32_t read_phy(PhyStatus* status)
     if (status->port > kPhyPortMax) {
         return DEVICE_BAD_ARGUMENT;
     }
-    MiiRegisters registers;
+    MiiRegisters registers{};
     Fpga used{};
     int32_t result = fpga_run(FpgaAccess::kWrite, [&](Fpga fpga) {
         used = fpga;

@@ -1,6 +1,8 @@
 #include "device/port/status.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <utility>
 
 #include "device/bit_flag.h"
 #include "device/flag_fields.h"
@@ -39,16 +41,17 @@ char hex_digit(unsigned value)
 
 int32_t read_device_info(DeviceInfo* info)
 {
-    alignas(uint16_t) uint8_t words[8] = {}; // the driver stores words
+    alignas(uint16_t) uint8_t words[sizeof(DeviceInfo)] = {}; // the driver stores words
     const int32_t status = command_readRecord(kDeviceInfoRead, words);
     if (status != DEVICE_OK) {
         return status;
     }
-    for (size_t i = 0; i < sizeof info->bytes; ++i) {
-        info->bytes[i] = words[i ^ 1U];
+    for (size_t i = 0; i < sizeof words; i += sizeof(uint16_t)) {
+        std::swap(words[i], words[i + 1]);
     }
-    const unsigned high = words[5];
-    const unsigned low = words[4];
+    std::copy_n(words, sizeof info->bytes, info->bytes);
+    const uint8_t high = words[sizeof info->bytes];
+    const uint8_t low = words[sizeof info->bytes + 1];
     info->text[0] = hex_digit(high >> 4);
     info->text[1] = hex_digit(high);
     info->text[2] = hex_digit(low >> 4);
@@ -143,12 +146,10 @@ int32_t read_id_registers(IdRegisters* registers)
     return fpga_run(FpgaAccess::kRead, [registers](Fpga fpga) -> int32_t {
         uint32_t address = kIdRegister;
         for (uint16_t& value : registers->value) {
-            uint16_t read = 0;
-            const int32_t status = register_read(fpga, address, read);
+            const int32_t status = register_read(fpga, address, value);
             if (status != DEVICE_OK) {
                 return status;
             }
-            value = read;
             address += kRegisterStep;
         }
         return DEVICE_OK;

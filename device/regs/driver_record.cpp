@@ -5,6 +5,7 @@
 
 #include "device/flag_fields.h"
 #include "device/fpga_device.h"
+#include "device/switch_port.h"
 
 static_assert(sizeof(FlagSet) == 9);
 static_assert(offsetof(AddressPair, address) == 4);
@@ -14,13 +15,6 @@ static_assert(sizeof(PairWords) == 8);
 
 namespace
 {
-
-// The switch port record, as the driver sees it here.
-struct FlagSetRequest {
-    uint8_t set;
-    uint8_t flags[7];
-};
-static_assert(sizeof(FlagSetRequest) == 8);
 
 struct AddressPairRequest {
     uint32_t index;

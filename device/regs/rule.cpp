@@ -5,6 +5,7 @@
 #include <cstring>
 #include <iterator>
 
+#include "device/big_endian.h"
 #include "device/fpga_device.h"
 
 static_assert(sizeof(RuleEntry) == 496);
@@ -75,19 +76,6 @@ constexpr uint8_t kClassMax = 4;
 using Address = uint8_t[4];
 using Address6 = uint8_t[6];
 
-uint32_t address_pack(const Address& bytes)
-{
-    return static_cast<uint32_t>(bytes[0]) << 24 | static_cast<uint32_t>(bytes[1]) << 16 |
-           static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];
-}
-
-void address_unpack(uint32_t address, Address& bytes)
-{
-    for (unsigned i = 0; i < sizeof bytes; ++i) {
-        bytes[i] = static_cast<uint8_t>(address >> (24 - 8 * i));
-    }
-}
-
 uint8_t class_code(uint8_t bits)
 {
     for (uint8_t code = 1; code <= kClassMax; ++code) {
@@ -108,11 +96,11 @@ void request_unpack(const RuleRequest& request, RuleEntry& entry)
 {
     const auto present = [&request](Present part) { return (request.present & part) != 0; };
     if (present(kPresentAddressA)) {
-        address_unpack(request.address_a, entry.address_a);
+        bigEndian_store(request.address_a, entry.address_a);
         entry.prefix_a = request.prefix_a;
     }
     if (present(kPresentAddressB)) {
-        address_unpack(request.address_b, entry.address_b);
+        bigEndian_store(request.address_b, entry.address_b);
         entry.prefix_b = request.prefix_b;
     }
     if (request.address_6_a_present != 0) {
@@ -147,7 +135,7 @@ bool address_put(const Address& bytes, uint8_t prefix, uint32_t& address, uint8_
     if (bytes[0] == 0) {
         return false;
     }
-    address = address_pack(bytes);
+    address = bigEndian_load(bytes);
     prefixOut = prefix;
     return true;
 }

@@ -15,16 +15,16 @@ MAINT_C_BEGIN
 enum { INI_VALUE_SIZE = 1024 };
 
 /*
- * Looks up a key and copies its value out, under the save lock (blocking).
+ * Looks up a key and copies its value out, under the save lock (blocking): a caller that holds the
+ * save lock would wait for itself.
  *   path     "/conf/config", letter for letter: the value stands between single quotes, and what
  *            follows the second is ignored. Any other path: the value runs from the first '=' to
  *            the newline; a last line without a newline has no value.
  *   section  text that begins the line after which the search starts; "" (or null): from the
  *            first line
  *   key      text that begins the line looked for
- *   value    buffer of INI_VALUE_SIZE bytes; emptied first, and filled only by a value found: ""
- *            with a result of -1, but for a value that was read before the save lock could not be
- *            released
+ *   value    buffer of INI_VALUE_SIZE bytes; set to "" first, and filled when the key was found.
+ *            After -1 it is "", except when only the release of the save lock failed.
  *
  * Section and key match as prefixes of a line, without any trimming: ABC also finds ABCD='1'. The
  * search ends at the first line that begins with the key, delimited or not, and at the next

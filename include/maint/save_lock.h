@@ -1,10 +1,12 @@
 /*
  * The save lock: a system-wide advisory lock, an exclusive flock on /tmp/Saveing, held while files
- * under /conf are saved and while the configuration is read.
+ * under /conf are saved, while the configuration is read and while the LED state file is used.
  *
  * Order of use: lock, work, unlock with the handle that lock returned. The lock excludes open
  * files, not processes: a second lock in the same process waits for the first, for ever in
- * blocking mode. The file is left in place, empty.
+ * blocking mode. GetIniFileString, Get_Conf_VpnId, and the LED and MTU commands take it
+ * themselves, in blocking mode: do not call them while holding it. The file is left in place,
+ * empty.
  */
 #ifndef MAINT_SAVE_LOCK_H
 #define MAINT_SAVE_LOCK_H
@@ -23,14 +25,15 @@ enum { SAVE_LOCK_WAIT = 0, SAVE_LOCK_TRY = 1 };
 /*
  * Takes the lock.
  *   handle  out: the open stream that holds the lock; null on failure
- * Returns 0; -1 the file cannot be opened (message 001), the lock cannot be had in blocking (002)
- * or in non-blocking mode (003). Messages on the console only.
+ * Returns 0; -1 the file cannot be opened (message 001), the lock cannot be had in blocking (002:
+ * a signal can end the wait) or in non-blocking mode (003). Messages on the console only.
  */
 MAINT_API int32_t fileAccess_lock(FILE** handle, SaveLockMode mode);
 
 /*
  * Releases the lock by closing the stream.
- *   handle  from fileAccess_lock; null is refused with message 001
+ *   handle  from fileAccess_lock; null is refused with message 001. It is gone after any other
+ *           result, and the lock is free, even if closing failed.
  * Returns 0; -1 null handle (001) or the stream cannot be closed (002). Messages on the console
  * only.
  */

@@ -7,14 +7,18 @@
  *   /conf/system.log     working file; survives a warm restart only
  *
  * Layout: a SystemLogHeader (12 bytes), then up to 1000 slots of 100 bytes; slot i begins at byte
- * 12 + 100 * i. The largest file has 100,012 bytes.
+ * 12 + 100 * i. The largest file has 100,012 bytes, as long as `location` is one that a ring has.
  *   flash image    records in slots 0 .. number-1; what lies behind them is ignored
  *   working file   a ring: while number < 1000 the records stand in slots 0 .. number-1, oldest
  *                  first; with number == 1000 the oldest is in slot `location` (slot 0 when
  *                  location is 1000) and the newest in the slot before it
  *
- * Every access to the working file, and the rebuild's access to the image, holds an exclusive,
- * blocking flock on the open file.
+ * The working file, and in the rebuild the image, are read and written under an exclusive, blocking
+ * flock on the open file. Creating the file empties it before the lock is had, and deleting it
+ * takes none: both belong to the boot, before anything else writes the log.
+ *
+ * Streams are buffered and their closing is not looked at: of a full disk a call may learn nothing,
+ * and return 0 with the last bytes lost.
  */
 #ifndef MAINT_SYSTEM_LOG_H
 #define MAINT_SYSTEM_LOG_H
@@ -47,9 +51,9 @@ enum {
 typedef struct SystemLogHeader {
     uint32_t seq_num;  /* 0: number of the flash copy; all ones: erased flash */
     uint16_t number;   /* 4: valid records, 0..1000 */
-    uint16_t location; /* 6: slot of the next write, 0..1000 (1000: slot 0 is next) */
+    uint16_t location; /* 6: slot of the next write, 0..1000 (1000 in a full ring: slot 0) */
     uint16_t version;  /* 8: format version; an image with 0 is refused */
-    uint16_t checksum; /* 10: checksum of the image's record area; see below */
+    uint16_t checksum; /* 10: of the image's record area, see below; kept, and stale, in the file */
 } SystemLogHeader;
 
 /*
@@ -67,13 +71,14 @@ typedef struct SystemLogHeader {
 
 /*
  * Reads the header of the flash image, without a lock.
- *   out  filled only on success, as a whole; a short read may leave part of it overwritten
+ *   out  the header; undefined unless the result is 0
  * Returns 0; -1 open or read failed (messages 001, 002 on both sinks).
  */
 MAINT_API int32_t read_systemlog_header(SystemLogHeader* out);
 
 /*
  * Reads the header of the working file.
+ *   out  the header; undefined unless the result is 0
  * Returns 0; -1 open, lock or read failed (messages 001 to 003, console only).
  */
 MAINT_API int32_t zev_maintlog_head_read(SystemLogHeader* out);
@@ -86,21 +91,26 @@ MAINT_API int32_t zev_maintlog_head_read(SystemLogHeader* out);
 MAINT_API int32_t systemLogFileInit(void);
 
 /*
- * Verifies the flash image and copies its header and records into a new working file. Prints the
- * image's header and, when it holds records, the stored and the computed checksum on standard
- * output. A failure while writing can leave a partial working file.
- * Returns 0; -2 checksum mismatch (message 006); -1 any other failure (messages 001 to 005 and
- * 007 to 010; two different failures carry 005). All messages on both sinks.
+ * Verifies the flash image and copies its header, as it stands, and its records into a new working
+ * file. Refused are an image of more than 1000 records (message 004), one of version 0 (005), one
+ * shorter than its records (005 again, with another text) and one of a wrong checksum (006); an
+ * erased seq_num and a location out of range are not. An image without records has no checksum.
+ * Prints the accepted header, and once the records are read the stored and the computed checksum,
+ * on standard output. A failure while writing can leave a partial working file. Needs about 100 KB
+ * of stack.
+ * Returns 0; -2 checksum mismatch; -1 any other refusal, or image (001 to 003) or file (007 to 010)
+ * not opened, locked, read or written. All messages on both sinks.
  */
 MAINT_API int32_t systemLogFileMake(void);
 
 /*
  * Appends one record with the present time to the working file, which must exist.
  *   text  zero-terminated; the first 79 bytes are logged
- * `location` goes back to slot 0 only when it has reached 1000 in a full ring (number == 1000).
- * Returns 0; -1 clock, open, lock, read or seek failed (messages 001 to 005 and 007, console
- * only; there is no 006). A failed write of the header (008) leaves the record in place under the
- * old header and still returns 0.
+ * `location` goes back to slot 0 only when it has reached 1000 in a full ring (number == 1000); in
+ * any other log it counts on, and the file grows, until it wraps at 16 bits. A record that cannot
+ * be written is counted all the same. Returns 0; -1 clock, open, lock, read or seek failed
+ * (messages 001 to 005 and 007, console only; there is no 006). A failed write of the header (008)
+ * leaves the record in place under the old header and still returns 0.
  */
 MAINT_API int32_t systemLog_put(const char* text);
 

@@ -7,7 +7,8 @@
  * Any own identifier is accepted.
  *
  * Results, unless a command says otherwise: 0; -1 device not opened; -2 read request failed (RD);
- * -4 write request failed (WR); -5 identifier outside 1..30.
+ * -4 write request failed (WR); -5 identifier outside 1..30. A failed report leaves the numbers as
+ * they were; the bytes of the own entry are filled by the driver itself.
  */
 #ifndef MAINT_COMMANDS_ADDRESS_ENTRY_H
 #define MAINT_COMMANDS_ADDRESS_ENTRY_H
@@ -22,7 +23,7 @@
  * error: 0 is returned and nothing is done. Cannot return -5.
  */
 typedef struct AddressEntry {
-    uint32_t own_id;
+    uint32_t own_id;      /* 0 */
     uint32_t id;          /* 4: 1..30 */
     uint8_t bytes[4];     /* 8: the value, most significant byte first */
     uint8_t spare_12[16]; /* 12: not touched */
@@ -38,7 +39,7 @@ typedef struct AddressEntry {
  * return -5.
  */
 typedef struct AddressSet {
-    uint32_t own_id;
+    uint32_t own_id;     /* 0 */
     uint32_t id;         /* 4: 1..30 */
     uint8_t spare_8[4];  /* 8: not touched */
     uint8_t bytes[4][4]; /* 12: the values, most significant byte first */

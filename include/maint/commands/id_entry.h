@@ -3,7 +3,7 @@
  * fields and the mode mean is the device's.
  *
  * Results, unless a command says otherwise: 0; -1 device not opened; -2 read request failed;
- * -4 write request failed (setters).
+ * -4 write request failed (setters). A failed report stores nothing.
  */
 #ifndef MAINT_COMMANDS_ID_ENTRY_H
 #define MAINT_COMMANDS_ID_ENTRY_H
@@ -31,13 +31,13 @@ typedef struct IdEntry {
 
 /*
  * RD_ID_ENTRY_VALUE (0x0054): own_id and id in, value out. Further results: -3 the identifier is
- * set in the device's bitmap D or clear in bitmap E (nothing is stored); -5 identifier outside
+ * set in the device's bitmap D or clear in bitmap E; -5 identifier outside
  * 1..30, or the own one.
  */
 typedef struct IdEntryValue {
-    uint16_t own_id;
-    uint16_t id;    /* 2: 1..30 */
-    uint16_t value; /* 4 */
+    uint16_t own_id; /* 0 */
+    uint16_t id;     /* 2: 1..30 */
+    uint16_t value;  /* 4 */
 } IdEntryValue;
 
 /*
@@ -47,8 +47,9 @@ typedef struct IdEntryValue {
  */
 
 /*
- * RD_MODE_SWITCH (0x008E), uint16_t out: 1 when bits 0 and 1 of the group word are clear, bits 0, 1
- * and 2 of register 0x0114 set and bits 0 and 2 of register 0x0158 set; otherwise 0.
+ * RD_MODE_SWITCH (0x008E), uint16_t out: 1 when bits 0 and 1 of the group word (that of
+ * RD_GROUP_FLAG) are clear, bits 0, 1 and 2 of register 0x0114 set and bits 0 and 2 of register
+ * 0x0158 set; otherwise 0.
  *
  * WR_MODE_SWITCH (0x008F), uint16_t in: 1 gives these bits the values above, any other value the
  * opposite ones. Word and registers are written in this order; a failed write ends the command, and

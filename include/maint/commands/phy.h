@@ -12,8 +12,8 @@
  *
  * Results: 0; -1 device not opened; -2 a register cannot be read, or the link is up under
  * autonegotiation that has not completed or found no common ability (autoneg and link are filled
- * then); -3 instead of that -2, should another thread open the device in the middle of the call;
- * -5 port above 6.
+ * then); 0 or -3 instead of that -2, should another thread open the device in the middle of the
+ * call; -5 port above 6.
  */
 typedef struct PhyStatus {
     uint32_t port;       /* 0: 0..6 */
@@ -26,9 +26,10 @@ typedef struct PhyStatus {
 } PhyStatus;
 
 /*
- * WR_PHY_CONFIG (0x002B), in. Sleeps 1 second (ports 1..6, no autonegotiation) or 2 (port 0), and
- * on port 5 up to 5 more while it follows the PHY with switch port 4; a failure of that following
- * does not fail the command.
+ * WR_PHY_CONFIG (0x002B), in. Sleeps 1 second (ports 1..6, no autonegotiation) or 2 (port 0), once
+ * more if a failure makes it run again. On port 5 switch port 4 first gets the record's
+ * full_duplex, speed100 and switch_flag bytes as they stand, and then, for up to 5 seconds more,
+ * what the PHY reports; a failure of that following does not fail the command.
  *
  * Results: 0; -1 device not opened; -4 a PHY or the switch port cannot be written (what was written
  * before stays); -5 port above 6, or port 0 set to anything but autonegotiation or 100 Mb/s full
@@ -37,10 +38,11 @@ typedef struct PhyStatus {
 typedef struct PhyConfig {
     uint32_t port;       /* 0: 0..6 */
     uint8_t autoneg;     /* 4: 1: autonegotiate; any other value: as the next fields say */
-    uint8_t switch_flag; /* 5: port 5: the link byte of switch port 4 */
+    uint8_t switch_flag; /* 5: port 5 only: the link byte of switch port 4 */
     uint8_t speed100;    /* 6: not 0: 100 Mb/s */
     uint8_t full_duplex; /* 7: not 0: full duplex */
-    uint8_t extra;       /* 8: 1: 0x2500 instead of 0x0500 in register 31, bit 3 of register 0 */
+    uint8_t extra;       /* 8: 1: register 31 gets 0x2500, else 0x0500; ports 1..5: 1 also sets
+                               bit 3 of register 0 */
     uint8_t spare[3];    /* 9: not used */
 } PhyConfig;
 

@@ -7,7 +7,7 @@ namespace
 
 constexpr uint32_t kOwn = 7;
 constexpr uint32_t kPeer = 12;
-constexpr uint32_t kOutside[] = {0, 31, 0xFFFFFFFF};
+constexpr uint32_t kOutside[] = {0, 31, 32, 0x0000010C, 0x0001000C, 0x8000000C, 0xFFFFFFFF};
 
 const Bytes kValue = hex("0A 00 00 01");
 const Bytes kSet = hex("0A 00 00 01 C0 A8 12 34 80 7F FE 01 11 22 33 44");

@@ -155,7 +155,8 @@ TEST_F(SwitchPortFollowing, ComparesTheThreeFlagsAlone)
     }
     for (const char* different :
          {"04 00 00 01 01 00 00 00", "04 00 01 00 01 00 00 00", "04 00 01 01 00 00 00 00",
-          "04 00 02 01 01 00 00 00", "04 00 01 FF 01 00 00 00", "04 00 01 01 02 00 00 00"}) {
+          "04 FF 00 01 01 FF FF FF", "04 00 02 01 01 00 00 00", "04 00 01 FF 01 00 00 00",
+          "04 00 01 01 02 00 00 00"}) {
         unsigned readings = 0;
         hold_before_reading([&readings, different] {
             return ++readings == 1 ? hex(different) : switch_port(1, 1, 1);
