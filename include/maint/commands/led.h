@@ -57,7 +57,9 @@ enum { LED_CHANGE_RECORDED = 1 };
  * Results: 0 written to the panel; 1 recorded; -1 device not opened; -2 register, switch port or
  * device word 03 not read; -4 one of them not written. When WR_LED_GROUP_7 fails at the switch
  * port, or WR_LED_GROUP_1 at the device word, the panel has been changed. WR_LED_GROUP_1 opens and
- * reads the device while the inhibit is on, too, and then fails as without it.
+ * reads the device while the inhibit is on, too, and then fails as without it. The second run of a
+ * failed WR_LED_GROUP_1 starts from what the first one left: an event is logged once more when the
+ * register was not written, and an alert that has moved already does not reach device word 03.
  */
 
 /*

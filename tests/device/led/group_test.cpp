@@ -10,70 +10,36 @@ namespace
 struct Element {
     size_t byte;
     uint16_t bit;
-    bool one_way; // set whenever it is selected, never cleared
+    bool one_way = false; // set whenever it is selected, never cleared
 };
+
+struct Register {
+    uint32_t read;
+    uint32_t write;
+};
+
+constexpr Register kRegisterA{0x6B0F, 0x6B10};
+constexpr Register kRegisterB{0x6B11, 0x6B12};
+constexpr Register kRegisterC{0x6B4F, 0x6B50};
 
 // A group; its elements in the order of the mask bits that select them.
 struct Group {
     const char* name;
     DeviceCommandCode command;
     size_t mask;
-    uint32_t read;
-    uint32_t write;
+    Register word;
     std::array<Element, 3> elements;
-    bool asks_for_inhibit;
+    bool asks_for_inhibit = true;
 };
 
 constexpr Group kGroups[] = {
-    {"Group1",
-     29,
-     14,
-     0x6B11,
-     0x6B12,
-     {{{15, 0x0040, false}, {16, 0x0010, false}, {17, 0x0020, true}}},
-     true},
-    {"LineFlags",
-     31,
-     18,
-     0x6B4F,
-     0x6B50,
-     {{{19, 0x0004, false}, {20, 0x0001, false}, {21, 0x0002, false}}},
-     false},
-    {"Group3",
-     33,
-     24,
-     0x6B0F,
-     0x6B10,
-     {{{25, 0x0004, false}, {26, 0x0001, false}, {27, 0x0002, false}}},
-     true},
-    {"Group4",
-     35,
-     28,
-     0x6B0F,
-     0x6B10,
-     {{{29, 0x0040, false}, {31, 0x0020, false}, {30, 0x0010, false}}},
-     true},
-    {"Group5",
-     37,
-     32,
-     0x6B0F,
-     0x6B10,
-     {{{33, 0x0400, false}, {35, 0x0200, false}, {34, 0x0100, false}}},
-     true},
-    {"Group6",
-     39,
-     36,
-     0x6B0F,
-     0x6B10,
-     {{{37, 0x4000, false}, {39, 0x2000, false}, {38, 0x1000, false}}},
-     true},
-    {"Group7",
-     41,
-     40,
-     0x6B11,
-     0x6B12,
-     {{{41, 0x0004, false}, {42, 0x0001, false}, {43, 0x0002, false}}},
-     true},
+    {"Group1", 29, 14, kRegisterB, {{{15, 0x0040}, {16, 0x0010}, {17, 0x0020, true}}}},
+    {"LineFlags", 31, 18, kRegisterC, {{{19, 0x0004}, {20, 0x0001}, {21, 0x0002}}}, false},
+    {"Group3", 33, 24, kRegisterA, {{{25, 0x0004}, {26, 0x0001}, {27, 0x0002}}}},
+    {"Group4", 35, 28, kRegisterA, {{{29, 0x0040}, {31, 0x0020}, {30, 0x0010}}}},
+    {"Group5", 37, 32, kRegisterA, {{{33, 0x0400}, {35, 0x0200}, {34, 0x0100}}}},
+    {"Group6", 39, 36, kRegisterA, {{{37, 0x4000}, {39, 0x2000}, {38, 0x1000}}}},
+    {"Group7", 41, 40, kRegisterB, {{{41, 0x0004}, {42, 0x0001}, {43, 0x0002}}}},
 };
 
 bool selected(unsigned mask, unsigned bit)
@@ -130,10 +96,10 @@ class GroupOfThree : public LedSetterTest, public testing::WithParamInterface<Gr
     void expect_word(uint16_t before)
     {
         const uint16_t word = without_event(before);
-        board.fpga.words[group.read] = word;
+        board.fpga.words[group.word.read] = word;
         EXPECT_EQ(run(group.command), 0);
         const uint32_t other = is_group1() ? kAlertBits : 0;
-        EXPECT_EQ(board.fpga.words[group.read] & ~other, word_after(word) & ~other)
+        EXPECT_EQ(board.fpga.words[group.word.read] & ~other, word_after(word) & ~other)
             << std::hex << word;
     }
 
@@ -159,13 +125,13 @@ TEST_P(GroupOfThree, ReadsTheRegisterChangesTheSelectedElementsAndWritesItBack)
         const auto prepare = [this, mask] {
             record.put(group.mask, mask);
             elements_put(1, 0, 1);
-            board.fpga.words[group.read] = 0x0FFF;
+            board.fpga.words[group.word.read] = 0x0FFF;
             board.fpga.switch_ports[4] = kPortBefore;
             return record.pointer();
         };
         prepare();
-        Course panel{opens_to_write(), word_read(group.read),
-                     value_write(group.write, word_after(0x0FFF))};
+        Course panel{opens_to_write(), word_read(group.word.read),
+                     value_write(group.word.write, word_after(0x0FFF))};
         if (is_group7()) {
             Bytes port = kPortBefore;
             port[4] = selected(mask, 0) ? '\1' : port[4];
