@@ -59,7 +59,7 @@ enum { LED_CHANGE_RECORDED = 1 };
  * port, or WR_LED_GROUP_1 at the device word, the panel has been changed. WR_LED_GROUP_1 opens and
  * reads the device while the inhibit is on, too, and then fails as without it. The second run of a
  * failed WR_LED_GROUP_1 starts from what the first one left: an event is logged once more when the
- * register was not written, and an alert that has moved already does not reach device word 03.
+ * register was not written, and when it was, the event's change does not reach device word 03.
  */
 
 /*
