@@ -24,8 +24,9 @@ enum { LED_CHANGE_RECORDED = 1 };
  *   WR_LED_B (0x0015) ledB, WR_LED_C (0x0019) ledC, WR_LED_D (0x0017) ledD, WR_LED_E (0x0013) ledE
  *                     1: low bit of the pair alone; 2: high bit, the low one as it was; any other
  *                     value: neither
- *   WR_LED_A (0x0011) ledA: 1 low bit alone; 3 high bit alone; 2 both, and the alert bit is
- * cleared; any other value: neither
+ *   WR_LED_A (0x0011) ledA
+ *                     1: low bit of the pair alone; 3: high bit alone; 2: both, and the alert bit
+ *                     is cleared; any other value: neither
  *
  * Results: 0 written to the panel; 1 recorded; -1 device not opened; -2 register not read;
  * -4 register not written (WR_LED_C: -1).
@@ -53,9 +54,12 @@ enum { LED_CHANGE_RECORDED = 1 };
  *
  * In the LED state file a group is always recorded whole, whatever the mask says.
  *
- * Results: 0 written to the panel; 1 recorded; -1 device not opened; -2 register (or switch port)
- * not read; -4 register, switch port or device word 03 not written. When WR_LED_GROUP_7 fails at
- * the switch port, or WR_LED_GROUP_1 at the device word, the panel has been changed.
+ * Results: 0 written to the panel; 1 recorded; -1 device not opened; -2 register, switch port or
+ * device word 03 not read; -4 one of them not written. When WR_LED_GROUP_7 fails at the switch
+ * port, or WR_LED_GROUP_1 at the device word, the panel has been changed. WR_LED_GROUP_1 opens and
+ * reads the device while the inhibit is on, too, and then fails as without it. The second run of a
+ * failed WR_LED_GROUP_1 starts from what the first one left: an event is logged once more when the
+ * register was not written, and when it was, the event's change does not reach device word 03.
  */
 
 /*
