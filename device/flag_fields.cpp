@@ -3,9 +3,10 @@
 BitChange flagFields_change(std::span<const FlagField> fields, unsigned mask, const uint8_t* flags)
 {
     BitChange change{0, 0};
+    const unsigned selected = validMask_of(mask);
     unsigned selector = 1;
     for (const FlagField& field : fields) {
-        if (mask == 0 || (mask & selector) != 0) {
+        if ((selected & selector) != 0) {
             change = bitChange_join(change, bits_set(field.bit, flags[field.flag] == 1));
         }
         selector <<= 1;

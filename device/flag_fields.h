@@ -8,10 +8,10 @@
 
 #include "device/fpga_device.h"
 
-// The parts that a valid-mask byte selects.
-constexpr unsigned validMask_of(uint8_t valid)
+// The parts that a valid mask selects.
+constexpr unsigned validMask_of(unsigned valid)
 {
-    return valid == 0 ? 0xFFU : valid;
+    return valid == 0 ? ~0U : valid;
 }
 
 struct FlagField {
@@ -19,8 +19,7 @@ struct FlagField {
     uint16_t bit; // of the word or register
 };
 
-// The selected fields' change, from the record's flags. A field beyond the mask's last is never
-// selected by it.
+// The selected fields' change, from the record's flags.
 BitChange flagFields_change(std::span<const FlagField> fields, unsigned mask, const uint8_t* flags);
 
 // Every field's flag, 0 or 1, from the word.

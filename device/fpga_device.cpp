@@ -8,6 +8,8 @@ namespace
 
 constexpr const char* kFpgaPath = "/dev/fpga";
 
+constexpr uint32_t kBesideRegister = 0xFFFF0000; // of a register record's value
+
 } // namespace
 
 Fpga fpga_open(FpgaAccess access)

@@ -1,9 +1,6 @@
 // The requests of the driver behind /dev/fpga: 0x6B00 + n, no size or direction bits. Where the
-// use of a word is the driver's own, its name is its number.
-//
-//   WordRead     the address of a 16-bit word that the driver fills
-//   WordWrite    the 16-bit value itself
-//   the others   the address of a record, named beside the request where it is one of this library
+// use of a word is the driver's own, its name is its number. A request takes the address of a
+// record unless its group below says otherwise.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +13,7 @@ struct FpgaWord {
     FpgaRequest write;
 };
 
-// Words by address and by value
+// Words: read with the address of a 16-bit word, written with the value itself
 constexpr FpgaRequest kStatusWordRead = 0x6B02;
 constexpr FpgaWord kWord03{0x6B03, 0x6B04};
 constexpr FpgaWord kControlWord{0x6B07, 0x6B08};
@@ -30,7 +27,7 @@ constexpr FpgaWord kWord48{0x6B48, 0x6B49};
 constexpr FpgaWord kLedRegisterC{0x6B4F, 0x6B50}; // the line control word
 constexpr FpgaWord kChannelWord{0x6B51, 0x6B52};
 
-// Words that pass through the caller's pointer or value
+// Words that pass through the caller's pointer; kWord28Write and kWord2AWrite take the value itself
 constexpr FpgaRequest kWord21Read = 0x6B21;
 constexpr FpgaRequest kWord22Write = 0x6B22;
 constexpr FpgaRequest kWord27Read = 0x6B27;
@@ -80,7 +77,8 @@ constexpr FpgaRequest kAddressPairWrite = 0x6B68;
 constexpr FpgaRequest kAddressTableRead = 0x6B85;
 constexpr FpgaRequest kAddressTableWrite = 0x6B86;
 
-// Counters, port entries, rules and driver control
+// Counters, port entries, rules and driver control; kByteAction and kWordAction take the value
+// itself, kDriverStateRead nothing
 constexpr FpgaRequest kPortEntryRead = 0x6B60;
 constexpr FpgaRequest kPortEntryWrite = 0x6B61;
 constexpr FpgaRequest kStatusWordWrite = 0x6B62;

@@ -20,7 +20,8 @@ template <class Record> Record* argument_type(int32_t (*)(Record*));
 
 } // namespace detail
 
-// The table's form of a handler that takes its own record. The record's type is known here alone.
+// The table's form of a handler that takes its own record. Only here is the caller's pointer cast
+// to it.
 template <auto kHandler> constexpr CommandHandler handler()
 {
     return [](void* argument) -> int32_t {

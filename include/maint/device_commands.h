@@ -202,7 +202,6 @@ enum {
     WR_BYTE_ACTION = 0x0117,
     WR_PAIR_WORDS = 0x0119,
     WR_WORD_ACTION = 0x011B,
-    WR_RULE_DELETE = 0x011E,
     RD_COUNTER = 0x0401,
     WR_COUNTER = 0x0402,
     RD_COUNTER_ALT = 0x0403,
@@ -218,6 +217,7 @@ enum {
     /* Rule entries: maint/commands/rule.h */
     RD_RULE_ENTRY = 0x011C,
     WR_RULE_ENTRY = 0x011D,
+    WR_RULE_DELETE = 0x011E,
 
     /* Real-time clock: maint/commands/rtc.h */
     RD_RTC_TIME = 0x0200,

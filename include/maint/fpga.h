@@ -11,14 +11,20 @@
 
 MAINT_C_BEGIN
 
-/* Results that all commands share; each command's comment says which it can return. */
+/*
+ * Results that all commands share; each command's comment says which it can return, and where a
+ * code of its own stands for something else.
+ */
 enum {
     DEVICE_OK = 0,
     DEVICE_OPEN_FAILED = -1,  /* the device or file cannot be opened; unknown command */
-    DEVICE_READ_FAILED = -2,  /* a read request, or the read of a state file, failed */
-    DEVICE_UNMAPPED = -3,     /* the device answered with a value that has no meaning here */
+    DEVICE_READ_FAILED = -2,  /* a read request, a reading that the command rests on (such as the
+                                 PHY's status), or the read of a state file failed */
+    DEVICE_UNMAPPED = -3,     /* the device answered with a value that has no meaning here; a
+                                 documented fallback may have been stored */
     DEVICE_WRITE_FAILED = -4, /* a write request failed; what was written before it stays */
-    DEVICE_BAD_ARGUMENT = -5  /* the argument is out of range; never retried */
+    DEVICE_BAD_ARGUMENT = -5  /* the argument is out of range; nothing has been opened or changed,
+                                 and the command is not retried */
 };
 
 /*
@@ -28,12 +34,13 @@ enum {
  *             comment says that it is not used. The record is the caller's and holds partial
  *             results when a command fails.
  *
- * A command opens its device, issues its requests and closes the device before it returns.
- * A failed command is run once more after usleep(1), with the same argument; then its result
- * stands. A bad argument (-5) and RD_DEVICE_WORD_40 are never run twice.
+ * A command opens its device, issues its requests and closes the device before it returns (two
+ * commands leave it open when they fail: maint/commands/device_word.h).
+ * A failed command is run once more, with the same argument, and then its result stands; usleep(1)
+ * follows each of the failed runs. A bad argument (-5) and RD_DEVICE_WORD_40 are never run twice.
  *
- * Commands are not locked against each other: two processes that change bits of one register at
- * the same moment can lose a change.
+ * May be called from any thread. Commands are not locked against each other: two callers, threads
+ * or processes, that change bits of one register at the same moment can lose a change.
  *
  * Returns the command's result: 0, or another non-negative value that the command's comment names;
  * a negative code on failure; -1 for a number that is no command.

@@ -1,19 +1,19 @@
 /*
  * Commands that move one word of the device. All on /dev/fpga; what the words mean is the device's.
+ * A failed report stores nothing unless the driver does.
  *
- * Passed through: the driver itself fills or reads what the argument points to.
- *   RD_DEVICE_WORD_27 (0x0036)  uint16_t out
- *   RD_DEVICE_WORD_29 (0x0038)  uint16_t out: the unit's own identifier
- *   RD_DEVICE_WORD_21 (0x0040)  uint16_t out; a failed request leaves the device open
- *   RD_DEVICE_WORD_03 (0x0042)  uint16_t out
- *   RD_DEVICE_WORD_3B (0x0046)  uint32_t out: bitmap, bit n for unit or port n
- *   RD_DEVICE_WORD_4E (0x0056)  uint16_t out
- *   WR_DEVICE_WORD_41 (0x003F)  uint16_t in
- *   WR_DEVICE_WORD_22 (0x0041)  uint16_t in; a failed request leaves the device open
- * Results: 0; -1 device not opened; -2 (RD) or -4 (WR) request failed.
+ * Passed through: the driver itself fills or reads what the argument points to. How much that is,
+ * is the driver's; the types below are the least that it takes. RD_DEVICE_WORD_27 (0x0036) uint16_t
+ * out RD_DEVICE_WORD_29 (0x0038)  uint16_t out: the unit's own identifier RD_DEVICE_WORD_21
+ * (0x0040)  uint16_t out; see below RD_DEVICE_WORD_03 (0x0042)  uint16_t out RD_DEVICE_WORD_3B
+ * (0x0046)  uint32_t out: bitmap, bit n for unit or port n RD_DEVICE_WORD_4E (0x0056)  uint16_t
+ * out; opens the device for writing WR_DEVICE_WORD_41 (0x003F)  uint16_t in WR_DEVICE_WORD_22
+ * (0x0041)  uint16_t in; see below Results: 0; -1 device not opened; -2 (RD) or -4 (WR) request
+ * failed. A failed request of RD_DEVICE_WORD_21 and WR_DEVICE_WORD_22 leaves the device open, and
+ * as the command is then run again, up to two descriptors for each call.
  *
- *   RD_DEVICE_WORD_40 (0x003E)  uint16_t out. Result: -1 device not opened, otherwise the driver's
- *                               own result, whatever it is; never retried.
+ *   RD_DEVICE_WORD_40 (0x003E)  uint16_t out. Result: the driver's own, whatever it is, or -1 when
+ *                               the device is not opened; never retried.
  *
  * Sent by value:
  *   WR_DEVICE_WORD_28 (0x0037)  uint16_t in
@@ -26,7 +26,7 @@
  *                               none of them (nothing is stored).
  *   WR_DEVICE_WORD_49 (0x0045)  uint16_t in: 2, 4 or 8. Results: 0; -1; -4; -5 any other value.
  *
- * Flags:
+ * Flags; setters keep the other bits:
  *   RD_GROUP_FLAG (0x003A)      uint8_t out: 1 if any of bits 2, 6, 7, 8 of the group word is set
  *   WR_GROUP_FLAG (0x003B)      uint8_t in: 1 sets these four bits, any other value clears them
  *   RD_REG44_FLAG (0x009C)      uint16_t out: bit 0 of register 0x0044
