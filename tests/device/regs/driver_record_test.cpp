@@ -209,7 +209,7 @@ TEST_F(DriverRecordTest, BitSevenOfTheControlWordIsClearedInTheCallersWord)
     device_put = [&] { board.fpga.words[0x6B6E] = 0x81FF; };
     prove_record(0x0114, hex("C3 A5"),
                  {opens_to_write(), record_read(0x6B6E, hex("C3 A5")),
-                  record_write(0x6B6F, hex("7F 81")), closes()},
+                  record_write(0x6B6F, hex("7F 81"), kElsewhere), closes()},
                  hex("7F 81"));
     EXPECT_EQ(board.fpga.words[0x6B6E], 0x817FU);
     expect_kept_unopened(0x0114, hex("C3 A5"));
@@ -218,6 +218,15 @@ TEST_F(DriverRecordTest, BitSevenOfTheControlWordIsClearedInTheCallersWord)
     // The driver reads the caller's own word.
     EXPECT_EQ(run_changing(0x0114, hex("C3 A5"), 0x6B6F, hex("34 12")), 0);
     EXPECT_EQ(board.fpga.words[0x6B6E], 0x1234U);
+}
+
+TEST_F(DriverRecordTest, AControlWordThatCannotBeWrittenIsReadOnceMore)
+{
+    device_put = [&] { board.fpga.words[0x6B6E] = 0x81FF; };
+    const std::string opens = "open /dev/fpga O_RDWR|O_NONBLOCK";
+    prove_write_failure(0x0114, hex("C3 A5"), hex("7F 81"),
+                        {opens, "ioctl 6B6E C3 A5", "ioctl 6B6F 7F 81", "close /dev/fpga"},
+                        {opens, "ioctl 6B6E 7F 81", "ioctl 6B6F 7F 81", "close /dev/fpga"});
 }
 
 TEST_F(DriverRecordTest, NoOtherBitOfTheControlWordChanges)

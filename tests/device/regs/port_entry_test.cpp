@@ -187,7 +187,7 @@ TEST_F(PortEntryTest, APortsBitIsSetInTheCallersMask)
     device_put = [&] { board.fpga.words[0x6B8D] = 0x81234567; };
     prove_record(0x00A1, hex("03 00 01 00 11 22 33 44"),
                  {opens_to_write(), record_read(0x6B8D, hex("11 22 33 44")),
-                  value_write(0x6B8E, 0x8123456F), closes()},
+                  value_write(0x6B8E, 0x8123456F, kElsewhere), closes()},
                  hex("03 00 01 00 6F 45 23 81"));
     EXPECT_EQ(board.fpga.words[0x6B8D], 0x8123456FU);
 }
@@ -197,9 +197,19 @@ TEST_F(PortEntryTest, APortsBitIsClearedInTheCallersMask)
     device_put = [&] { board.fpga.words[0x6B8D] = 0xFFFFFFFF; };
     prove_record(0x00A1, hex("01 00 02 00 11 22 33 44"),
                  {opens_to_write(), record_read(0x6B8D, hex("11 22 33 44")),
-                  value_write(0x6B8E, 0xFFFFFFFD), closes()},
+                  value_write(0x6B8E, 0xFFFFFFFD, kElsewhere), closes()},
                  hex("01 00 02 00 FD FF FF FF"));
     EXPECT_EQ(board.fpga.words[0x6B8D], 0xFFFFFFFDU);
+}
+
+TEST_F(PortEntryTest, AMaskThatCannotBeWrittenIsReadOnceMore)
+{
+    device_put = [&] { board.fpga.words[0x6B8D] = 0x81234567; };
+    const std::string opens = "open /dev/fpga O_RDWR|O_NONBLOCK";
+    prove_write_failure(
+        0x00A1, hex("03 00 01 00 11 22 33 44"), hex("03 00 01 00 6F 45 23 81"),
+        {opens, "ioctl 6B8D 11 22 33 44", "ioctl 6B8E =8123456F", "close /dev/fpga"},
+        {opens, "ioctl 6B8D 6F 45 23 81", "ioctl 6B8E =8123456F", "close /dev/fpga"});
 }
 
 TEST_F(PortEntryTest, TheMaskIsReadIntoTheCallersRecordAndStaysThereWhenItsWriteFails)

@@ -58,6 +58,33 @@ class RecordTest : public DeviceTest
         expect_record(after);
     }
 
+    // The third call of a command, its write, fails: in the first run, in both. The record that the
+    // second run starts from is the first run's.
+    void prove_write_failure(DeviceCommandCode command, const Bytes& start, const Bytes& after,
+                             const Trace& first, const Trace& second)
+    {
+        ASSERT_EQ(first.size(), 4U);
+        Trace once = first;
+        once[2] += " -> failed";
+        once.emplace_back("usleep 1");
+        once.insert(once.end(), second.begin(), second.end());
+        board.restart();
+        board.fail_call(3);
+        EXPECT_EQ(run(command, start), 0);
+        EXPECT_EQ(board.calls, once);
+        expect_record(after);
+
+        Trace twice = once;
+        twice[7] += " -> failed";
+        twice.emplace_back("usleep 1");
+        board.restart();
+        fail_in_both_runs(3, 1);
+        EXPECT_EQ(run(command, start), -4);
+        EXPECT_EQ(board.calls, twice);
+        expect_record(after);
+        EXPECT_EQ(board.open_descriptors(), 0U);
+    }
+
     void expect_refused_record(DeviceCommandCode command, const Bytes& start)
     {
         board.restart();

@@ -46,7 +46,8 @@ Bytes file_sample(uint32_t seed = 1)
     std::mt19937 random(seed);
     Bytes file;
     for (size_t word = 0; word < 124; ++word) {
-        file += le32(word < 64 ? random() : random() % 1024);
+        const auto number = static_cast<uint32_t>(random());
+        file += le32(word < 64 ? number : number % 1024);
     }
     return file;
 }
