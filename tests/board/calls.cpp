@@ -306,6 +306,9 @@ int board_ioctl(int descriptor, unsigned long request, ...)
         errno = ENOTTY;
         return -1;
     }
+    if (form->argument == Argument::kNothing && argument != 0) {
+        ADD_FAILURE() << "argument " << argument << " for a request that takes none";
+    }
     const bool good = board().begin(board().recording ? request_text(path, *form, argument) : "");
     if (!rtc && path != kFpgaPath) {
         errno = EBADF;

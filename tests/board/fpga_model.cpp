@@ -178,10 +178,10 @@ void FpgaModel::serve_record(const RequestForm& form, char* record)
         switch_ports[static_cast<uint8_t>(record[0])].assign(record, 8);
         break;
     case 0x6B83:
-        number_put(record, 4, static_cast<uint32_t>(indexed_words[key]));
+        number_put(record, 4, indexed_words[key]);
         break;
     case 0x6B84:
-        indexed_words[key] = number_at<uint16_t>(record, 4);
+        indexed_words[key] = number_at<uint32_t>(record, 4);
         break;
     case 0x6B85:
         bytes_put(record, 4, address_table[key], 4, 20);

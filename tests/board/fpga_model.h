@@ -49,12 +49,12 @@ class FpgaModel
     std::map<uint32_t, Record> id_entries;   // 12 bytes each
     std::map<uint32_t, uint16_t> id_values;
     std::map<std::pair<uint32_t, uint16_t>, std::pair<uint16_t, uint16_t>> unit_words; // unit, page
-    std::map<uint32_t, Record> address_pairs;  // 20 bytes each
-    std::map<uint32_t, Record> address_table;  // 24 bytes each
-    std::map<uint16_t, uint16_t> port_entries; // by address
-    std::map<uint16_t, Record> rules;          // 80 bytes each
-    std::map<uint32_t, uint16_t> indexed_words;
-    std::map<std::pair<uint32_t, uint32_t>, uint32_t> counters;     // index, selector; 0 when read
+    std::map<uint32_t, Record> address_pairs;                   // 20 bytes each
+    std::map<uint32_t, Record> address_table;                   // 24 bytes each
+    std::map<uint16_t, uint16_t> port_entries;                  // by address
+    std::map<uint16_t, Record> rules;                           // 80 bytes each
+    std::map<uint32_t, uint32_t> indexed_words;                 // a write replaces the whole number
+    std::map<std::pair<uint32_t, uint32_t>, uint32_t> counters; // index, selector; 0 when read
     std::map<std::pair<uint32_t, uint32_t>, uint32_t> counters_alt; // likewise
     std::map<uint32_t, Record> written; // the last record of each request that only writes
     std::map<uint32_t, int> results;    // what a request returns instead of 0
