@@ -136,8 +136,8 @@ int32_t register_change(Fpga fpga, uint32_t address, BitChange change)
     if (status != DEVICE_OK) {
         return status;
     }
-    access.value =
-        (access.value & 0xFFFF0000U) | bitChange_apply(change, static_cast<uint16_t>(access.value));
+    access.value = (access.value & kBesideRegister) |
+                   bitChange_apply(change, static_cast<uint16_t>(access.value));
     return record_write(fpga, kRegisterWrite, &access);
 }
 

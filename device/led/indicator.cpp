@@ -20,10 +20,11 @@ int32_t switchPort_mirror(Fpga fpga, const LedGroup& group)
     if (status != DEVICE_OK) {
         return status;
     }
-    uint8_t* const flags[] = {&port.link, &port.speed100, &port.full_duplex};
-    for (unsigned n = 0; n < kElementsInOrder.size(); ++n) {
+    uint8_t* const flags[] = {&port.link, &port.speed100, &port.full_duplex}; // by element
+    for (unsigned n = 0; n < kLedGroup7.order.size(); ++n) {
         if (mask_selects(group.valid, n)) {
-            *flags[n] = group.element[n] == 1 ? 1 : 0;
+            const unsigned element = kLedGroup7.order[n];
+            *flags[element] = group.element[element] == 1 ? 1 : 0;
         }
     }
     return record_write(fpga, kSwitchPortWrite, &port);

@@ -1,11 +1,15 @@
 #include "device/led/panel_read.h"
 
+#include <cstddef>
+
 #include "device/fpga_device.h"
 #include "device/led/panel.h"
 #include "device/peer_id.h"
 #include "device/unit_bit.h"
 #include "device/unit_records.h"
 #include "maint/vpn_id.h"
+
+static_assert(sizeof(UnitStatusFlag) == 8 && offsetof(UnitStatusFlag, unit) == 4);
 
 namespace
 {

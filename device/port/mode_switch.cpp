@@ -1,6 +1,7 @@
 #include "device/port/mode_switch.h"
 
 #include "device/fpga_device.h"
+#include "device/shared_registers.h"
 
 namespace
 {
@@ -15,15 +16,13 @@ constexpr uint16_t kLatchedMask = 0x00FF;
 // registers set. Both registers serve other commands, too.
 constexpr FpgaWord kModeWord = kGroupFlagWord;
 constexpr uint16_t kModeWordBits = 0x0003;
-constexpr uint32_t kModeRegister114 = 0x0114;
 constexpr uint16_t kModeBits114 = 0x0007;
-constexpr uint32_t kModeRegister158 = 0x0158;
 constexpr uint16_t kModeBits158 = 0x0005;
 
 struct ModePlaces {
     uint16_t word = 0;
-    RegisterAccessRequest reg114{kModeRegister114, 0};
-    RegisterAccessRequest reg158{kModeRegister158, 0};
+    RegisterAccessRequest reg114{kRegister114, 0};
+    RegisterAccessRequest reg158{kRegister158, 0};
 };
 
 int32_t modePlaces_read(Fpga fpga, ModePlaces& places)

@@ -5,8 +5,8 @@
 
 #include "device/flag_fields.h"
 #include "device/fpga_device.h"
-#include "device/regs/commit_register.h"
 #include "device/regs/register_bytes.h"
+#include "device/shared_registers.h"
 
 static_assert(sizeof(PrefixMap) == 16);
 static_assert(offsetof(PrefixSet, address) == 2);
@@ -48,7 +48,7 @@ int32_t parts_write(Fpga fpga, const PrefixRegisters& registers, const PrefixSet
         status = registerBytes_write(fpga, registers.mask, mask);
     }
     if (status == DEVICE_OK && (valid & (kValidAddress | kValidLength)) != 0) {
-        status = register_change(fpga, kCommitRegister, bits_set(registers.commit, true));
+        status = register_change(fpga, kRegister114, bits_set(registers.commit, true));
     }
     return status;
 }

@@ -7,6 +7,7 @@
 #include "device/fpga_device.h"
 #include "device/regs/register_bytes.h"
 
+static_assert(sizeof(RegE0Block) == 24);
 static_assert(offsetof(RegE0Block, address) == 2);
 static_assert(offsetof(RegE0Block, word) == 8);
 static_assert(offsetof(RegE0Block, first) == 12);
@@ -27,9 +28,9 @@ constexpr uint16_t kEnableReported = 0x0001; // the setter drives two bits more
 constexpr uint16_t kEnableDriven = 0x0007;
 constexpr uint16_t kField3Mask = 0x0700;
 constexpr unsigned kField3Shift = 8;
-constexpr uint8_t kField3Max = 7;
+constexpr uint8_t kField3Max = kField3Mask >> kField3Shift;
 constexpr uint16_t kField5Mask = 0x001F;
-constexpr uint8_t kField5Max = 31;
+constexpr uint8_t kField5Max = kField5Mask;
 
 enum ValidE0 : unsigned {
     kValidEnable = 0x01,

@@ -5,6 +5,7 @@
 
 #include "device/bit_flag.h"
 #include "device/fpga_device.h"
+#include "device/shared_registers.h"
 
 // One bit of a register.
 struct RegisterBit {
@@ -43,7 +44,6 @@ template <const RegisterField& kField> int32_t write_field(const uint16_t* value
 }
 
 constexpr uint32_t kRegisterFE = 0x00FE;
-constexpr uint32_t kRegister158 = 0x0158;
 constexpr uint32_t kRegister168 = 0x0168;
 
 constexpr RegisterField kReg132Value{0x0132, 0x007F, true};

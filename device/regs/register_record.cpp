@@ -4,14 +4,15 @@
 
 #include "device/flag_fields.h"
 #include "device/fpga_device.h"
-#include "device/regs/commit_register.h"
 #include "device/regs/register_bytes.h"
+#include "device/shared_registers.h"
 
 static_assert(sizeof(Reg16ABlock) == 12 && offsetof(Reg16ABlock, data) == 6);
 static_assert(sizeof(Reg15AFields) == 4);
 static_assert(sizeof(Reg15CPair) == 6);
-static_assert(offsetof(PortBit, port) == 4);
-static_assert(offsetof(RegisterValue, value) == 4);
+static_assert(sizeof(Reg110Bytes) == 4);
+static_assert(sizeof(PortBit) == 6 && offsetof(PortBit, port) == 4);
+static_assert(sizeof(RegisterValue) == 8 && offsetof(RegisterValue, value) == 4);
 
 namespace
 {
@@ -25,6 +26,10 @@ constexpr uint32_t kBlock16AFlags = 0x0166;
 constexpr FlagField kBlock16AFlagFields[] = {{0, 0x0002}, {1, 0x0001}}; // flag A, flag B
 constexpr unsigned kValidBlock16AFlags = 0x03;
 constexpr unsigned kValidBlock16AData = 0x04;
+
+// The first and the second part of the two records with two.
+constexpr unsigned kValidA = 0x01;
+constexpr unsigned kValidB = 0x02;
 
 constexpr uint32_t kRegister15A = 0x015A;
 constexpr unsigned kField15AShiftA = 13;
@@ -45,19 +50,21 @@ int32_t block16A_select(Fpga fpga, uint16_t index)
     return register_change(fpga, kIndexRegister16A, field_set(kIndex16AField, index));
 }
 
-// The codes are this command's own: a bad port and a failed read count one step further than
-// elsewhere.
+// A port out of range is found with the device open. The two codes differ from other commands'.
+constexpr int32_t kPortOutOfRange = -2;
+constexpr int32_t kPortReadFailed = -3;
+
 int32_t portBit_change(uint16_t port, bool on)
 {
     return fpga_run(FpgaAccess::kWrite, [=](Fpga fpga) -> int32_t {
         if (port < 1 || port > kPortBitLast) {
-            return DEVICE_READ_FAILED;
+            return kPortOutOfRange;
         }
         const bool low = port < kPortBitsPerRegister;
         const auto bit = static_cast<uint16_t>(1U << (port % kPortBitsPerRegister));
         const int32_t status =
             register_change(fpga, low ? kPortBitsLow : kPortBitsHigh, bits_set(bit, on));
-        return status == DEVICE_READ_FAILED ? static_cast<int32_t>(DEVICE_UNMAPPED) : status;
+        return status == DEVICE_READ_FAILED ? kPortReadFailed : status;
     });
 }
 
@@ -80,7 +87,7 @@ int32_t write_reg110_bytes(const Reg110Bytes* record)
     return fpga_run(FpgaAccess::kWrite, [record](Fpga fpga) {
         const int32_t status = registerBytes_write(fpga, kRegister110, record->bytes);
         return status == DEVICE_OK
-                   ? register_change(fpga, kCommitRegister, bits_set(kCommitReg110, true))
+                   ? register_change(fpga, kRegister114, bits_set(kCommitReg110, true))
                    : status;
     });
 }
@@ -146,10 +153,10 @@ int32_t write_reg15a_fields(const Reg15AFields* record)
 {
     const unsigned mask = validMask_of(record->valid);
     BitChange change{0, 0};
-    if ((mask & 1U) != 0) {
+    if ((mask & kValidA) != 0) {
         change = field_set(kHighByte, static_cast<uint16_t>(record->a << kField15AShiftA));
     }
-    if ((mask & 2U) != 0) {
+    if ((mask & kValidB) != 0) {
         change = bitChange_join(
             change, field_set(kLowByte, static_cast<uint16_t>(record->b << kField15AShiftB)));
     }
@@ -179,10 +186,10 @@ int32_t write_reg15c_pair(const Reg15CPair* record)
     return fpga_run(FpgaAccess::kWrite, [record](Fpga fpga) -> int32_t {
         const unsigned mask = validMask_of(record->valid);
         int32_t status = DEVICE_OK;
-        if ((mask & 1U) != 0) {
+        if ((mask & kValidA) != 0) {
             status = register_write(fpga, kRegister15E, record->a);
         }
-        if (status == DEVICE_OK && (mask & 2U) != 0) {
+        if (status == DEVICE_OK && (mask & kValidB) != 0) {
             status = register_write(fpga, kRegister15C, record->b);
         }
         return status;
@@ -204,9 +211,8 @@ int32_t read_register(RegisterValue* record)
     return command_readRegister(record->address, record->value);
 }
 
-// A failed write counts as a failed read; this command alone is so.
 int32_t write_register(const RegisterValue* record)
 {
-    const int32_t status = command_writeRegister(record->address, record->value);
-    return status == DEVICE_WRITE_FAILED ? static_cast<int32_t>(DEVICE_READ_FAILED) : status;
+    const RegisterAccessRequest access{record->address, record->value};
+    return command_writeRecordFailingAsRead(kRegisterWrite, &access);
 }

@@ -23,8 +23,8 @@ enum {
     DEVICE_UNMAPPED = -3,     /* the device answered with a value that has no meaning here; a
                                  documented fallback may have been stored */
     DEVICE_WRITE_FAILED = -4, /* a write request failed; what was written before it stays */
-    DEVICE_BAD_ARGUMENT = -5  /* the argument is out of range; nothing has been opened or changed,
-                                 and the command is not retried */
+    DEVICE_BAD_ARGUMENT = -5  /* the argument is out of range: nothing has been opened or changed
+                                 unless the command's comment says so; not retried */
 };
 
 /*

@@ -33,7 +33,7 @@ typedef struct LedStateRecord {
     uint8_t ledF;        /* 13: three states; the line mode */
     LedGroup group1;     /* 14 */
     LedGroup group2;     /* 18: the line flags */
-    uint8_t reserved[2]; /* 22: 0 */
+    uint8_t reserved[2]; /* 22: 0 in a saved state, never read */
     LedGroup group3;     /* 24 */
     LedGroup group4;     /* 28 */
     LedGroup group5;     /* 32 */

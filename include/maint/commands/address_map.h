@@ -25,9 +25,10 @@ typedef struct PrefixSet {
  * RD_PREFIX0_LENGTH (0x5E), out: the length of set 0 and nothing else.
  * RD_PREFIX1 (0x60), out: address and length of set 1.
  * WR_PREFIX0 (0x5F), WR_PREFIX1 (0x61), in: set 0 or set 1. The set is read first; then the
- * selected parts are written and the set's commit bit (bit 0 or 1 of register 0x114) is set. A mask
- * that is not contiguous is reported with the length of its leading ones. Results: also -3, a
- * length above 32 (nothing is written).
+ * selected parts are written, and if there was one the set's commit bit (bit 0 or 1 of register
+ * 0x114) is set.
+ * A mask that is not contiguous is reported with the length of its leading ones.
+ * Results: also -3, a selected length above 32 (nothing is written).
  */
 typedef struct PrefixMap {
     PrefixSet set0; /* 0: registers 0x100..0x106 */
@@ -36,8 +37,9 @@ typedef struct PrefixMap {
 
 /*
  * RD_ADDR_TABLE_ENTRY (0x5A): index and table in, the rest out but for the mask.
- * WR_ADDR_TABLE_ENTRY (0x5B): all in; parts that are not selected keep what the entry holds.
- * WR_ADDR_TABLE_DELETE (0x5C): index and table in.
+ * WR_ADDR_TABLE_ENTRY (0x5B): all in; parts that are not selected keep what the entry holds, and the
+ * entry is marked valid.
+ * WR_ADDR_TABLE_DELETE (0x5C): index and table in; the entry is cleared and marked invalid.
  * Results: -5 index out of its table, tested before the device is opened.
  */
 typedef struct AddressTableEntry {
@@ -51,7 +53,7 @@ typedef struct AddressTableEntry {
 
 /*
  * RD_REGE0_BLOCK (0x66), out but for the mask. WR_REGE0_BLOCK (0x67), in; the block is read first.
- * Results: -5 a field is out of range, found only after everything before it has been written.
+ * Results: -5 a field is out of range: 0xF2 is not written, found only after everything before it has been written.
  */
 typedef struct RegE0Block {
     uint8_t valid;      /* 0: bits 0..6 select the seven fields below, in order */

@@ -53,7 +53,8 @@ typedef struct StatusBit {
  * RD_CHANNEL_WORD (0xA7): value out; with the own identifier the whole channel word of the device,
  * with another one the low 12 bits of that unit's.
  * WR_CHANNEL_WORD (0xA8): value in; ORed with the top four bits of the device's own channel word.
- * The id is not used. Results: -2 any request failed.
+ * The id is not used.
+ * Results: -2 any request failed.
  */
 typedef struct ChannelWord {
     uint16_t id;    /* 0 */
@@ -83,7 +84,9 @@ typedef struct AddressPair {
  * RD_CONTROL_WORD (0x10C), uint16_t out, filled by the driver.
  * WR_CONTROL_BLOCK (0x10F), in: a block of the driver's own size and layout.
  * WR_CONTROL_BIT7_CLEAR (0x114), uint16_t out: reads the control word into it, clears bit 7 and
- * writes it from there. WR_BYTE_ACTION (0x117), uint8_t in. WR_WORD_ACTION (0x11B), uint16_t in.
+ *                               writes it from there.
+ * WR_BYTE_ACTION (0x117), uint8_t in.
+ * WR_WORD_ACTION (0x11B), uint16_t in.
  */
 
 /* WR_KEY_BYTES (0x111), in. */

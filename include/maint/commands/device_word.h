@@ -3,14 +3,18 @@
  * A failed report stores nothing unless the driver does.
  *
  * Passed through: the driver itself fills or reads what the argument points to. How much that is,
- * is the driver's; the types below are the least that it takes. RD_DEVICE_WORD_27 (0x0036) uint16_t
- * out RD_DEVICE_WORD_29 (0x0038)  uint16_t out: the unit's own identifier RD_DEVICE_WORD_21
- * (0x0040)  uint16_t out; see below RD_DEVICE_WORD_03 (0x0042)  uint16_t out RD_DEVICE_WORD_3B
- * (0x0046)  uint32_t out: bitmap, bit n for unit or port n RD_DEVICE_WORD_4E (0x0056)  uint16_t
- * out; opens the device for writing WR_DEVICE_WORD_41 (0x003F)  uint16_t in WR_DEVICE_WORD_22
- * (0x0041)  uint16_t in; see below Results: 0; -1 device not opened; -2 (RD) or -4 (WR) request
- * failed. A failed request of RD_DEVICE_WORD_21 and WR_DEVICE_WORD_22 leaves the device open, and
- * as the command is then run again, up to two descriptors for each call.
+ * is the driver's; the types below are the least that it takes.
+ *   RD_DEVICE_WORD_27 (0x0036)  uint16_t out
+ *   RD_DEVICE_WORD_29 (0x0038)  uint16_t out: the unit's own identifier
+ *   RD_DEVICE_WORD_21 (0x0040)  uint16_t out; see below
+ *   RD_DEVICE_WORD_03 (0x0042)  uint16_t out
+ *   RD_DEVICE_WORD_3B (0x0046)  uint32_t out: bitmap, bit n for unit or port n
+ *   RD_DEVICE_WORD_4E (0x0056)  uint16_t out; opens the device for writing
+ *   WR_DEVICE_WORD_41 (0x003F)  uint16_t in
+ *   WR_DEVICE_WORD_22 (0x0041)  uint16_t in; see below
+ * Results: 0; -1 device not opened; -2 (RD) or -4 (WR) request failed. A failed request of
+ * RD_DEVICE_WORD_21 and WR_DEVICE_WORD_22 leaves the device open, and as the command is then run
+ * again, up to two descriptors for each call.
  *
  *   RD_DEVICE_WORD_40 (0x003E)  uint16_t out. Result: the driver's own, whatever it is, or -1 when
  *                               the device is not opened; never retried.

@@ -62,7 +62,7 @@ typedef struct PortFlags {
 /*
  * WR_LINE_FLAGS (0x001F), LedStateRecord in: group2. Elements 0, 1, 2 drive bits 2, 0, 1 of the
  * line control word; mask bits 0, 1, 2 select them in that order. Not deferred while the LED
- * rewrite inhibit is on.
+ * rewrite inhibit is on, whose end brings back the flags saved at its beginning.
  */
 
 /*

@@ -39,14 +39,17 @@
  *                                     value sets both; reported 1 with both clear, else 0
  */
 
-/* RD_REG110_BYTES (0x62), WR_REG110_BYTES (0x63): whole registers, then bit 2 of 0x114 is set. */
+/*
+ * RD_REG110_BYTES (0x62), out. WR_REG110_BYTES (0x63), in: writes both registers whole, without reading
+ * them, then sets bit 2 of 0x114 (-2: 0x114 cannot be read).
+ */
 typedef struct Reg110Bytes {
     uint8_t bytes[4]; /* 0: high and low byte of 0x110, high and low byte of 0x112 */
 } Reg110Bytes;
 
 /* RD_REGF4_FLAGS (0x68), out. */
 typedef struct RegF4Flags {
-    uint8_t flags[8]; /* 0: bits 7, 6 .. 0 of 0xF4 */
+    uint8_t flags[8]; /* 0: bits 7, 6 .. 0 of 0xF4, each 0 or 1 */
 } RegF4Flags;
 
 /* RD_REG168_MODE (0x6A), uint16_t out: bits 12 and 13 of 0x168, 0 reported as 4. */
@@ -61,7 +64,10 @@ typedef struct Reg168Mode {
     uint16_t bracket; /* 2 */
 } Reg168Mode;
 
-/* RD_REG168_SELECT (0x6C), WR_REG168_SELECT (0x6D): bit 8 + index of 0x168; 1 sets, else clears. */
+/*
+ * RD_REG168_SELECT (0x6C), WR_REG168_SELECT (0x6D): bit 8 + index of 0x168; 1 sets it, any other value
+ * clears it, reported 0 or 1.
+ */
 typedef struct Reg168Select {
     uint16_t index; /* 0, in: 0..3, else -5 */
     uint16_t value; /* 2 */
@@ -69,7 +75,9 @@ typedef struct Reg168Select {
 
 /*
  * RD_REG16A_BLOCK (0x70): index in, flags and data out. WR_REG16A_BLOCK (0x71): all in. Both write
- * the index to bits 0 and 1 of 0x16A first, which selects the block.
+ * the index to bits 0 and 1 of 0x16A first, which selects the block and stays so when a later step
+ * fails; so the report opens the device for writing and can return -4, too. Data registers are
+ * written whole, without reading them. Flags: 1 sets, any other value clears, reported 0 or 1.
  */
 typedef struct Reg16ABlock {
     uint16_t index;  /* 0: 0..3, else -5 */
@@ -87,7 +95,7 @@ typedef struct Reg16ABlock {
 typedef struct Reg15AFields {
     uint8_t valid; /* 0: setter: bit 0 a, bit 1 b */
     uint8_t spare; /* 1 */
-    uint8_t a;     /* 2: bits 13..15 of 0x15A */
+    uint8_t a;     /* 2: bits 13..15 of 0x15A; the setter uses its low 3 bits */
     uint8_t b;     /* 3: bits 5..12; the setter drives bits 5..7 only */
 } Reg15AFields;
 
