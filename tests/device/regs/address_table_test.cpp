@@ -151,6 +151,16 @@ TEST_F(AddressTable, TheIndexIsBoundedByItsTable)
     }
 }
 
+// What the driver holds beside the parts goes back as it came.
+TEST_F(AddressTable, AnUpdateSendsWhatTheDriverAnswered)
+{
+    board.fpga.address_table[0x1D] = hex("1D 00 00 00 91 92 93 94 00 00 00 00 "
+                                         "0A 0B 0C 0D 21 22 23 24 25 26 31 95");
+    run(WR_ADDR_TABLE_ENTRY, entry(1, 0));
+    EXPECT_EQ(board.fpga.address_table[0x1D], hex("1D 00 00 00 91 92 93 94 01 00 00 00 "
+                                                  "C0 C1 C2 C3 21 22 23 24 25 26 31 95"));
+}
+
 // The entries of both tables are the same to the driver.
 TEST_F(AddressTable, WhatWasWrittenIsReported)
 {

@@ -115,6 +115,67 @@ TEST_F(RegisterFields, NoFlagButOneSetsABit)
     }
 }
 
+TEST_F(RegisterFields, NoSixteenBitFlagButOneSetsABit)
+{
+    for (const BitRow& row : kBits) {
+        if (row.size == 2 && row.set != 0) {
+            for_every_word([&](uint16_t flag) {
+                at(row.address) = 0xA5C3;
+                put(number(row.size, flag));
+                ASSERT_EQ(run(row.set), 0);
+                ASSERT_EQ(at(row.address), with_bit(0xA5C3, row.mask, flag == 1)) << flag;
+            });
+        }
+    }
+}
+
+TEST_F(RegisterFields, WhatARegisterHoldsAlreadyIsWrittenAgain)
+{
+    for (const BitRow& row : kBits) {
+        for (const unsigned flag : {0U, 1U}) {
+            if (row.set != 0) {
+                const uint16_t held = with_bit(0xA5C3, row.mask, flag == 1);
+                at(row.address) = held;
+                expect_course(row.set, put(number(row.size, flag)),
+                              changes_register(row.address, held));
+            }
+        }
+    }
+    at(0x132) = 0xFF85;
+    expect_course(WR_REG132_VALUE, put(le16(5)), changes_register(0x132, 0xFF85));
+    at(0x168) = 0x3C55;
+    expect_course(WR_REG168_VALUE, put(le16(0x55)), changes_register(0x168, 0x3C55));
+    expect_course(WR_REG168_SELECT, put(le16(2) + le16(1)), changes_register(0x168, 0x3C55));
+    expect_course(WR_REG168_MODE, put(le16(3) + le16(0)), changes_register(0x168, 0x3C55));
+    at(0xFE) = 0x1238;
+    expect_course(WR_REGFE_NIBBLE, put(le16(8)), changes_register(0xFE, 0x1238));
+    expect_course(WR_REGFE_MODE, put(le16(1)), changes_register(0xFE, 0x1238));
+    at(0x158) = 0x2000;
+    expect_course(WR_REG158_STATE, put(byte(2)), changes_register(0x158, 0x2000));
+    at(0x16C) = 0x0003;
+    expect_course(WR_REG16C_ENABLE, put(byte(0)), changes_register(0x16C, 0x0003));
+    at(0x15A) = 0x4060;
+    expect_course(WR_REG15A_FIELDS, put(byte(3) + byte(0) + byte(2) + byte(3)),
+                  changes_register(0x15A, 0x4060));
+    at(0x5E) = 0x0008;
+    expect_course(WR_PORT_BIT_SET, put(le16(0) + le16(0) + le16(3)),
+                  changes_register(0x5E, 0x0008, -3));
+}
+
+TEST_F(RegisterFields, ABlockThatIsSelectedAlreadyIsSelectedAgain)
+{
+    at(0x16A) = 0x0F03;
+    at(0x166) = 0x0003;
+    const Bytes record = le16(3) + byte(3) + byte(1) + byte(1) + byte(0) + Bytes(6, '\0');
+    expect_course(WR_REG16A_BLOCK, put(record),
+                  {opens_to_write(), register_read(0x16A), register_write(0x16A, kHigh | 0x0F03),
+                   register_read(0x166), register_write(0x166, kHigh | 0x0003), closes()});
+    expect_course(RD_REG16A_BLOCK, put(record),
+                  {opens_to_write(), register_read(0x16A), register_write(0x16A, kHigh | 0x0F03),
+                   register_read(0x160), register_read(0x162), register_read(0x164),
+                   register_read(0x166), closes()});
+}
+
 TEST_F(RegisterFields, ABitReadsBackAsWritten)
 {
     for (const BitRow& row : kBits) {
