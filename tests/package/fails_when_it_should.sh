@@ -147,6 +147,18 @@ archive_cxx constructor 'int first(); extern const int x; const int x = first();
 fails_with 'section .init_array of ' check_static_data.sh "$work/constructor.a"
 fails_with 'no sections in' check_static_data.sh "$work/empty.a"
 
+# The pkg-config file
+mkdir "$work/elsewhere"
+cat >"$work/elsewhere/CMakeLists.txt" <<'END'
+cmake_minimum_required(VERSION 3.25)
+project(elsewhere LANGUAGES NONE)
+file(WRITE ${PROJECT_BINARY_DIR}/maint.pc
+     "libdir=/elsewhere\nincludedir=/elsewhere\nName: maint\nDescription: -\nVersion: 1\n")
+END
+fails_with 'libdir is /elsewhere, not' check_pkg_config.sh "$work/elsewhere"
+fails_with 'includedir is /elsewhere, not' check_pkg_config.sh "$work/elsewhere"
+fails_with 'cannot be configured' check_pkg_config.sh "$work/bare"
+
 # The installation
 if [ $# -eq 2 ]; then
     "$CMAKE" --install "$2" --prefix "$work/prefix" >/dev/null
