@@ -1,5 +1,7 @@
 #include "device/led/indicator.h"
 
+#include <iterator>
+
 #include "device/led/state_file.h"
 #include "device/switch_port.h"
 
@@ -21,7 +23,7 @@ int32_t switchPort_mirror(Fpga fpga, const LedGroup& group)
         return status;
     }
     uint8_t* const flags[] = {&port.link, &port.speed100, &port.full_duplex};
-    for (unsigned n = 0; n < kElementsInOrder.size(); ++n) {
+    for (unsigned n = 0; n < std::size(flags); ++n) {
         if (mask_selects(group.valid, n)) {
             *flags[n] = group.element[n] == 1 ? 1 : 0;
         }
