@@ -3,10 +3,17 @@
 # /dev/mtd_systemlog is a plain file, at a cold start, at a warm start and with a damaged image.
 # usage: run.sh [IMAGE]     IMAGE: flash image to start from instead of a sample of 640 records
 set -euo pipefail
-image=${1:+$(realpath -e -- "$1")}
+start=$PWD
 . "$(dirname "$0")/setup.sh"
-[ $# -le 1 ] || die "usage: run.sh [IMAGE]"
+if [ $# -gt 1 ] || [ -z "${1-sample}" ]; then
+    die 'usage: run.sh [IMAGE]'
+fi
+image=
+if [ $# -eq 1 ]; then
+    image=$(cd "$start" && realpath -e -- "$1")
+fi
 
+setup_need "${build_needs[@]}"
 # How to change the root folder: as root, or as root of a user namespace of one's own.
 if chroot / true 2>/dev/null; then
     enter=(chroot)
@@ -16,9 +23,10 @@ else
     die "needs root, or user namespaces for ordinary users (unshare --user): neither is to be had"
 fi
 
-setup_need "${build_needs[@]}"
 printf 'Building (as %s, entering the private root with: %s)\n' "$(id -un)" "${enter[*]}"
-root=$(mktemp -d)
+# Not where temporary files go by default: programs may not be allowed to run there.
+mkdir -p build
+root=$(mktemp -d "$PWD/build/root.XXXXXX")
 trap 'rm -rf "$root"' EXIT
 { cmake --preset sample && cmake --build --preset sample; } >"$root/build.log" 2>&1 || {
     cat "$root/build.log"
@@ -112,6 +120,7 @@ if [ "$(field_of "$log" 6 2)" -le 1000 ]; then
     check "the log is untouched" log_is_untouched
 else
     check "refuses the log's location" said 'zev_maintlog_init : 003 : maintlog header read error'
+    check "the log is the image's again" log_is_image
 fi
 
 if [ "$good" = yes ]; then
@@ -131,6 +140,8 @@ if [ "$good" = yes ]; then
     check "says what is wrong" said "$reason"
     check "says that the log starts anew" said 'zev_maintlog_init : 007 : systemlog init'
     check "the log is empty" log_is_empty
+else
+    printf '\n== No cold start with a damaged image: the image cannot be used as it is.\n'
 fi
 
 printf '\n'

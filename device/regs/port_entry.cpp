@@ -36,7 +36,6 @@ constexpr unsigned kEntriesPerPort = 8;
 constexpr uint16_t kPortLast = 29;
 constexpr uint16_t kChannelPage = 1;
 constexpr uint16_t kChannelLow = 0x0FFF;
-constexpr uint16_t kChannelTop = 0xF000;
 
 PortEntryRequest request_for(const PortEntry& entry, uint16_t value)
 {

@@ -17,7 +17,8 @@ compare()
 list_words "$1" 1 >"$work/entries"
 [ -s "$work/entries" ] || finding "no entry in $1"
 
-sed -n 's/^MAINT_API [^(]*[ *]\([A-Za-z0-9_]*\)(.*/\1/p' "$2"/maint/*.h | sort >"$work/declared"
+find "$2/maint" -name '*.h' \
+    -exec sed -n 's/^MAINT_API [^(]*[ *]\([A-Za-z0-9_]*\)(.*/\1/p' {} + | sort >"$work/declared"
 compare "$work/declared" "$2/maint"
 
 "$NM" --dynamic --defined-only "$3" | awk '{ print $3 }' | sort >"$work/exported"

@@ -15,13 +15,12 @@ compile()
 
 include=$1
 count=0
-for header in "$include"/maint/*.h; do
-    [ -e "$header" ] || continue
-    name=$(basename "$header")
+while IFS= read -r header; do
+    name=${header#"$include/maint/"}
     compile C99 "$CC" -std=c99 -x c
     compile C++20 "$CXX" -std=c++20 -Wold-style-cast -x c++
     count=$((count + 1))
-done
+done < <(find "$include/maint" -name '*.h' | sort)
 [ "$count" -gt 0 ] || finding "no header in $include/maint"
 printf '%d header(s) compiled\n' "$count"
 check_end

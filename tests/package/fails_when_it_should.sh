@@ -28,11 +28,13 @@ fails_with()
     fi
 }
 
-# header NAME TEXT: a folder of public headers with the one header; prints its path.
+# header NAME TEXT [NESTED]: a folder of public headers with the one header, and with one in a
+# folder below where its text is given; prints its path.
 header()
 {
-    mkdir -p "$work/$1/maint"
+    mkdir -p "$work/$1/maint/commands"
     printf '%s\n' "$2" >"$work/$1/maint/entry.h"
+    [ $# -eq 2 ] || printf '%s\n' "$3" >"$work/$1/maint/commands/nested.h"
     printf '%s\n' "$work/$1"
 }
 
@@ -57,7 +59,12 @@ fails_with 'maint/entry.h does not compile by itself as C99' check_headers.sh "$
 fails_with 'maint/entry.h does not compile by itself as C++20' check_headers.sh "$needy"
 fails_with 'by itself as C++20' check_headers.sh "$(header keyword 'extern int class;')"
 fails_with 'by itself as C99' check_headers.sh "$(header cxx_only 'namespace entry {}')"
-fails_with 'no header in' check_headers.sh "$work"
+passes check_headers.sh "$(header both_good 'extern int entry;' 'extern int nested;')"
+nested=$(header nested 'extern int entry;' 'uint32_t nested(void);')
+fails_with 'maint/commands/nested.h does not compile by itself as C99' check_headers.sh "$nested"
+fails_with 'maint/commands/nested.h does not compile by itself as C++20' check_headers.sh "$nested"
+mkdir -p "$work/bare/maint"
+fails_with 'no header in' check_headers.sh "$work/bare"
 
 # Archives and exports
 include=$(header declared 'MAINT_API int32_t* entry(const char* text);')
@@ -101,6 +108,9 @@ fails_with 'maint has more, which is no public entry' \
     check_entries.sh "$work/entries" \
     "$(header talkative 'MAINT_API int entry(void);
 MAINT_API void more(int a);')" "$work/libgood.so"
+fails_with 'maint has deeper, which is no public entry' \
+    check_entries.sh "$work/entries" \
+    "$(header deep 'MAINT_API int entry(void);' 'MAINT_API void deeper(int a);')" "$work/libgood.so"
 
 # The board
 archive escape '#include <fcntl.h>
@@ -136,6 +146,18 @@ fails_with 'common symbol x' check_static_data.sh "$work/common.a"
 archive_cxx constructor 'int first(); extern const int x; const int x = first();'
 fails_with 'section .init_array of ' check_static_data.sh "$work/constructor.a"
 fails_with 'no sections in' check_static_data.sh "$work/empty.a"
+
+# The pkg-config file
+mkdir "$work/elsewhere"
+cat >"$work/elsewhere/CMakeLists.txt" <<'END'
+cmake_minimum_required(VERSION 3.25)
+project(elsewhere LANGUAGES NONE)
+file(WRITE ${PROJECT_BINARY_DIR}/maint.pc
+     "libdir=/elsewhere\nincludedir=/elsewhere\nName: maint\nDescription: -\nVersion: 1\n")
+END
+fails_with 'libdir is /elsewhere, not' check_pkg_config.sh "$work/elsewhere"
+fails_with 'includedir is /elsewhere, not' check_pkg_config.sh "$work/elsewhere"
+fails_with 'cannot be configured' check_pkg_config.sh "$work/bare"
 
 # The installation
 if [ $# -eq 2 ]; then

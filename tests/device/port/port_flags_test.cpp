@@ -305,7 +305,8 @@ TEST_F(PortFlagWords, KeepsTheOtherBitsOfEveryLineControlWord)
                 record = CallerRecord(start);
                 board.fpga.words[0x6B4F] = word;
                 EXPECT_EQ(run(WR_LINE_FLAGS), 0);
-                EXPECT_EQ(board.fpga.words[0x6B4F], word_after(word, kLineFlagRows, mask, start));
+                EXPECT_EQ(board.fpga.words[0x6B4F],
+                          word_after(word, kLineFlagRows, static_cast<uint8_t>(mask), start));
             }
         }
     });
