@@ -5,16 +5,12 @@
 #include <cstdio>
 
 #include "config/config_value.h"
+#include "device/work_record.h"
 #include "maint/fpga.h"
 #include "maint/system_log.h"
 
 namespace
 {
-
-// Room for the largest record that a device command takes, the statistics; the flag is its first
-// word.
-constexpr int kLargestRecord = 496;
-using DeviceAnswer = uint16_t[kLargestRecord / sizeof(uint16_t)];
 
 constexpr uint16_t kMapEnabled = 1;
 
@@ -46,8 +42,8 @@ int32_t identity_read(const char* key, KeyResults results, uint32_t* id)
 
 int32_t Get_Conf_VpnId(int32_t index, uint32_t* id)
 {
-    DeviceAnswer answer = {};
-    if (Fpga_Register_Set(RD_VLANT_MAP_ENABLE, answer) != DEVICE_OK) {
+    WorkRecord<uint16_t> answer{};
+    if (Fpga_Register_Set(RD_VLANT_MAP_ENABLE, answer.data()) != DEVICE_OK) {
         // For the log alone.
         systemLog_put("Get_Conf_VpnId 000 : Fpga_Register_Set(RD_VLANT_MAP_ENABLE) didn't read");
         return -1;

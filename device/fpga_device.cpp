@@ -72,10 +72,14 @@ int32_t command_writeRecord(FpgaRequest request, const void* record)
                     [=](Fpga fpga) { return record_write(fpga, request, record); });
 }
 
+int32_t status_failingAsRead(int32_t status)
+{
+    return status == DEVICE_WRITE_FAILED ? DEVICE_READ_FAILED : status;
+}
+
 int32_t command_writeRecordFailingAsRead(FpgaRequest request, const void* record)
 {
-    const int32_t status = command_writeRecord(request, record);
-    return status == DEVICE_WRITE_FAILED ? static_cast<int32_t>(DEVICE_READ_FAILED) : status;
+    return status_failingAsRead(command_writeRecord(request, record));
 }
 
 int32_t command_writeValue(FpgaRequest request, uint32_t value)

@@ -54,6 +54,7 @@ int32_t command_readRecord(FpgaRequest request, void* record);
 int32_t command_writeRecord(FpgaRequest request, const void* record);
 int32_t command_writeValue(FpgaRequest request, uint32_t value);
 // For the writes whose failure is reported as that of a read, -2.
+int32_t status_failingAsRead(int32_t status);
 int32_t command_writeRecordFailingAsRead(FpgaRequest request, const void* record);
 
 // What a setter does to a word or a register: bits to clear, then bits to set.

@@ -53,11 +53,9 @@ int32_t tables_send(FpgaRequest request)
 
 } // namespace
 
-// A failed load counts as a failed read; this command alone is so.
 int32_t write_switch_tables_1(void* /*unused*/)
 {
-    const int32_t status = tables_send(kSwitchTablesWrite1);
-    return status == DEVICE_WRITE_FAILED ? static_cast<int32_t>(DEVICE_READ_FAILED) : status;
+    return status_failingAsRead(tables_send(kSwitchTablesWrite1));
 }
 
 int32_t write_switch_tables_2(void* /*unused*/)

@@ -6,6 +6,7 @@
 #include "device/port/device_word.h"
 #include "device/regs/port_entry.h"
 #include "device/unit_bit.h"
+#include "device/work_record.h"
 #include "maint/fpga.h"
 
 static_assert(sizeof(SerialNumber) == 9);
@@ -23,17 +24,17 @@ constexpr unsigned kStateDetailShift = 8;
 
 constexpr uint16_t kCodeNone = 0;
 constexpr uint16_t kCodeFault = 2;
-// By the two detail bits; kCodeNone: the caller's code stays.
-constexpr uint16_t kCodeByDetail[] = {1, 3, kCodeNone, 4};
+constexpr uint16_t kCodeKept = UINT16_MAX; // no code: the caller's stays
+constexpr uint16_t kCodeByDetail[] = {1, 3, kCodeKept, 4};
 
-// The code that a port's status stands for, or kCodeNone.
+// The code that a port's status stands for, or kCodeKept.
 uint16_t code_of(uint16_t status)
 {
     if ((status & kStateFault) != 0) {
         return kCodeFault;
     }
     if ((status & kStateUp) == 0) {
-        return kCodeNone;
+        return kCodeKept;
     }
     return kCodeByDetail[(status & kStateDetail) >> kStateDetailShift];
 }
@@ -57,14 +58,14 @@ int32_t read_serial_number(SerialNumber* serial)
 
 int32_t read_port_state_code(PortStateCode* record)
 {
-    uint32_t map = 0;
+    WorkRecord<uint32_t> map{};
     PortEntry entry{record->port, 0, 0, 0};
-    if (read_device_word_3b(&map) < 0) {
+    if (read_device_word_3b(map.data()) < 0) {
         record->code = kCodeNone;
         return DEVICE_OPEN_FAILED;
     }
     // The bit's number is the low byte of the port.
-    if ((map & unit_bit(static_cast<uint8_t>(record->port))) == 0) {
+    if ((map[0] & unit_bit(static_cast<uint8_t>(record->port))) == 0) {
         record->code = kCodeNone;
         return DEVICE_OK;
     }
@@ -73,7 +74,7 @@ int32_t read_port_state_code(PortStateCode* record)
         return DEVICE_OPEN_FAILED;
     }
     const uint16_t code = code_of(entry.value);
-    if (code != kCodeNone) {
+    if (code != kCodeKept) {
         record->code = code;
     }
     return DEVICE_OK;

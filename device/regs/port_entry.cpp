@@ -6,6 +6,7 @@
 #include "device/port/device_word.h"
 #include "device/unit_bit.h"
 #include "device/unit_records.h"
+#include "device/work_record.h"
 
 static_assert(sizeof(IndexedWord) == 4);
 static_assert(sizeof(PortEntry) == 8);
@@ -33,6 +34,7 @@ struct PortEntryRequest {
 static_assert(sizeof(PortEntryRequest) == 8);
 
 constexpr unsigned kEntriesPerPort = 8;
+constexpr uint16_t kPortFirst = 1;
 constexpr uint16_t kPortLast = 29;
 constexpr uint16_t kChannelPage = 1;
 constexpr uint16_t kChannelLow = 0x0FFF;
@@ -45,7 +47,7 @@ PortEntryRequest request_for(const PortEntry& entry, uint16_t value)
 
 bool port_valid(uint16_t port)
 {
-    return port >= 1 && port <= kPortLast;
+    return port >= kPortFirst && port <= kPortLast;
 }
 
 } // namespace
@@ -138,9 +140,9 @@ int32_t read_channel_word(ChannelWord* record)
 {
     return fpga_run(FpgaAccess::kRead, [record](Fpga fpga) {
         // An identifier that cannot be read counts as 0.
-        uint16_t ownId = 0;
-        read_device_word_29(&ownId);
-        if (record->id == ownId) {
+        WorkRecord<uint16_t> own{};
+        read_device_word_29(own.data());
+        if (record->id == own[0]) {
             return record_read(fpga, kChannelWord.read, &record->value);
         }
         UnitWordsRequest words{};
@@ -158,5 +160,5 @@ int32_t read_channel_word(ChannelWord* record)
 int32_t write_channel_word(const ChannelWord* record)
 {
     const int32_t status = command_changeWord(kChannelWord, {kChannelLow, record->value});
-    return status == DEVICE_WRITE_FAILED ? static_cast<int32_t>(DEVICE_READ_FAILED) : status;
+    return status_failingAsRead(status);
 }

@@ -7,10 +7,13 @@
 
 #include "device/port/device_word.h"
 #include "device/regs/counter.h"
+#include "device/work_record.h"
 #include "maint/fpga.h"
 
 static_assert(sizeof(StatisticsFile) == 496);
+static_assert(offsetof(StatisticsFile, kib_b) == 8);
 static_assert(offsetof(StatisticsFile, kib_a) == 128);
+static_assert(offsetof(StatisticsFile, kept_248) == 248);
 static_assert(offsetof(StatisticsFile, rest_b) == 256);
 static_assert(offsetof(StatisticsFile, rest_a) == 376);
 
@@ -19,7 +22,7 @@ namespace
 
 constexpr const char* kStatisticsPath = "/conf/statistics";
 constexpr ssize_t kStatisticsSize = sizeof(StatisticsFile);
-constexpr int32_t kFileFailed = -1;
+constexpr int32_t kFileFailed = DEVICE_OPEN_FAILED; // whatever failed about it
 
 constexpr uint32_t kStreamB = 64;       // its counters stand so far behind those of stream A
 constexpr uint16_t kWideItems = 0x0100; // bit of device word 03
@@ -53,9 +56,9 @@ int32_t portCounters_read(uint32_t port, PortCounters& counters)
 
 uint32_t itemBytes_read()
 {
-    uint16_t word = 0; // stays 0 when the read fails
-    read_device_word_03(&word);
-    return (word & kWideItems) != 0 ? kWideItemBytes : kItemBytes;
+    WorkRecord<uint16_t> status{}; // stays 0 when the read fails
+    read_device_word_03(status.data());
+    return (status[0] & kWideItems) != 0 ? kWideItemBytes : kItemBytes;
 }
 
 void total_add(uint32_t bytes, uint32_t& kib, uint32_t& rest)

@@ -338,6 +338,9 @@ int board_clock_settime(clockid_t clock, const timespec* now)
     if (clock != CLOCK_REALTIME) {
         ADD_FAILURE() << "clock " << clock;
     }
+    if (now->tv_nsec != 0) {
+        ADD_FAILURE() << "the clock is set to whole seconds, not to " << now->tv_nsec << " ns more";
+    }
     return board_stime(&now->tv_sec);
 }
 

@@ -33,6 +33,9 @@ int RtcModel::serve(const RequestForm& form, char* record)
         break;
     case kTimeWrite:
         memcpy(time.data(), record, sizeof time);
+        if (overwrites) {
+            memset(record, 0x11, sizeof time);
+        }
         break;
     case kStatusRead:
         memcpy(record, &status, sizeof status);
@@ -41,5 +44,5 @@ int RtcModel::serve(const RequestForm& form, char* record)
         memcpy(&status, record, sizeof status);
         break;
     }
-    return 0;
+    return result;
 }

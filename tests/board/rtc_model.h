@@ -14,6 +14,8 @@ struct RtcModel {
     // saving.
     std::array<int32_t, 9> time{};
     uint32_t status = 0;
+    int result = 0;          // what its requests return
+    bool overwrites = false; // the record of a time that is set comes back as nonsense
 
     int serve(const RequestForm& form, char* record);
 };

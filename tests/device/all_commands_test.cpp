@@ -162,8 +162,9 @@ bool leaves_open(DeviceCommandCode command)
     return command == 0x0040 || command == 0x0041;
 }
 
+// The caller's memory: guard, record, guard.
 constexpr size_t kGuard = 64;
-constexpr size_t kMemory = 496 + kGuard;
+constexpr size_t kMemory = kGuard + 496 + kGuard;
 
 class AllCommands : public DeviceTest
 {
@@ -236,12 +237,16 @@ class AllCommands : public DeviceTest
     {
         alignas(8) static char memory[kMemory];
         record.copy(memory, kMemory);
-        const int32_t result = Fpga_Register_Set(command, memory);
+        const int32_t result = Fpga_Register_Set(command, memory + kGuard);
         EXPECT_EQ(form.results.count(result), 1U) << "result " << result;
-        EXPECT_EQ(Bytes(memory + form.record, kMemory - form.record), record.substr(form.record));
+        EXPECT_EQ(Bytes(memory, kGuard), record.substr(0, kGuard));
+        const size_t behind = kGuard + form.record;
+        EXPECT_EQ(Bytes(memory + behind, kMemory - behind), record.substr(behind));
         for (const uint32_t request : requests_issued()) {
             EXPECT_EQ(commandRequests_get(command).count(request), 1U) << std::hex << request;
+            issued_.insert(request);
         }
+        succeeded_ = succeeded_ || result >= 0;
         if (leaves_open(command)) {
             EXPECT_LE(board.open_descriptors(), 2U);
             close_what_was_left();
@@ -251,21 +256,40 @@ class AllCommands : public DeviceTest
         return board.calls.size();
     }
 
+    // Bytes at random; or small numbers of one width all along, as most records hold them, some of
+    // them alike.
+    Bytes record_draw()
+    {
+        const uint32_t width = 1U << random(3); // 1, 2, 4; 8: any bytes
+        const uint32_t first = random(8);
+        const bool alike = random(1) == 0;
+        Bytes record;
+        while (record.size() < kMemory) {
+            record +=
+                width == 8 ? le16(random()) : le32(alike ? first : random(8)).substr(0, width);
+        }
+        return record.substr(0, kMemory);
+    }
+
+    // Long runs read many counters or PHY registers alike: of their middle not every call fails.
+    static size_t next_failing(size_t failing, size_t calls)
+    {
+        constexpr size_t kEnds = 12;
+        const bool middle = failing > kEnds && failing + 30 + kEnds < calls;
+        return failing + (middle ? 29 : 1);
+    }
+
     void check(const Form& form, DeviceCommandCode command)
     {
         char name[32];
         snprintf(name, sizeof name, "command 0x%04X", command);
         SCOPED_TRACE(name);
-        Bytes record;
-        while (record.size() < kMemory) {
-            record += static_cast<char>(random(2) == 0 ? random() : random(31));
-        }
+        const Bytes record = record_draw();
         board_put();
         board.restart();
         const size_t calls = run(form, command, record);
-        // Long runs read many counters or PHY registers alike.
-        const size_t step = calls > 60 ? 1 + calls / 30 : 1;
-        for (size_t failing = 1; failing <= calls && !HasFailure(); failing += step) {
+        for (size_t failing = 1; failing <= calls && !HasFailure();
+             failing = next_failing(failing, calls)) {
             SCOPED_TRACE(failing);
             for (const bool and_all_after : {false, true}) {
                 board_put();
@@ -280,6 +304,10 @@ class AllCommands : public DeviceTest
         }
         board.restart();
     }
+
+    // What all runs of a command together have shown.
+    Requests issued_;
+    bool succeeded_ = false;
 
   private:
     std::mt19937 engine_{20061101};
@@ -303,14 +331,26 @@ TEST_F(AllCommands, AreAllDescribedHere)
 
 TEST_F(AllCommands, KeepTheirPromisesWhateverFails)
 {
-    constexpr int kRounds = 3;
-    for (int round = 0; round < kRounds; ++round) {
-        for (const Form& form : kForms) {
-            for (const uint32_t code : form.codes) {
+    Requests all;
+    for (const Form& form : kForms) {
+        for (const uint32_t code : form.codes) {
+            issued_.clear();
+            succeeded_ = false;
+            // As many records as it takes for the command to succeed and to issue all its requests.
+            const Requests& own = commandRequests_get(code);
+            for (int record = 0;
+                 record < 3 || (record < 400 && (!succeeded_ || issued_.size() < own.size()));
+                 ++record) {
                 check(form, code);
                 ASSERT_FALSE(HasFailure());
             }
+            EXPECT_TRUE(succeeded_) << "never got anywhere: command " << std::hex << code;
+            all.insert(issued_.begin(), issued_.end());
         }
+    }
+    for (uint32_t request = 0x6B00; request <= 0x6BFF; ++request) {
+        EXPECT_EQ(all.count(request) != 0, requestForm_find(request) != nullptr)
+            << "request " << std::hex << request;
     }
 }
 

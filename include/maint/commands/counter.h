@@ -36,7 +36,7 @@ typedef struct PortEntry {
  * fails.
  */
 typedef struct PortMask {
-    uint16_t port;  /* 0: 1..29, else -5 */
+    uint16_t port;  /* 0: setter only: 1..29, else -5 */
     uint16_t value; /* 2 */
     uint32_t mask;  /* 4: bit n for port n */
 } PortMask;
@@ -54,7 +54,7 @@ typedef struct StatusBit {
  * with another one the low 12 bits of that unit's.
  * WR_CHANNEL_WORD (0xA8): value in; ORed with the top four bits of the device's own channel word.
  * The id is not used.
- * Results: -2 any request failed.
+ * Results: -2 any request failed, but that an own identifier that cannot be read counts as 0.
  */
 typedef struct ChannelWord {
     uint16_t id;    /* 0 */
@@ -84,7 +84,7 @@ typedef struct AddressPair {
  * RD_CONTROL_WORD (0x10C), uint16_t out, filled by the driver.
  * WR_CONTROL_BLOCK (0x10F), in: a block of the driver's own size and layout.
  * WR_CONTROL_BIT7_CLEAR (0x114), uint16_t out: reads the control word into it, clears bit 7 and
- *                               writes it from there.
+ *                               writes it from there; it stays so when the write fails.
  * WR_BYTE_ACTION (0x117), uint8_t in.
  * WR_WORD_ACTION (0x11B), uint16_t in.
  */

@@ -11,7 +11,7 @@
 /*
  * RD_RTC_TIME (0x200), out. The weekday is computed from the date; the driver's own is not used.
  * WR_RTC_TIME (0x201), in; the weekday is ignored and nothing is checked for its range. Sets the
- * system clock, too, taking the record as local time; whether that succeeds is not told.
+ * system clock, too, taking the record as local standard time; whether that succeeds is not told.
  */
 typedef struct RtcDateTime {
     uint16_t year;    /* 0: full year, 2006 */

@@ -145,6 +145,56 @@ TEST_F(Rtc, TakesTheRecordAsLocalTime)
     EXPECT_EQ(board.rtc.time[2], 12);
 }
 
+// The record's daylight-saving field is 0: in summer the clock is an hour behind what was given.
+TEST_F(Rtc, TakesTheRecordAsStandardTimeAllTheYear)
+{
+    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    tzset();
+    argument.record = {2004, 7, 1, 12, 0, 0, 0};
+    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    EXPECT_EQ(board.now, 1088683200 - 3600); // 12:00 UTC on that day, less the zone's hour
+}
+
+TEST_F(Rtc, SystemClockFollowsTheCallerNotTheDriver)
+{
+    board.rtc.overwrites = true;
+    argument.record = {2004, 2, 29, 12, 34, 56, 0};
+    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    EXPECT_EQ(board.now, 1078058096);
+}
+
+TEST_F(Rtc, PositiveAnswersAreNoFailure)
+{
+    board.rtc.result = 1;
+    uint32_t value = 0;
+    argument.record = {2004, 2, 29, 12, 34, 56, 0};
+    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    EXPECT_EQ(Fpga_Register_Set(RD_RTC_TIME, &argument.record), 0);
+    EXPECT_EQ(Fpga_Register_Set(RD_RTC_STATUS, &value), 0);
+    EXPECT_EQ(Fpga_Register_Set(WR_RTC_STATUS, &value), 0);
+}
+
+// The driver works in the caller's own memory.
+TEST_F(Rtc, StatusIsTheCallersOwnWord)
+{
+    uint32_t value = 0;
+    board.rtc.status = 7;
+    board.before_call = [&](const std::string& call) {
+        if (call == "close /dev/rtc") {
+            EXPECT_EQ(value, 7U) << "filled before the device is closed";
+        }
+    };
+    EXPECT_EQ(Fpga_Register_Set(RD_RTC_STATUS, &value), 0);
+    board.before_call = [&](const std::string& call) {
+        if (call.rfind("ioctl", 0) == 0) {
+            value = 9; // changed just before the driver looks
+        }
+    };
+    EXPECT_EQ(Fpga_Register_Set(WR_RTC_STATUS, &value), 0);
+    EXPECT_EQ(board.rtc.status, 9U);
+    board.before_call = nullptr;
+}
+
 TEST_F(Rtc, LeavesTheSystemClockWhenTheRtcCannotBeSet)
 {
     argument.record = {2004, 2, 29, 12, 34, 56, 0};
@@ -236,9 +286,11 @@ TEST_F(Rtc, WeekdayOfEveryDayFrom1970To2100IsTheCalendars)
 TEST_F(Rtc, WeekdayDoesNotWrapForLateYears)
 {
     for (const uint32_t year : {180U, 2400U, 9999U, 30000U, 65535U}) {
-        for (uint32_t month = 3; month <= 12; ++month) {
-            const uint64_t sum = uint64_t{365} * year + year / 4 - year / 100 + year / 400 +
-                                 (306 * month + 306) / 10 + 28 - 428;
+        for (uint32_t month = 1; month <= 12; ++month) {
+            const uint64_t y = month <= 2 ? year - 1 : year;
+            const uint64_t m = month <= 2 ? month + 12 : month;
+            const uint64_t sum =
+                365 * y + y / 4 - y / 100 + y / 400 + (306 * m + 306) / 10 + 28 - 428;
             EXPECT_EQ(weekday_of(static_cast<uint16_t>(year), static_cast<uint16_t>(month), 28),
                       sum % 7)
                 << year << "-" << month;

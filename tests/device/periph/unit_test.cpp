@@ -106,6 +106,16 @@ TEST_F(Unit, FailedReadingsGiveCodeZero)
     }
 }
 
+TEST_F(Unit, CodeThatIsKeptIsZeroAfterAFailedFirstRun)
+{
+    board.fpga.words[0x6B3B] = 0x8;
+    board.fpga.port_entries[24] = 0x0100;
+    board.restart();
+    board.fail_call(2);
+    EXPECT_EQ(state_run(3, 0x7777), 0);
+    expect_code(3, 0);
+}
+
 TEST_F(Unit, PortOutsideTheBitmapGivesCodeZeroWithoutItsEntryBeingRead)
 {
     board.fpga.words[0x6B3B] = 0x4;
