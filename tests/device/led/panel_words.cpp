@@ -39,12 +39,6 @@ const std::array<IndicatorPlace, 5> kIndicators{{
     {13, kC, 0x0010, 0x0020},
 }};
 
-const std::array<PatternBits, 3> kPatterns{{
-    {WR_LED_PATTERN_1, 0x2000 | 0x0800 | 0x0200, 0x1000 | 0x0400 | 0x0100, 0x0080, 0x0200 | 0x0040},
-    {WR_LED_PATTERN_2, 0x2000 | 0x0200, 0x1000 | 0x0800 | 0x0100, 0x0200, 0x0100 | 0x0080},
-    {WR_LED_PATTERN_3, 0, 0x1000 | 0x2000 | 0x0800 | 0x0200, 0x0200, 0x0100 | 0x0080},
-}};
-
 std::ostream& operator<<(std::ostream& out, const PanelWords& words)
 {
     return out << std::hex << "A " << words.a << " B " << words.b << " C " << words.c << " word 03 "

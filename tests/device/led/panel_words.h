@@ -67,7 +67,13 @@ struct PatternBits {
     uint16_t clearC;
     uint16_t setC;
 };
-extern const std::array<PatternBits, 3> kPatterns;
+constexpr PatternBits kPattern1{0x97, 0x2000 | 0x0800 | 0x0200, 0x1000 | 0x0400 | 0x0100, 0x0080,
+                                0x0200 | 0x0040};
+constexpr PatternBits kPattern2{0x95, 0x2000 | 0x0200, 0x1000 | 0x0800 | 0x0100, 0x0200,
+                                0x0100 | 0x0080};
+constexpr PatternBits kPattern3{0x94, 0, 0x1000 | 0x2000 | 0x0800 | 0x0200, 0x0200,
+                                0x0100 | 0x0080};
+constexpr std::array<PatternBits, 3> kPatterns{kPattern1, kPattern2, kPattern3};
 PanelWords shown(const PatternBits& pattern, PanelWords words);
 
 // A procedure that works under the save lock.
