@@ -1,0 +1,274 @@
+// Several processes and one panel: the end of the inhibit and LED commands at the same time. No
+// update may be lost, whoever comes first.
+#include <sched.h>
+#include <sys/mman.h>
+
+#include <atomic>
+#include <new>
+#include <stdexcept>
+
+#include "board/lock_holder.h"
+#include "device/led/panel_words.h"
+
+namespace
+{
+
+constexpr uint16_t kOwn = 3;
+
+// The words of the one device that several processes drive, each through a model of its own: what a
+// process has written comes here before its next call, and what is here goes to its model.
+class SharedPanel
+{
+  public:
+    SharedPanel()
+    {
+        void* memory =
+            mmap(nullptr, sizeof(Words), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        if (memory == MAP_FAILED) {
+            throw std::runtime_error("no shared memory");
+        }
+        words_ = new (memory) Words;
+    }
+    ~SharedPanel() { munmap(words_, sizeof(Words)); }
+    SharedPanel(const SharedPanel&) = delete;
+    SharedPanel& operator=(const SharedPanel&) = delete;
+
+    void put(Board& board, const PanelWords& words)
+    {
+        panel_put(board, words);
+        for (size_t i = 0; i < kRequests.size(); ++i) {
+            words_->at(i) = known_.at(i) = static_cast<uint16_t>(board.fpga.words[kRequests.at(i)]);
+        }
+    }
+
+    void exchange(Board& board)
+    {
+        for (size_t i = 0; i < kRequests.size(); ++i) {
+            uint32_t& own = board.fpga.words[kRequests.at(i)];
+            if (own != known_.at(i)) {
+                words_->at(i) = static_cast<uint16_t>(own);
+            }
+            own = known_.at(i) = words_->at(i);
+        }
+    }
+
+  private:
+    static constexpr std::array<uint32_t, 4> kRequests{kRegisterA, kRegisterB, kRegisterC,
+                                                       kDeviceWord03};
+    using Words = std::array<std::atomic<uint16_t>, 4>;
+    static_assert(std::atomic<uint16_t>::is_always_lock_free);
+
+    Words* words_;
+    std::array<uint16_t, 4> known_{}; // by this process
+};
+
+struct Command {
+    DeviceCommandCode code;
+    Bytes record;
+};
+
+Bytes record_of(std::initializer_list<std::pair<size_t, char>> bytes)
+{
+    Bytes record(44, '\0');
+    for (const auto& [byte, value] : bytes) {
+        record[byte] = value;
+    }
+    return record;
+}
+
+// Two changes in two registers, neither of them what the panel or a pattern shows.
+const Command kSetLedD{WR_LED_D, record_of({{11, 1}})};
+const Command kSetGroup4{WR_LED_GROUP_4, record_of({{29, 1}, {31, 1}})};
+const Command kRestore{WR_LED_RESTORE, Bytes(44, '\0')};
+const PanelWords kStart{0x0010, 0x0412, 0x0044, 0x0001};
+
+// The start with one change or both.
+PanelWords changed(bool ledD, bool group4)
+{
+    PanelWords words = kStart;
+    words.c = static_cast<uint16_t>(words.c | (ledD ? 0x0100 : 0));
+    words.a = static_cast<uint16_t>(group4 ? 0x0060 : words.a);
+    return words;
+}
+
+class InhibitProcesses : public LedTest
+{
+  protected:
+    void SetUp() override { board.fpga.words[kOwnIdentifier] = kOwn; }
+
+    // A panel that shows a pattern over the start.
+    void inhibit()
+    {
+        panel.put(board, kStart);
+        ASSERT_EQ(command_run(WR_LED_PATTERN_1, Bytes()), 0);
+        panel.exchange(board);
+    }
+
+    // Runs a command in this process. `before` sees the number of each call to come, from 0.
+    int run(const Command& command, const std::function<void(size_t)>& before)
+    {
+        size_t call = 0;
+        board.before_call = [&](const std::string&) {
+            panel.exchange(board);
+            before(call++);
+            panel.exchange(board);
+        };
+        const int32_t result = command_run(command.code, Bytes(command.record));
+        board.before_call = nullptr;
+        panel.exchange(board);
+        return result;
+    }
+
+    // The same in a child, which has to do without the files that this process has open: a lock
+    // would be its own, too.
+    pid_t start(
+        const Command& command, const std::function<void()>& first = [] {})
+    {
+        return child_start([&] {
+            for (const auto& [descriptor, path] : board.descriptors()) {
+                if (!board.is_device(descriptor)) {
+                    close(descriptor);
+                }
+            }
+            alarm(30); // a child that waits for ever fails the test and is gone
+            first();
+            const int result = run(command, [](size_t) { sched_yield(); });
+            return result < 0 ? 100 - result : result;
+        });
+    }
+
+    // Runs `mine` here and starts `other` in a child before call number `meeting`, going on once
+    // the child has ended or waits. Returns how many calls `mine` made and both results.
+    struct Met {
+        size_t calls;
+        int mine;
+        int other;
+    };
+    Met meet(const Command& mine, const Command& other, size_t meeting)
+    {
+        pid_t child = 0;
+        Met met{0, 0, -1};
+        met.mine = run(mine, [&](size_t call) {
+            met.calls = call + 1;
+            if (call == meeting) {
+                child = start(other);
+                child_sleeps(child);
+            }
+        });
+        met.other = child == 0 ? -1 : child_wait(child);
+        panel.exchange(board);
+        return met;
+    }
+
+    SharedPanel panel;
+};
+
+// Before the restore's flock a command still finds the inhibit, from then on it waits and finds the
+// inhibit gone.
+TEST_F(InhibitProcesses, ACommandAtAnyPointOfARestoreIsNotLost)
+{
+    constexpr size_t kFlock = 1;
+    size_t calls = 1;
+    for (size_t meeting = 0; meeting < calls; ++meeting) {
+        SCOPED_TRACE(meeting);
+        inhibit();
+        const Met met = meet(kRestore, kSetLedD, meeting);
+        calls = met.calls;
+        EXPECT_EQ(met.mine, 0);
+        EXPECT_EQ(met.other, meeting <= kFlock ? 1 : 0);
+        EXPECT_FALSE(board.file_exists(kLedFile));
+        EXPECT_EQ(panel_get(board), changed(true, false));
+    }
+    EXPECT_EQ(calls, 24U);
+}
+
+TEST_F(InhibitProcesses, ARestoreAtAnyPointOfACommandLosesNothing)
+{
+    constexpr size_t kFlock = 1;
+    for (const Command& command : {kSetLedD, kSetGroup4}) {
+        size_t calls = 1;
+        for (size_t meeting = 0; meeting < calls; ++meeting) {
+            SCOPED_TRACE(meeting);
+            inhibit();
+            const Met met = meet(command, kRestore, meeting);
+            calls = met.calls;
+            EXPECT_EQ(met.mine, meeting <= kFlock ? 0 : 1);
+            EXPECT_EQ(met.other, 0);
+            EXPECT_FALSE(board.file_exists(kLedFile));
+            EXPECT_EQ(panel_get(board),
+                      changed(command.code == WR_LED_D, command.code != WR_LED_D));
+        }
+        EXPECT_EQ(calls, 9U);
+    }
+}
+
+TEST_F(InhibitProcesses, TwoCommandsAtAnyPointOfEachOtherAreBothRecorded)
+{
+    size_t calls = 1;
+    for (size_t meeting = 0; meeting < calls; ++meeting) {
+        SCOPED_TRACE(meeting);
+        inhibit();
+        const Met met = meet(kSetGroup4, kSetLedD, meeting);
+        calls = met.calls;
+        EXPECT_EQ(met.mine, 1);
+        EXPECT_EQ(met.other, 1);
+        Bytes expected = snapshot_of(kOwn, kStart);
+        expected[11] = 1;
+        expected.replace(29, 3, hex("01 00 01"));
+        EXPECT_EQ(board.file_get(kLedFile), expected);
+        EXPECT_EQ(panel_get(board), shown(kPattern1, kStart));
+        EXPECT_EQ(run(kRestore, [](size_t) {}), 0);
+        EXPECT_EQ(panel_get(board), changed(true, true));
+    }
+    EXPECT_EQ(calls, 9U);
+}
+
+TEST_F(InhibitProcesses, TwoPatternsAtAnyPointOfEachOtherSaveThePanelOnce)
+{
+    // A pattern that comes first draws after the lock, over which the other one would have saved.
+    const Command mine{WR_LED_PATTERN_3, Bytes(44, '\0')};
+    const Command other{WR_LED_PATTERN_2, Bytes(44, '\0')};
+    size_t calls = 1;
+    for (size_t meeting = 0; meeting < calls; ++meeting) {
+        SCOPED_TRACE(meeting);
+        board.file_remove(kLedFile);
+        panel.put(board, kStart);
+        const Met met = meet(mine, other, meeting);
+        calls = std::max(calls, met.calls);
+        EXPECT_EQ(met.mine, 0);
+        EXPECT_EQ(met.other, meeting < met.calls ? 0 : -1);
+        EXPECT_EQ(board.file_get(kLedFile), snapshot_of(kOwn, kStart));
+    }
+}
+
+TEST_F(InhibitProcesses, CommandsAndARestoreAllAtOnceLoseNothing)
+{
+    for (int round = 0; round < 60 && !HasFailure(); ++round) {
+        SCOPED_TRACE(round);
+        inhibit();
+        std::array<int, 2> gate{};
+        ASSERT_EQ(pipe(gate.data()), 0);
+        const auto wait = [&gate] {
+            char byte = 0;
+            close(gate[1]);
+            (void)!read(gate[0], &byte, 1); // until the gate is closed everywhere
+        };
+        std::vector<pid_t> children;
+        for (const Command* command : {&kRestore, &kSetLedD, &kSetGroup4}) {
+            children.push_back(start(*command, wait));
+            ASSERT_GT(children.back(), 0);
+        }
+        close(gate[0]);
+        close(gate[1]);
+        EXPECT_EQ(child_wait(children[0]), 0);
+        for (const size_t setter : {1U, 2U}) {
+            const int result = child_wait(children[setter]);
+            EXPECT_TRUE(result == 0 || result == 1) << result;
+        }
+        panel.exchange(board);
+        EXPECT_FALSE(board.file_exists(kLedFile));
+        EXPECT_EQ(panel_get(board), changed(true, true));
+    }
+}
+
+} // namespace
