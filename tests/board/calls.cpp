@@ -285,8 +285,9 @@ int board_puts(const char* text)
     if (!begin("puts", text)) {
         return EOF;
     }
-    board().console += std::string(text) + "\n";
-    return 1;
+    const std::string line = std::string(text) + "\n";
+    board().console += line;
+    return static_cast<int>(line.size()); // as the C library of the development machine does
 }
 
 time_t board_time(time_t* out)

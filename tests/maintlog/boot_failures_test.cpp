@@ -36,23 +36,23 @@ TEST_F(ProgramFailures, OfAKeptWorkingFile)
             board.file_put(kFlashImage, sample_image());
         },
         maintlogfile_main,
-        {{"puts maintlogfile --> FROM Read Sart!!", 1, without(kBegin, good), kept},
-         {"stat /conf/system.log", 1, run_text(kCold + kListing), sample_image()},
-         {"puts zev_maintlog_init : 001 : Warm Start!!", 1, without(kWarm, good), kept},
-         {"fopen /conf/system.log rb", 1,
+        {{"puts maintlogfile --> FROM Read Sart!!", kExit, without(kBegin, good), kept},
+         {"stat /conf/system.log", kExit, run_text(kCold + kListing), sample_image()},
+         {"puts zev_maintlog_init : 001 : Warm Start!!", kExit, without(kWarm, good), kept},
+         {"fopen /conf/system.log rb", kExit,
           run_text(kWarm + "zev_maintlog_head_read : 001 : /conf/system.log file open error\n"s +
                    kUnreadable + kListing),
           sample_image()},
-         {"flock /conf/system.log LOCK_EX", 1,
+         {"flock /conf/system.log LOCK_EX", kExit,
           run_text(kWarm + "zev_maintlog_head_read : 002 : /conf/system.log file lock error\n"s +
                    kUnreadable + kListing),
           sample_image()},
-         {"fread /conf/system.log 12", 1,
+         {"fread /conf/system.log 12", kExit,
           run_text(kWarm +
                    "zev_maintlog_head_read : 003 : /conf/system.log file header write error\n"s +
                    kUnreadable + kListing),
           sample_image()},
-         {"fclose /conf/system.log", 1, good, kept},
+         {"fclose /conf/system.log", kExit, good, kept},
          {"puts maintlogfile --> FROM Read End!!", -1, without(kEnd, good), kept}});
 }
 
@@ -66,69 +66,70 @@ TEST_F(ProgramFailures, OfARebuild)
             board.file_put(kFlashImage, sample_image());
         },
         maintlogfile_main,
-        {{"puts maintlogfile --> FROM Read Sart!!", 1, without(kBegin, good), sample_image()},
-         {"stat /conf/system.log", 1, good, sample_image()},
-         {"puts zev_maintlog_init : 004 : Cold Start!!", 1, without(kCold, good), sample_image()},
-         {"unlink /conf/system.log", 1, good, sample_image()},
-         {"open /dev/mtd_systemlog O_RDONLY", 1,
+        {{"puts maintlogfile --> FROM Read Sart!!", kExit, without(kBegin, good), sample_image()},
+         {"stat /conf/system.log", kExit, good, sample_image()},
+         {"puts zev_maintlog_init : 004 : Cold Start!!", kExit, without(kCold, good),
+          sample_image()},
+         {"unlink /conf/system.log", kExit, good, sample_image()},
+         {"open /dev/mtd_systemlog O_RDONLY", kExit,
           run_text(kCold + "read_systemlog_header : 001 : /dev/mtd_systemlog file open error\n"s +
                    kLogAbsent + kNoFlashUnlogged),
           fresh_log()},
-         {"read /dev/mtd_systemlog 12", 1,
+         {"read /dev/mtd_systemlog 12", kExit,
           run_text(kCold +
                    "read_systemlog_header : 002 : /dev/mtd_systemlog file header read error\n"s +
                    kLogAbsent + kNoFlashUnlogged),
           fresh_log()},
-         {"close /dev/mtd_systemlog", 1, good, sample_image()},
-         {"fopen /dev/mtd_systemlog rb", 1,
+         {"close /dev/mtd_systemlog", kExit, good, sample_image()},
+         {"fopen /dev/mtd_systemlog rb", kExit,
           run_text(kCold + "systemLogFileMake : 001 : /dev/mtd_systemlog file open error\n"s +
                    kLogAbsent + kRefusedUnlogged),
           fresh_log()},
-         {"flock /dev/mtd_systemlog LOCK_EX", 1,
+         {"flock /dev/mtd_systemlog LOCK_EX", kExit,
           run_text(kCold + "systemLogFileMake : 002 : /dev/mtd_systemlog file lock error\n"s +
                    kLogAbsent + kRefusedUnlogged),
           fresh_log()},
-         {"fread /dev/mtd_systemlog 12", 1,
+         {"fread /dev/mtd_systemlog 12", kExit,
           run_text(kCold +
                    "systemLogFileMake : 003 : /dev/mtd_systemlog file header read error\n"s +
                    kLogAbsent + kRefusedUnlogged),
           fresh_log()},
-         {"printf head.seq_num  : 7", 1, without("head.seq_num  : 7\n", good), sample_image()},
-         {"printf head.number   : 3", 1, without("head.number   : 3\n", good), sample_image()},
-         {"printf head.location : 5", 1, without("head.location : 5\n", good), sample_image()},
-         {"printf head.version  : 1", 1, without("head.version  : 1\n", good), sample_image()},
-         {"printf head.checksum : 51917", 1, without("head.checksum : 51917\n", good),
+         {"printf head.seq_num  : 7", kExit, without("head.seq_num  : 7\n", good), sample_image()},
+         {"printf head.number   : 3", kExit, without("head.number   : 3\n", good), sample_image()},
+         {"printf head.location : 5", kExit, without("head.location : 5\n", good), sample_image()},
+         {"printf head.version  : 1", kExit, without("head.version  : 1\n", good), sample_image()},
+         {"printf head.checksum : 51917", kExit, without("head.checksum : 51917\n", good),
           sample_image()},
-         {"fread /dev/mtd_systemlog 300", 1,
+         {"fread /dev/mtd_systemlog 300", kExit,
           run_text(kCold + std::string(kSampleHeaderLines) +
                    "systemLogFileMake : 005 : /dev/mtd_systemlog file log data error\n" +
                    kLogAbsent + kRefusedUnlogged),
           fresh_log()},
-         {"printf FROM header   checksum : 51917", 1,
+         {"printf FROM header   checksum : 51917", kExit,
           without("FROM header   checksum : 51917\n", good), sample_image()},
-         {"printf FROM sytemlog checksum : 51917", 1,
+         {"printf FROM sytemlog checksum : 51917", kExit,
           without("FROM sytemlog checksum : 51917\n", good), sample_image()},
-         {"fclose /dev/mtd_systemlog", 1, good, sample_image()},
-         {"fopen /conf/system.log w+b", 1,
+         {"fclose /dev/mtd_systemlog", kExit, good, sample_image()},
+         {"fopen /conf/system.log w+b", kExit,
           run_text(kCold + kListing +
                    "systemLogFileMake : 007 : /conf/system.log file create error\n" + kLogAbsent +
                    kRefusedUnlogged),
           fresh_log()},
-         {"flock /conf/system.log LOCK_EX", 1,
+         {"flock /conf/system.log LOCK_EX", kExit,
           run_text(kCold + kListing +
                    "systemLogFileMake : 008 : /conf/system.log file lock error\n" + kLogEmpty +
                    kRefused + kLogEmpty),
           fresh_log()},
-         {"fwrite /conf/system.log 12", 1,
+         {"fwrite /conf/system.log 12", kExit,
           run_text(kCold + kListing +
                    "systemLogFileMake : 009 : /conf/system.log file header write error\n" +
                    kLogEmpty + kRefused + kLogEmpty),
           fresh_log()},
-         {"fwrite /conf/system.log 300", 1,
+         {"fwrite /conf/system.log 300", kExit,
           run_text(kCold + kListing +
                    "systemLogFileMake : 010 : /conf/system.log file write error\n" + kRefused),
           fresh_log()},
-         {"fclose /conf/system.log", 1, good, sample_image()},
+         {"fclose /conf/system.log", kExit, good, sample_image()},
          {"puts maintlogfile --> FROM Read End!!", -1, without(kEnd, good), sample_image()}});
 }
 
@@ -142,60 +143,61 @@ TEST_F(ProgramFailures, OfAnEmptyLogInPlaceOfABadOne)
             board.file_put(kFlashImage, Bytes(kHeaderSize, '\xFF'));
         },
         maintlogfile_main,
-        {{"puts maintlogfile --> FROM Read Sart!!", 1, without(kBegin, good), fresh_log()},
-         {"stat /conf/system.log", 1, run_text(kCold + std::string(kErasedUnlogged)), fresh_log()},
-         {"puts zev_maintlog_init : 001 : Warm Start!!", 1, without(kWarm, good), fresh_log()},
-         {"fopen /conf/system.log rb", 1,
+        {{"puts maintlogfile --> FROM Read Sart!!", kExit, without(kBegin, good), fresh_log()},
+         {"stat /conf/system.log", kExit, run_text(kCold + std::string(kErasedUnlogged)),
+          fresh_log()},
+         {"puts zev_maintlog_init : 001 : Warm Start!!", kExit, without(kWarm, good), fresh_log()},
+         {"fopen /conf/system.log rb", kExit,
           run_text(kWarm + "zev_maintlog_head_read : 001 : /conf/system.log file open error\n"s +
                    kUnreadable + kErasedUnlogged),
           fresh_log()},
-         {"flock /conf/system.log LOCK_EX", 1,
+         {"flock /conf/system.log LOCK_EX", kExit,
           run_text(kWarm + "zev_maintlog_head_read : 002 : /conf/system.log file lock error\n"s +
                    kUnreadable + kErasedUnlogged),
           fresh_log()},
-         {"fread /conf/system.log 12", 1,
+         {"fread /conf/system.log 12", kExit,
           run_text(kWarm +
                    "zev_maintlog_head_read : 003 : /conf/system.log file header write error\n"s +
                    kUnreadable + kErasedUnlogged),
           fresh_log()},
-         {"fclose /conf/system.log", 1, good, fresh_log()},
-         {"puts zev_maintlog_init : 003 : maintlog header read error", 1, without(kNotSane, good),
-          fresh_log()},
+         {"fclose /conf/system.log", kExit, good, fresh_log()},
+         {"puts zev_maintlog_init : 003 : maintlog header read error", kExit,
+          without(kNotSane, good), fresh_log()},
          // The file that stays takes message 006 until it is truncated.
-         {"unlink /conf/system.log", 1, without(kLogAbsent, good), fresh_log()},
-         {"open /dev/mtd_systemlog O_RDONLY", 1,
+         {"unlink /conf/system.log", kExit, without(kLogAbsent, good), fresh_log()},
+         {"open /dev/mtd_systemlog O_RDONLY", kExit,
           run_text(kWarm + std::string(kNotSane) +
                    "read_systemlog_header : 001 : /dev/mtd_systemlog file open error\n" +
                    kLogAbsent + kNoFlashUnlogged),
           fresh_log()},
-         {"read /dev/mtd_systemlog 12", 1,
+         {"read /dev/mtd_systemlog 12", kExit,
           run_text(kWarm + std::string(kNotSane) +
                    "read_systemlog_header : 002 : /dev/mtd_systemlog file header read error\n" +
                    kLogAbsent + kNoFlashUnlogged),
           fresh_log()},
-         {"close /dev/mtd_systemlog", 1, good, fresh_log()},
-         {"puts zev_maintlog_init : 006 : syslog init", 1, without(kErased, good), fresh_log()},
-         {"time now", 1,
+         {"close /dev/mtd_systemlog", kExit, good, fresh_log()},
+         {"puts zev_maintlog_init : 006 : syslog init", kExit, without(kErased, good), fresh_log()},
+         {"time now", kExit,
           run_text(kWarm + std::string(kNotSane) + kErased +
                    "systemLog_put : 001 : time() error\n"),
           fresh_log()},
-         {"fopen /conf/system.log r+", 1, good, fresh_log()},
-         {"puts systemLog_put : 002 : /conf/system.log file open error", 1,
+         {"fopen /conf/system.log r+", kExit, good, fresh_log()},
+         {"puts systemLog_put : 002 : /conf/system.log file open error", kExit,
           without(kLogAbsent, good), fresh_log()},
-         {"fopen /conf/system.log w+b", 1,
+         {"fopen /conf/system.log w+b", kExit,
           run_text(kWarm + std::string(kNotSane) + kErasedUnlogged +
                    "systemLogFileInit : 001 : /conf/system.log file open error\n" + kLogAbsent),
           std::nullopt},
-         {"flock /conf/system.log LOCK_EX", 1,
+         {"flock /conf/system.log LOCK_EX", kExit,
           run_text(kWarm + std::string(kNotSane) + kErasedUnlogged +
                    "systemLogFileInit : 002 : /conf/system.log file lock error\n" + kLogEmpty),
           ""},
-         {"fwrite /conf/system.log 12", 1,
+         {"fwrite /conf/system.log 12", kExit,
           run_text(kWarm + std::string(kNotSane) + kErasedUnlogged +
                    "systemLogFileInit : 003 : /conf/system.log file header write error\n" +
                    kLogEmpty),
           ""},
-         {"fclose /conf/system.log", 1, good, fresh_log()},
+         {"fclose /conf/system.log", kExit, good, fresh_log()},
          {"puts maintlogfile --> FROM Read End!!", -1, without(kEnd, good), fresh_log()}});
 }
 
@@ -212,7 +214,7 @@ TEST_F(ProgramFailures, LeaveNothingOpenWhenCallsFailForGood)
             board.file_put(kWorkingFile, working);
             board.file_put(kFlashImage, sample_image());
             board.restart();
-            ASSERT_EQ(maintlogfile_main(), 1);
+            ASSERT_EQ(maintlogfile_main(), kExit);
             calls = board.calls.size();
             board.file_put(kWorkingFile, working);
             board.restart();

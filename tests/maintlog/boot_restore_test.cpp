@@ -326,7 +326,7 @@ TEST_F(BootRestore, KeepsItsOwnResultAtTheNextBoot)
 TEST_F(Program, PrintsItsBannersAroundTheRestore)
 {
     board.file_put(kWorkingFile, working_log());
-    EXPECT_EQ(maintlogfile_main(), 1) << "what the board's puts answers";
+    EXPECT_EQ(maintlogfile_main(), 33) << "what puts answered to the second banner";
     EXPECT_EQ(board.console, "maintlogfile --> FROM Read Sart!!\n"
                              "zev_maintlog_init : 001 : Warm Start!!\n"
                              "maintlogfile --> FROM Read End!!\n");
@@ -338,7 +338,7 @@ TEST_F(Program, ExitsWithWhatItsLastWriteAnswered)
 {
     board.file_put(kWorkingFile, working_log());
     board.fail_call(1);
-    EXPECT_EQ(maintlogfile_main(), 1) << "the first banner does not count";
+    EXPECT_EQ(maintlogfile_main(), kExit) << "the first banner does not count";
     board.restart();
     board.fail_call(8);
     EXPECT_EQ(maintlogfile_main(), -1);
@@ -349,7 +349,7 @@ TEST_F(Program, ExitsTheSameWhenTheRestoreFails)
 {
     std::filesystem::create_directory(board.host(kWorkingFile));
     EXPECT_EQ(zev_maintlog_init(), -1);
-    EXPECT_EQ(maintlogfile_main(), 1);
+    EXPECT_EQ(maintlogfile_main(), kExit);
 }
 
 } // namespace

@@ -4,6 +4,10 @@
 constexpr const char* kBegin = "maintlogfile --> FROM Read Sart!!\n";
 constexpr const char* kEnd = "maintlogfile --> FROM Read End!!\n";
 
+// The program's exit status: what the board's puts answers to the second banner, its 32 characters
+// and the newline. (To the first it is 34.)
+constexpr int kExit = 33;
+
 constexpr const char* kWarm = "zev_maintlog_init : 001 : Warm Start!!\n";
 constexpr const char* kUnreadable = "zev_maintlog_init : 002 : maintlog header read error\n";
 constexpr const char* kNotSane = "zev_maintlog_init : 003 : maintlog header read error\n";

@@ -25,7 +25,7 @@ void coldBoots_expect(Board& board, const std::vector<Damage>& damages)
         board.file_remove(kWorkingFile);
         board.file_put(kFlashImage, damage.image);
         board.restart();
-        EXPECT_EQ(maintlogfile_main(), 1);
+        EXPECT_EQ(maintlogfile_main(), kExit);
         EXPECT_EQ(board.console, kBegin + std::string(kCold) + damage.console + kEnd);
         EXPECT_EQ(board.file_get(kWorkingFile), damage.file);
         EXPECT_EQ(board.file_get(kFlashImage), damage.image) << "the image itself stays";
@@ -202,7 +202,7 @@ TEST_F(DamagedImage, LocationIsCopiedUnchecked)
 
     // The working file of the last one is not sane: each further boot rebuilds it.
     board.restart();
-    EXPECT_EQ(maintlogfile_main(), 1);
+    EXPECT_EQ(maintlogfile_main(), kExit);
     EXPECT_EQ(board.console,
               kBegin + std::string(kWarm) + kNotSane + damages.back().console + kEnd);
 }
@@ -320,7 +320,7 @@ TEST_F(DamagedImage, FullRingIsCopiedAtAnyLocation)
 
 TEST_F(DamagedImage, NoImageAtAll)
 {
-    EXPECT_EQ(maintlogfile_main(), 1);
+    EXPECT_EQ(maintlogfile_main(), kExit);
     EXPECT_EQ(board.console,
               kBegin + std::string(kCold) +
                   "read_systemlog_header : 001 : /dev/mtd_systemlog file open error\n" +
@@ -370,14 +370,14 @@ TEST_F(DamagedWorkingFile, IsKeptOrReplacedByTheImageOrByAnEmptyLog)
         board.file_put(kWorkingFile, damage.working);
         board.file_put(kFlashImage, sample_image());
         board.restart();
-        EXPECT_EQ(maintlogfile_main(), 1);
+        EXPECT_EQ(maintlogfile_main(), kExit);
         EXPECT_EQ(board.console, start + (kept ? "" : kSampleListing) + kEnd);
         EXPECT_EQ(board.file_get(kWorkingFile), kept ? damage.working : sample_image());
 
         board.file_put(kWorkingFile, damage.working);
         board.file_put(kFlashImage, Bytes(100012, '\xFF'));
         board.restart();
-        EXPECT_EQ(maintlogfile_main(), 1);
+        EXPECT_EQ(maintlogfile_main(), kExit);
         EXPECT_EQ(board.console, start + (kept ? "" : kErasedUnlogged) + kEnd);
         EXPECT_EQ(board.file_get(kWorkingFile), kept ? damage.working : fresh_log());
     }

@@ -148,7 +148,7 @@ TEST_F(RandomImage, LeavesAKeptARebuiltOrAnEmptyLog)
         const Bytes image = draw.flashImage();
         board.file_put(kFlashImage, image);
         board.restart();
-        ASSERT_EQ(maintlogfile_main(), 1);
+        ASSERT_EQ(maintlogfile_main(), kExit);
         ASSERT_EQ(board.open_descriptors(), 0U);
         ASSERT_EQ(board.held_locks(), 0U);
 
