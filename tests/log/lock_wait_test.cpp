@@ -112,6 +112,17 @@ void put(const char* path, const Bytes& content)
 
 const Bytes kFreshLog = hex("00 00 00 00 00 00 00 00 01 00 00 00");
 
+// Creation and rebuild truncate the file when they open it, before they have the lock. A writer
+// that has it goes on at its place in what is now an empty file: here with the second record and
+// the header over it.
+const Bytes kHole(100, '\0');
+const Bytes kSecondRecord = "2006/03/01 09:05:06 in the middle" + Bytes(66, ' ') + "\n";
+
+void holder_writes()
+{
+    put(kSystemLog, system_header("02 00 02 00") + kHole + kSecondRecord);
+}
+
 INSTANTIATE_TEST_SUITE_P(
     EachLock, LockWait,
     testing::Values(
@@ -123,6 +134,9 @@ INSTANTIATE_TEST_SUITE_P(
              [] { put(kSystemLog, system_header("07 00 08 00")); }, working_header_read, kSystemLog,
              system_header("07 00 08 00")},
         Wait{"systemLogFileInit", kSystemLog, {}, systemLogFileInit, kSystemLog, kFreshLog},
+        // The header is replaced; what the other process wrote behind it stays, uncounted.
+        Wait{"systemLogFileInit_written", kSystemLog, holder_writes, systemLogFileInit, kSystemLog,
+             kFreshLog + kHole + kSecondRecord},
         Wait{"systemLogFileMake_image", kFlashImage,
              [] { put(kFlashImage, system_header("00 00 09 00")); }, systemLogFileMake, kSystemLog,
              system_header("00 00 09 00")},
@@ -132,10 +146,28 @@ INSTANTIATE_TEST_SUITE_P(
              systemLogFileMake,
              kSystemLog,
              system_header("00 00 00 00")},
+        Wait{"systemLogFileMake_log_written", kSystemLog, holder_writes, systemLogFileMake,
+             kSystemLog, system_header("00 00 00 00") + kHole + kSecondRecord},
         Wait{"userLog_put_marker", kMarker, {}, user_log_put, kMarker, hex("01")},
         Wait{"userLog_put_log", kUserLog, [] { put(kUserLog, user_header("01 00 00 00")); },
              user_log_put, kUserLog, user_header("02 00 01 00") + user_record()}),
     [](const auto& each) { return each.param.name; });
+
+using LockWaitRebuild = LogFiles;
+
+// The image goes over what the other process wrote as far as the image reaches: its one record
+// (zeros, whose checksum is all ones) fills the first slot, the second one stays, uncounted.
+TEST_F(LockWaitRebuild, LeavesWhatLiesBehindTheImage)
+{
+    const Bytes image = hex("07 00 00 00 01 00 01 00 01 00 FF FF") + Bytes(100, '\0');
+    board.file_put(kFlashImage, image);
+    LockHolder holder(board, kSystemLog);
+    holder.release_when_awaited(
+        [] { put(kSystemLog, system_header("02 00 02 00") + kSecondRecord + kSecondRecord); });
+    EXPECT_EQ(systemLogFileMake(), 0);
+    EXPECT_TRUE(holder.released());
+    EXPECT_EQ(board.file_get(kSystemLog), image + kSecondRecord);
+}
 
 using LockNoWait = LogFiles;
 
