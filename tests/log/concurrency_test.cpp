@@ -263,24 +263,4 @@ TEST_F(Concurrency, MessagesAndEventsMixed)
     EXPECT_EQ(board.file_get(kFlashSave), hex("01"));
 }
 
-// A reader that takes the lock never sees a header between two appends.
-TEST_F(Concurrency, ReaderSeesOnlyWholeHeaders)
-{
-    board.file_put(kSystemLog, systemHeader_bytes(0, 0));
-    run_together([&](unsigned writer) {
-        bool good = true;
-        for (unsigned n = 0; n < 100; ++n) {
-            if (writer > 0) {
-                good = systemLog_put("x") == 0 && good;
-                continue;
-            }
-            SystemLogHeader header{};
-            good = zev_maintlog_head_read(&header) == 0 &&
-                   bytes_of(header) == systemHeader_bytes(header.location, header.location) && good;
-        }
-        return good;
-    });
-    EXPECT_EQ(board.file_get(kSystemLog).substr(0, 12), systemHeader_bytes(700, 700));
-}
-
 } // namespace

@@ -1,4 +1,8 @@
 // The log routines wait for whoever holds the lock on their file, and work on what they then find.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <functional>
 #include <ostream>
 
@@ -167,6 +171,28 @@ TEST_F(LockWaitRebuild, LeavesWhatLiesBehindTheImage)
     EXPECT_EQ(systemLogFileMake(), 0);
     EXPECT_TRUE(holder.released());
     EXPECT_EQ(board.file_get(kSystemLog), image + kSecondRecord);
+}
+
+using LockWaitReader = LogFiles;
+
+// A header that another process has half written when the reader comes is read whole.
+TEST_F(LockWaitReader, SeesNoHalfWrittenHeader)
+{
+    const Bytes header = hex("AA AA AA AA 07 00 08 00 09 00 BB BB");
+    const int log = open(board.host(kSystemLog).c_str(), O_WRONLY);
+    ASSERT_GE(log, 0);
+    ASSERT_EQ(flock(log, LOCK_EX), 0);
+    EXPECT_EQ(pwrite(log, header.data(), 6, 0), 6);
+    const pid_t reader = child_start([&] {
+        alarm(30); // one that waits for ever fails the test and is gone
+        SystemLogHeader seen{};
+        return zev_maintlog_head_read(&seen) == 0 && bytes_of(seen) == header ? 0 : 1;
+    });
+    EXPECT_TRUE(child_sleeps(reader)) << "has read without waiting";
+    EXPECT_EQ(pwrite(log, header.data() + 6, 6, 6), 6);
+    EXPECT_EQ(flock(log, LOCK_UN), 0); // to close is not enough: the child has it open, too
+    EXPECT_EQ(close(log), 0);
+    EXPECT_EQ(child_wait(reader), 0) << "what it saw was another header";
 }
 
 using LockNoWait = LogFiles;
