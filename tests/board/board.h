@@ -95,6 +95,7 @@ class Board
     void opened(int descriptor, const std::string& path);
     void closing(int descriptor);
     void locked(int descriptor);
+    void unlocked(int descriptor);
     // Whether this very process holds a lock on the descriptor's file through another one: to wait
     // for it would be for ever. A lock taken before a fork is the other process's.
     [[nodiscard]] bool waits_for_itself(int descriptor) const;

@@ -1,5 +1,7 @@
 // What stands in for the C library's calls; see calls.syms. Each records itself, fails when a test
 // has planned it, and otherwise does the real thing in the private directory.
+#include "board/calls.h"
+
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
@@ -49,6 +51,8 @@ std::string lock_text(int operation)
         return "LOCK_EX";
     case LOCK_EX | LOCK_NB:
         return "LOCK_EX|LOCK_NB";
+    case LOCK_UN:
+        return "LOCK_UN";
     default:
         return std::to_string(operation);
     }
@@ -202,7 +206,7 @@ int board_flock(int descriptor, int operation)
     }
     const int result = flock(descriptor, operation);
     if (result == 0) {
-        board().locked(descriptor);
+        (operation & LOCK_UN) != 0 ? board().unlocked(descriptor) : board().locked(descriptor);
     }
     return result;
 }
