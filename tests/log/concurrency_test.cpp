@@ -100,7 +100,7 @@ time_t clock_of(unsigned writer)
 
 Bytes systemRecord_of(unsigned writer, unsigned n)
 {
-    return systemRecord_bytes("2006/03/01 09:05:0" + std::to_string(writer), text_of(writer, n));
+    return record_line(text_of(writer, n), "2006/03/01 09:05:0" + std::to_string(writer));
 }
 
 UserLogRecord user_record(unsigned writer, unsigned n)
@@ -253,11 +253,10 @@ TEST_F(Concurrency, MessagesAndEventsMixed)
     expect_newest(
         system.substr(12), 100, 2 * kWriters * kRounds,
         [](unsigned writer, unsigned n) {
-            return n % 2 == 0
-                       ? systemRecord_of(writer, n / 2)
-                       : systemRecord_bytes("2006/03/01 09:05:0" + std::to_string(writer),
-                                            "userLog_put : 004 : invalid code(= " +
-                                                std::to_string(1000 * (writer + 1) + n / 2) + ")");
+            return n % 2 == 0 ? systemRecord_of(writer, n / 2)
+                              : record_line("userLog_put : 004 : invalid code(= " +
+                                                std::to_string(1000 * (writer + 1) + n / 2) + ")",
+                                            "2006/03/01 09:05:0" + std::to_string(writer));
         },
         2 * kRounds);
     EXPECT_EQ(board.file_get(kFlashSave), hex("01"));

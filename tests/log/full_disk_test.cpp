@@ -16,8 +16,8 @@
 #include <csignal>
 #include <optional>
 
+#include "log/console_lines.h"
 #include "log/log_bytes.h"
-#include "log/log_image.h"
 #include "maint/system_log.h"
 #include "maint/user_log.h"
 
@@ -68,12 +68,12 @@ TEST_F(FullDisk, EmptyLogIsSaidToBeCreatedAndIsCutShort)
 {
     for (const rlim_t room : {0U, 5U, 11U}) {
         SCOPED_TRACE(room);
-        board.file_put(kWorkingFile, sample_image());
+        board.file_put(kSystemLog, sample_image());
         EXPECT_EQ(run(room, systemLogFileInit), "0");
-        EXPECT_EQ(board.file_get(kWorkingFile), fresh_log().substr(0, room));
+        EXPECT_EQ(board.file_get(kSystemLog), fresh_log().substr(0, room));
     }
     EXPECT_EQ(run(12, systemLogFileInit), "0");
-    EXPECT_EQ(board.file_get(kWorkingFile), fresh_log()) << "room enough";
+    EXPECT_EQ(board.file_get(kSystemLog), fresh_log()) << "room enough";
 }
 
 TEST_F(FullDisk, SmallImageIsSaidToBeRebuiltAndIsCutShort)
@@ -83,7 +83,7 @@ TEST_F(FullDisk, SmallImageIsSaidToBeRebuiltAndIsCutShort)
         SCOPED_TRACE(room);
         EXPECT_EQ(run(room, systemLogFileMake),
                   std::string(kSampleHeaderLines) + kSampleChecksumLines + "0");
-        EXPECT_EQ(board.file_get(kWorkingFile), sample_image().substr(0, room));
+        EXPECT_EQ(board.file_get(kSystemLog), sample_image().substr(0, room));
     }
 }
 
@@ -116,14 +116,14 @@ TEST_F(FullDisk, LargeImageIsRefusedAndItsBeginningStays)
                 30012, kRecordSize,
                 record_line("systemLogFileMake : 010 : /conf/system.log file write error"));
         }
-        EXPECT_TRUE(board.file_get(kWorkingFile) == left);
+        EXPECT_TRUE(board.file_get(kSystemLog) == left);
     }
 }
 
 TEST_F(FullDisk, RecordOfTheSystemLogIsLostWithAFailingSeek)
 {
     const Bytes log = systemHeader_bytes(2, 2) + records_make(2);
-    const Bytes record = systemRecord_bytes(kStamp, "lost");
+    const Bytes record = record_line("lost");
     for (const size_t room : {size_t{0}, size_t{30}, size_t{99}}) {
         SCOPED_TRACE(room);
         board.file_put(kSystemLog, log);
@@ -139,9 +139,8 @@ TEST_F(FullDisk, FullRingOfTheSystemLogGoesOn)
     const Bytes records = records_make(1000);
     board.file_put(kSystemLog, systemHeader_bytes(1000, 1000) + records);
     EXPECT_EQ(run(100012, [] { return systemLog_put("kept"); }), "0");
-    EXPECT_TRUE(board.file_get(kSystemLog) == systemHeader_bytes(1000, 1) +
-                                                  systemRecord_bytes(kStamp, "kept") +
-                                                  records.substr(kRecordSize));
+    EXPECT_TRUE(board.file_get(kSystemLog) ==
+                systemHeader_bytes(1000, 1) + record_line("kept") + records.substr(kRecordSize));
 }
 
 // The user log. Its message finds the system log longer than the limit, and full as well.

@@ -8,16 +8,12 @@
 
 #include "board/board_test.h"
 #include "board/lock_holder.h"
+#include "log/log_bytes.h"
 #include "maint/system_log.h"
 #include "maint/user_log.h"
 
 namespace
 {
-
-constexpr const char* kSystemLog = "/conf/system.log";
-constexpr const char* kFlashImage = "/dev/mtd_systemlog";
-constexpr const char* kUserLog = "/conf/user.log";
-constexpr const char* kMarker = "/tmp/flashsave";
 
 Bytes system_header(const char* number_and_location)
 {
@@ -32,12 +28,6 @@ Bytes user_header(const char* number_and_location)
 int32_t system_log_put()
 {
     return systemLog_put("waited");
-}
-
-// "2006/03/01 09:05:07 waited", with the text padded to 79 bytes.
-Bytes waited_record()
-{
-    return "2006/03/01 09:05:07 waited" + Bytes(73, ' ') + "\n";
 }
 
 int32_t report_to_log()
@@ -114,13 +104,11 @@ void put(const char* path, const Bytes& content)
     Board::current().file_put(path, content);
 }
 
-const Bytes kFreshLog = hex("00 00 00 00 00 00 00 00 01 00 00 00");
-
 // Creation and rebuild truncate the file when they open it, before they have the lock. A writer
 // that has it goes on at its place in what is now an empty file: here with the second record and
 // the header over it.
 const Bytes kHole(100, '\0');
-const Bytes kSecondRecord = "2006/03/01 09:05:06 in the middle" + Bytes(66, ' ') + "\n";
+const Bytes kSecondRecord = record_line("in the middle");
 
 void holder_writes()
 {
@@ -131,16 +119,16 @@ INSTANTIATE_TEST_SUITE_P(
     EachLock, LockWait,
     testing::Values(
         Wait{"systemLog_put", kSystemLog, [] { put(kSystemLog, system_header("01 00 00 00")); },
-             system_log_put, kSystemLog, system_header("02 00 01 00") + waited_record()},
+             system_log_put, kSystemLog, system_header("02 00 01 00") + record_line("waited")},
         Wait{"report_message", kSystemLog, [] { put(kSystemLog, system_header("01 00 00 00")); },
-             report_to_log, kSystemLog, system_header("02 00 01 00") + waited_record()},
+             report_to_log, kSystemLog, system_header("02 00 01 00") + record_line("waited")},
         Wait{"zev_maintlog_head_read", kSystemLog,
              [] { put(kSystemLog, system_header("07 00 08 00")); }, working_header_read, kSystemLog,
              system_header("07 00 08 00")},
-        Wait{"systemLogFileInit", kSystemLog, {}, systemLogFileInit, kSystemLog, kFreshLog},
+        Wait{"systemLogFileInit", kSystemLog, {}, systemLogFileInit, kSystemLog, fresh_log()},
         // The header is replaced; what the other process wrote behind it stays, uncounted.
         Wait{"systemLogFileInit_written", kSystemLog, holder_writes, systemLogFileInit, kSystemLog,
-             kFreshLog + kHole + kSecondRecord},
+             fresh_log() + kHole + kSecondRecord},
         Wait{"systemLogFileMake_image", kFlashImage,
              [] { put(kFlashImage, system_header("00 00 09 00")); }, systemLogFileMake, kSystemLog,
              system_header("00 00 09 00")},
@@ -152,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(
              system_header("00 00 00 00")},
         Wait{"systemLogFileMake_log_written", kSystemLog, holder_writes, systemLogFileMake,
              kSystemLog, system_header("00 00 00 00") + kHole + kSecondRecord},
-        Wait{"userLog_put_marker", kMarker, {}, user_log_put, kMarker, hex("01")},
+        Wait{"userLog_put_marker", kFlashSave, {}, user_log_put, kFlashSave, hex("01")},
         Wait{"userLog_put_log", kUserLog, [] { put(kUserLog, user_header("01 00 00 00")); },
              user_log_put, kUserLog, user_header("02 00 01 00") + user_record()}),
     [](const auto& each) { return each.param.name; });

@@ -3,7 +3,7 @@
 
 #include <optional>
 
-#include "log/log_image.h"
+#include "log/log_bytes.h"
 
 // One failing call: what the routine returns, prints, and leaves as working file (nothing: none).
 struct Failure {
@@ -28,9 +28,9 @@ inline void sweep_expect(Board& board, const std::function<void()>& prepare,
             EXPECT_EQ(text, row.call);
             EXPECT_EQ(result, row.result);
             EXPECT_EQ(board.console, row.console);
-            ASSERT_EQ(board.file_exists(kWorkingFile), row.file.has_value());
+            ASSERT_EQ(board.file_exists(kSystemLog), row.file.has_value());
             if (row.file) {
-                EXPECT_EQ(board.file_get(kWorkingFile), *row.file);
+                EXPECT_EQ(board.file_get(kSystemLog), *row.file);
             }
             if (row.result < 0 && text.rfind("puts ", 0) != 0) {
                 size_t at = call + 1;

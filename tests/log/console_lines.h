@@ -1,5 +1,9 @@
-// What the boot restore prints.
+// What the boot restore and the routines below it print.
 #pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
 
 constexpr const char* kBegin = "maintlogfile --> FROM Read Sart!!\n";
 constexpr const char* kEnd = "maintlogfile --> FROM Read End!!\n";
@@ -23,3 +27,30 @@ constexpr const char* kErasedUnlogged = "zev_maintlog_init : 006 : syslog init\n
                                         "systemLog_put : 002 : /conf/system.log file open error\n";
 constexpr const char* kRefusedUnlogged = "zev_maintlog_init : 007 : systemlog init\n"
                                          "systemLog_put : 002 : /conf/system.log file open error\n";
+
+// The working file has no complete header; 002 follows.
+constexpr const char* kShortHeader =
+    "zev_maintlog_head_read : 003 : /conf/system.log file header write error\n";
+
+// What the rebuild prints of the sample image.
+constexpr const char* kSampleHeaderLines = "head.seq_num  : 7\n"
+                                           "head.number   : 3\n"
+                                           "head.location : 5\n"
+                                           "head.version  : 1\n"
+                                           "head.checksum : 51917\n";
+constexpr const char* kSampleChecksumLines = "FROM header   checksum : 51917\n"
+                                             "FROM sytemlog checksum : 51917\n";
+
+// The log writer's own message when there is no working file to append to, and when it has no
+// complete header.
+constexpr const char* kLogAbsent = "systemLog_put : 002 : /conf/system.log file open error\n";
+constexpr const char* kLogEmpty = "systemLog_put : 004 : /conf/system.log file header read error\n";
+inline const std::string kSampleListing = kSampleHeaderLines + std::string(kSampleChecksumLines);
+
+// What is printed when one of the lines cannot be.
+inline std::string console_without(const std::string& line, std::string console)
+{
+    const size_t at = console.find(line);
+    EXPECT_NE(at, std::string::npos) << line;
+    return console.erase(at, line.size());
+}
