@@ -187,6 +187,11 @@ void Board::locked(int descriptor)
     locked_[descriptor] = getpid();
 }
 
+void Board::unlocked(int descriptor)
+{
+    locked_.erase(descriptor);
+}
+
 bool Board::waits_for_itself(int descriptor) const
 {
     return std::any_of(locked_.begin(), locked_.end(), [&](const auto& lock) {

@@ -72,7 +72,9 @@ class Board
     void restart();
 
     // Makes the nth call from now fail (1: the next), or that one and all after it. A close that
-    // fails has closed all the same, as on the real system. Sleeping cannot fail.
+    // fails has closed all the same, as on the real system. A fread or fwrite that fails has moved
+    // nothing, but answers as if it had got half way: one item of 12 bytes is 0 items, 12 items of
+    // one byte are 6. Sleeping cannot fail.
     void fail_call(size_t n);
     void fail_from(size_t n);
     void fail_calls(const std::set<size_t>& calls_from_now);
@@ -93,6 +95,7 @@ class Board
     void opened(int descriptor, const std::string& path);
     void closing(int descriptor);
     void locked(int descriptor);
+    void unlocked(int descriptor);
     // Whether this very process holds a lock on the descriptor's file through another one: to wait
     // for it would be for ever. A lock taken before a fork is the other process's.
     [[nodiscard]] bool waits_for_itself(int descriptor) const;

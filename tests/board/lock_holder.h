@@ -36,5 +36,6 @@ class LockHolder
 // Waits until a child sleeps, as one that waits for a lock does: true; false: it has ended.
 bool child_sleeps(pid_t child);
 
-// Whether another process could take the exclusive flock on a file of the board at this moment.
+// Whether somebody else could take the exclusive flock on a file of the board at this moment. The
+// file must be there.
 bool lock_is_free(const Board& board, const std::string& path);

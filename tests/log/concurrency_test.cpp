@@ -100,7 +100,7 @@ time_t clock_of(unsigned writer)
 
 Bytes systemRecord_of(unsigned writer, unsigned n)
 {
-    return systemRecord_bytes("2006/03/01 09:05:0" + std::to_string(writer), text_of(writer, n));
+    return record_line(text_of(writer, n), "2006/03/01 09:05:0" + std::to_string(writer));
 }
 
 UserLogRecord user_record(unsigned writer, unsigned n)
@@ -253,34 +253,13 @@ TEST_F(Concurrency, MessagesAndEventsMixed)
     expect_newest(
         system.substr(12), 100, 2 * kWriters * kRounds,
         [](unsigned writer, unsigned n) {
-            return n % 2 == 0
-                       ? systemRecord_of(writer, n / 2)
-                       : systemRecord_bytes("2006/03/01 09:05:0" + std::to_string(writer),
-                                            "userLog_put : 004 : invalid code(= " +
-                                                std::to_string(1000 * (writer + 1) + n / 2) + ")");
+            return n % 2 == 0 ? systemRecord_of(writer, n / 2)
+                              : record_line("userLog_put : 004 : invalid code(= " +
+                                                std::to_string(1000 * (writer + 1) + n / 2) + ")",
+                                            "2006/03/01 09:05:0" + std::to_string(writer));
         },
         2 * kRounds);
     EXPECT_EQ(board.file_get(kFlashSave), hex("01"));
-}
-
-// A reader that takes the lock never sees a header between two appends.
-TEST_F(Concurrency, ReaderSeesOnlyWholeHeaders)
-{
-    board.file_put(kSystemLog, systemHeader_bytes(0, 0));
-    run_together([&](unsigned writer) {
-        bool good = true;
-        for (unsigned n = 0; n < 100; ++n) {
-            if (writer > 0) {
-                good = systemLog_put("x") == 0 && good;
-                continue;
-            }
-            SystemLogHeader header{};
-            good = zev_maintlog_head_read(&header) == 0 &&
-                   bytes_of(header) == systemHeader_bytes(header.location, header.location) && good;
-        }
-        return good;
-    });
-    EXPECT_EQ(board.file_get(kSystemLog).substr(0, 12), systemHeader_bytes(700, 700));
 }
 
 } // namespace

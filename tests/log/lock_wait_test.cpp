@@ -1,19 +1,19 @@
 // The log routines wait for whoever holds the lock on their file, and work on what they then find.
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
 #include <functional>
 #include <ostream>
 
 #include "board/board_test.h"
 #include "board/lock_holder.h"
+#include "log/log_bytes.h"
 #include "maint/system_log.h"
 #include "maint/user_log.h"
 
 namespace
 {
-
-constexpr const char* kSystemLog = "/conf/system.log";
-constexpr const char* kFlashImage = "/dev/mtd_systemlog";
-constexpr const char* kUserLog = "/conf/user.log";
-constexpr const char* kMarker = "/tmp/flashsave";
 
 Bytes system_header(const char* number_and_location)
 {
@@ -28,12 +28,6 @@ Bytes user_header(const char* number_and_location)
 int32_t system_log_put()
 {
     return systemLog_put("waited");
-}
-
-// "2006/03/01 09:05:07 waited", with the text padded to 79 bytes.
-Bytes waited_record()
-{
-    return "2006/03/01 09:05:07 waited" + Bytes(73, ' ') + "\n";
 }
 
 int32_t report_to_log()
@@ -110,19 +104,31 @@ void put(const char* path, const Bytes& content)
     Board::current().file_put(path, content);
 }
 
-const Bytes kFreshLog = hex("00 00 00 00 00 00 00 00 01 00 00 00");
+// Creation and rebuild truncate the file when they open it, before they have the lock. A writer
+// that has it goes on at its place in what is now an empty file: here with the second record and
+// the header over it.
+const Bytes kHole(100, '\0');
+const Bytes kSecondRecord = record_line("in the middle");
+
+void holder_writes()
+{
+    put(kSystemLog, system_header("02 00 02 00") + kHole + kSecondRecord);
+}
 
 INSTANTIATE_TEST_SUITE_P(
     EachLock, LockWait,
     testing::Values(
         Wait{"systemLog_put", kSystemLog, [] { put(kSystemLog, system_header("01 00 00 00")); },
-             system_log_put, kSystemLog, system_header("02 00 01 00") + waited_record()},
+             system_log_put, kSystemLog, system_header("02 00 01 00") + record_line("waited")},
         Wait{"report_message", kSystemLog, [] { put(kSystemLog, system_header("01 00 00 00")); },
-             report_to_log, kSystemLog, system_header("02 00 01 00") + waited_record()},
+             report_to_log, kSystemLog, system_header("02 00 01 00") + record_line("waited")},
         Wait{"zev_maintlog_head_read", kSystemLog,
              [] { put(kSystemLog, system_header("07 00 08 00")); }, working_header_read, kSystemLog,
              system_header("07 00 08 00")},
-        Wait{"systemLogFileInit", kSystemLog, {}, systemLogFileInit, kSystemLog, kFreshLog},
+        Wait{"systemLogFileInit", kSystemLog, {}, systemLogFileInit, kSystemLog, fresh_log()},
+        // The header is replaced; what the other process wrote behind it stays, uncounted.
+        Wait{"systemLogFileInit_written", kSystemLog, holder_writes, systemLogFileInit, kSystemLog,
+             fresh_log() + kHole + kSecondRecord},
         Wait{"systemLogFileMake_image", kFlashImage,
              [] { put(kFlashImage, system_header("00 00 09 00")); }, systemLogFileMake, kSystemLog,
              system_header("00 00 09 00")},
@@ -132,10 +138,50 @@ INSTANTIATE_TEST_SUITE_P(
              systemLogFileMake,
              kSystemLog,
              system_header("00 00 00 00")},
-        Wait{"userLog_put_marker", kMarker, {}, user_log_put, kMarker, hex("01")},
+        Wait{"systemLogFileMake_log_written", kSystemLog, holder_writes, systemLogFileMake,
+             kSystemLog, system_header("00 00 00 00") + kHole + kSecondRecord},
+        Wait{"userLog_put_marker", kFlashSave, {}, user_log_put, kFlashSave, hex("01")},
         Wait{"userLog_put_log", kUserLog, [] { put(kUserLog, user_header("01 00 00 00")); },
              user_log_put, kUserLog, user_header("02 00 01 00") + user_record()}),
     [](const auto& each) { return each.param.name; });
+
+using LockWaitRebuild = LogFiles;
+
+// The image goes over what the other process wrote as far as the image reaches: its one record
+// (zeros, whose checksum is all ones) fills the first slot, the second one stays, uncounted.
+TEST_F(LockWaitRebuild, LeavesWhatLiesBehindTheImage)
+{
+    const Bytes image = hex("07 00 00 00 01 00 01 00 01 00 FF FF") + Bytes(100, '\0');
+    board.file_put(kFlashImage, image);
+    LockHolder holder(board, kSystemLog);
+    holder.release_when_awaited(
+        [] { put(kSystemLog, system_header("02 00 02 00") + kSecondRecord + kSecondRecord); });
+    EXPECT_EQ(systemLogFileMake(), 0);
+    EXPECT_TRUE(holder.released());
+    EXPECT_EQ(board.file_get(kSystemLog), image + kSecondRecord);
+}
+
+using LockWaitReader = LogFiles;
+
+// A header that another process has half written when the reader comes is read whole.
+TEST_F(LockWaitReader, SeesNoHalfWrittenHeader)
+{
+    const Bytes header = hex("AA AA AA AA 07 00 08 00 09 00 BB BB");
+    const int log = open(board.host(kSystemLog).c_str(), O_WRONLY);
+    ASSERT_GE(log, 0);
+    ASSERT_EQ(flock(log, LOCK_EX), 0);
+    EXPECT_EQ(pwrite(log, header.data(), 6, 0), 6);
+    const pid_t reader = child_start([&] {
+        alarm(30); // one that waits for ever fails the test and is gone
+        SystemLogHeader seen{};
+        return zev_maintlog_head_read(&seen) == 0 && bytes_of(seen) == header ? 0 : 1;
+    });
+    EXPECT_TRUE(child_sleeps(reader)) << "has read without waiting";
+    EXPECT_EQ(pwrite(log, header.data() + 6, 6, 6), 6);
+    EXPECT_EQ(flock(log, LOCK_UN), 0); // to close is not enough: the child has it open, too
+    EXPECT_EQ(close(log), 0);
+    EXPECT_EQ(child_wait(reader), 0) << "what it saw was another header";
+}
 
 using LockNoWait = LogFiles;
 

@@ -1,37 +1,145 @@
-// The bytes of the two logs and the calls of an append, as the tests of the writers expect them.
+// The bytes of the two logs, and the calls of an append, as the tests expect them: built byte by
+// byte, without the product's own records and checksum.
 #pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
 
 #include "board/board_test.h"
 
 constexpr const char* kSystemLog = "/conf/system.log";
+constexpr const char* kFlashImage = "/dev/mtd_systemlog";
 constexpr const char* kUserLog = "/conf/user.log";
 constexpr const char* kFlashSave = "/tmp/flashsave";
 
 // What the board's clock says unless a test sets it.
 constexpr const char* kStamp = "2006/03/01 09:05:07";
 
-inline Bytes word_bytes(unsigned value)
+constexpr size_t kHeaderSize = 12;
+constexpr size_t kRecordSize = 100;
+
+// The fields in the order of the file.
+struct HeaderFields {
+    uint32_t seq_num;
+    uint16_t number;
+    uint16_t location;
+    uint16_t version;
+    uint16_t checksum;
+};
+
+inline Bytes littleEndian_put(uint32_t value, int width)
 {
-    return {static_cast<char>(value & 0xFFU), static_cast<char>(value >> 8 & 0xFFU)};
+    Bytes bytes;
+    for (int at = 0; at < width; ++at) {
+        bytes += static_cast<char>((value >> (8 * at)) & 0xFFU);
+    }
+    return bytes;
+}
+
+inline Bytes header_bytes(const HeaderFields& fields)
+{
+    return littleEndian_put(fields.seq_num, 4) + littleEndian_put(fields.number, 2) +
+           littleEndian_put(fields.location, 2) + littleEndian_put(fields.version, 2) +
+           littleEndian_put(fields.checksum, 2);
+}
+
+inline uint32_t littleEndian_get(const Bytes& bytes, size_t at, int width)
+{
+    uint32_t value = 0;
+    for (int byte = width - 1; byte >= 0; --byte) {
+        value = value << 8 | static_cast<uint8_t>(bytes.at(at + static_cast<size_t>(byte)));
+    }
+    return value;
+}
+
+// The first 12 bytes of a file.
+inline HeaderFields header_get(const Bytes& file)
+{
+    return {littleEndian_get(file, 0, 4), static_cast<uint16_t>(littleEndian_get(file, 4, 2)),
+            static_cast<uint16_t>(littleEndian_get(file, 6, 2)),
+            static_cast<uint16_t>(littleEndian_get(file, 8, 2)),
+            static_cast<uint16_t>(littleEndian_get(file, 10, 2))};
+}
+
+// An empty log.
+inline Bytes fresh_log()
+{
+    return hex("00 00 00 00 00 00 00 00 01 00 00 00");
+}
+
+// A record of the system log: 19 bytes of time stamp, a blank, 79 of message, a newline.
+inline Bytes record_line(std::string message, const std::string& stamp = kStamp)
+{
+    message.resize(79, ' ');
+    return stamp + " " + message + "\n";
+}
+
+// `count` records that all differ.
+inline Bytes records_make(size_t count, const std::string& message = "record")
+{
+    Bytes records;
+    for (size_t record = 0; record < count; ++record) {
+        records += record_line(message + " " + std::to_string(record));
+    }
+    return records;
+}
+
+// What the header field `checksum` must be for these records: the ones' complement sum of the
+// big-endian words with the carry taken round at each addition, complemented. (The product adds
+// little-endian words, folds once at the end and exchanges the bytes: the same value.)
+inline uint16_t checksum_model(const Bytes& records)
+{
+    uint32_t sum = 0;
+    for (size_t at = 0; at + 1 < records.size(); at += 2) {
+        sum += 256U * static_cast<uint8_t>(records[at]) + static_cast<uint8_t>(records[at + 1]);
+        if (sum > 0xFFFFU) {
+            sum -= 0xFFFFU;
+        }
+    }
+    return static_cast<uint16_t>(0xFFFFU - sum);
+}
+
+// A whole image with a checksum that is right.
+inline Bytes image_make(HeaderFields fields, const Bytes& records)
+{
+    fields.checksum = checksum_model(records);
+    return header_bytes(fields) + records;
+}
+
+// An image whose checksum one can follow by hand. 3 records of zeros with two words in them:
+// 0x1234 at the very beginning, 0x2001 at the very end. Sum 0x3235, complement 0xCDCA, stored high
+// byte first; the field reads 0xCACD = 51917. `location` differs from `number` so that no test
+// takes one for the other.
+inline Bytes sample_records()
+{
+    Bytes records(3 * kRecordSize, '\0');
+    records.replace(0, 2, hex("34 12"));
+    records.replace(298, 2, hex("01 20"));
+    return records;
+}
+
+inline Bytes sample_header()
+{
+    return hex("07 00 00 00 03 00 05 00 01 00 CD CA");
+}
+
+inline Bytes sample_image()
+{
+    return sample_header() + sample_records();
 }
 
 // Sequence number, version and checksum are such that a lost or moved byte shows.
 inline Bytes systemHeader_bytes(unsigned number, unsigned location)
 {
-    return hex("EF BE AD DE") + word_bytes(number) + word_bytes(location) + hex("07 00 5A A5");
+    return hex("EF BE AD DE") + littleEndian_put(number, 2) + littleEndian_put(location, 2) +
+           hex("07 00 5A A5");
 }
 
 inline Bytes userHeader_bytes(unsigned number, unsigned location)
 {
-    return hex("A1 A2 A3 A4") + word_bytes(number) + word_bytes(location) +
+    return hex("A1 A2 A3 A4") + littleEndian_put(number, 2) + littleEndian_put(location, 2) +
            hex("B1 B2 B3 B4 B5 B6 B7 B8");
-}
-
-inline Bytes systemRecord_bytes(const std::string& stamp, const std::string& text)
-{
-    Bytes message = text.substr(0, 79);
-    message.resize(79, ' ');
-    return stamp + " " + message + "\n";
 }
 
 // The bytes of the hex pairs, with so many of the filler before and after them.
@@ -59,6 +167,3 @@ inline Trace operator+(Trace left, const Trace& right)
     left.insert(left.end(), right.begin(), right.end());
     return left;
 }
-
-// Whether the file can be locked by somebody else at this moment.
-bool lock_isFree(const Board& board, const std::string& path);

@@ -6,7 +6,7 @@
 #include <climits>
 #include <random>
 
-#include "log/log_image.h"
+#include "log/log_bytes.h"
 
 namespace
 {

@@ -51,9 +51,8 @@ TEST_F(Report, MaskChoosesConsoleAndLog)
         }
         EXPECT_EQ(board.calls, expected);
         EXPECT_EQ(board.console, row.console ? "door open\n" : "");
-        EXPECT_EQ(log(), row.log
-                             ? systemHeader_bytes(1, 1) + systemRecord_bytes(kStamp, "door open")
-                             : systemHeader_bytes(0, 0));
+        EXPECT_EQ(log(), row.log ? systemHeader_bytes(1, 1) + record_line("door open")
+                                 : systemHeader_bytes(0, 0));
     }
 }
 
@@ -62,14 +61,14 @@ TEST_F(Report, ConsoleShowsAllTheTextAndTheLogItsFirst79Bytes)
     const std::string text = "%s %n 100% " + std::string(4990, 'z') + "\xFF";
     report_message(LOG_SINK_BOTH, text.c_str());
     EXPECT_EQ(board.console, text + "\n");
-    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + systemRecord_bytes(kStamp, text));
+    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + record_line(text));
 }
 
 TEST_F(Report, EmptyTextIsALineAndARecord)
 {
     report_message(LOG_SINK_BOTH, "");
     EXPECT_EQ(board.console, "\n");
-    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + systemRecord_bytes(kStamp, ""));
+    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + record_line(""));
 }
 
 TEST_F(Report, LogGetsTheMessageWhenTheConsoleFails)
@@ -77,7 +76,7 @@ TEST_F(Report, LogGetsTheMessageWhenTheConsoleFails)
     board.fail_call(1);
     report_message(LOG_SINK_BOTH, "x");
     EXPECT_EQ(board.calls, Trace{"puts x -> failed"} + systemAppend_trace(12));
-    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + systemRecord_bytes(kStamp, "x"));
+    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + record_line("x"));
 }
 
 TEST_F(Report, FailingLogIsReportedOnceOnTheConsoleOnly)
@@ -99,14 +98,14 @@ TEST_F(Report, FormattedMessageGoesToTheSinksOfItsMask)
     board.restart();
     report_format(LOG_SINK_BOTH, "%d%%", 65535);
     EXPECT_EQ(board.calls, Trace{"puts 65535%"} + systemAppend_trace(12));
-    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + systemRecord_bytes(kStamp, "65535%"));
+    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + record_line("65535%"));
 }
 
 TEST_F(Report, ValueInAMessageIsNotAFormat)
 {
     report_format(LOG_SINK_BOTH, "name %s", "%s%n%d");
     EXPECT_EQ(board.console, "name %s%n%d\n");
-    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + systemRecord_bytes(kStamp, "name %s%n%d"));
+    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + record_line("name %s%n%d"));
 }
 
 TEST_F(Report, FormattedMessageHasRoomForTheLongestPath)

@@ -1,5 +1,6 @@
 // Reading the headers of flash image and working file, creating the empty working file.
-#include "log/log_image.h"
+#include "log/console_lines.h"
+#include "log/log_bytes.h"
 #include "log/log_sweep.h"
 #include "maint/system_log.h"
 
@@ -42,7 +43,7 @@ TEST_F(ReadFlashHeader, ReadsTwelveBytesWithoutALock)
     EXPECT_EQ(board.calls, (Trace{"open /dev/mtd_systemlog O_RDONLY", "read /dev/mtd_systemlog 12",
                                   "close /dev/mtd_systemlog"}));
     EXPECT_EQ(board.console, "");
-    EXPECT_FALSE(board.file_exists(kWorkingFile));
+    EXPECT_FALSE(board.file_exists(kSystemLog));
 }
 
 TEST_F(ReadFlashHeader, ReportsAMissingImage)
@@ -76,7 +77,7 @@ TEST_F(ReadFlashHeader, RefusesEveryShortImageClosingItFirst)
 
 TEST_F(ReadFlashHeader, ReportsToTheSystemLogAsWell)
 {
-    board.file_put(kWorkingFile, fresh_log());
+    board.file_put(kSystemLog, fresh_log());
     EXPECT_EQ(flashHeader_read(), -1);
     board.file_put(kFlashImage, "short");
     EXPECT_EQ(flashHeader_read(), -1);
@@ -84,13 +85,13 @@ TEST_F(ReadFlashHeader, ReportsToTheSystemLogAsWell)
               "read_systemlog_header : 001 : /dev/mtd_systemlog file open error\n"
               "read_systemlog_header : 002 : /dev/mtd_systemlog file header read error\n");
     EXPECT_EQ(
-        board.file_get(kWorkingFile),
+        board.file_get(kSystemLog),
         hex("00 00 00 00 02 00 02 00 01 00 00 00") +
             record_line("read_systemlog_header : 001 : /dev/mtd_systemlog file open error") +
             record_line("read_systemlog_header : 002 : /dev/mtd_systemlog file header read error"));
 }
 
-TEST_F(ReadFlashHeader, AnswersEachFailingCallAsDocumented)
+TEST_F(ReadFlashHeader, EachFailingCallHasItsResultMessageAndEffect)
 {
     sweep_expect(
         board, [this] { board.file_put(kFlashImage, sample_image()); }, flashHeader_read,
@@ -114,14 +115,14 @@ int32_t workingHeader_read()
 TEST_F(ReadWorkingHeader, ReadsTwelveBytesUnderAnExclusiveLock)
 {
     const Bytes log = hex(kTellingHeader) + records_make(1);
-    board.file_put(kWorkingFile, log);
+    board.file_put(kSystemLog, log);
     SystemLogHeader header{};
     ASSERT_EQ(zev_maintlog_head_read(&header), 0);
     tellingHeader_expect(header);
     EXPECT_EQ(board.calls, (Trace{"fopen /conf/system.log rb", "flock /conf/system.log LOCK_EX",
                                   "fread /conf/system.log 12", "fclose /conf/system.log"}));
     EXPECT_EQ(board.console, "");
-    EXPECT_EQ(board.file_get(kWorkingFile), log);
+    EXPECT_EQ(board.file_get(kSystemLog), log);
 }
 
 TEST_F(ReadWorkingHeader, ReportsAMissingFileOnTheConsoleAlone)
@@ -130,7 +131,7 @@ TEST_F(ReadWorkingHeader, ReportsAMissingFileOnTheConsoleAlone)
     EXPECT_EQ(board.calls,
               (Trace{"fopen /conf/system.log rb",
                      "puts zev_maintlog_head_read : 001 : /conf/system.log file open error"}));
-    EXPECT_FALSE(board.file_exists(kWorkingFile));
+    EXPECT_FALSE(board.file_exists(kSystemLog));
 }
 
 TEST_F(ReadWorkingHeader, RefusesEveryShortFileClosingItFirst)
@@ -139,23 +140,23 @@ TEST_F(ReadWorkingHeader, RefusesEveryShortFileClosingItFirst)
         "puts zev_maintlog_head_read : 003 : /conf/system.log file header write error";
     for (size_t length = 0; length < kHeaderSize; ++length) {
         SCOPED_TRACE(length);
-        board.file_put(kWorkingFile, hex(kTellingHeader).substr(0, length));
+        board.file_put(kSystemLog, hex(kTellingHeader).substr(0, length));
         board.restart();
         EXPECT_EQ(workingHeader_read(), -1);
         EXPECT_EQ(board.calls,
                   (Trace{"fopen /conf/system.log rb", "flock /conf/system.log LOCK_EX",
                          "fread /conf/system.log 12", "fclose /conf/system.log", report}));
-        EXPECT_EQ(board.file_get(kWorkingFile), hex(kTellingHeader).substr(0, length));
+        EXPECT_EQ(board.file_get(kSystemLog), hex(kTellingHeader).substr(0, length));
     }
-    board.file_put(kWorkingFile, hex(kTellingHeader));
+    board.file_put(kSystemLog, hex(kTellingHeader));
     EXPECT_EQ(workingHeader_read(), 0) << "exactly 12 bytes";
 }
 
 // Mask 1: the file is there and could take the message, but does not get it.
-TEST_F(ReadWorkingHeader, AnswersEachFailingCallAsDocumented)
+TEST_F(ReadWorkingHeader, EachFailingCallHasItsResultMessageAndEffect)
 {
     sweep_expect(
-        board, [this] { board.file_put(kWorkingFile, fresh_log()); }, workingHeader_read,
+        board, [this] { board.file_put(kSystemLog, fresh_log()); }, workingHeader_read,
         {{"fopen /conf/system.log rb", -1,
           "zev_maintlog_head_read : 001 : /conf/system.log file open error\n", fresh_log()},
          {"flock /conf/system.log LOCK_EX", -1,
@@ -170,7 +171,7 @@ TEST_F(ReadWorkingHeader, AnswersEachFailingCallAsDocumented)
 TEST_F(FileInit, CreatesTheEmptyLogUnderAnExclusiveLock)
 {
     ASSERT_EQ(systemLogFileInit(), 0);
-    EXPECT_EQ(board.file_get(kWorkingFile), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
+    EXPECT_EQ(board.file_get(kSystemLog), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
     EXPECT_EQ(board.calls, (Trace{"fopen /conf/system.log w+b", "flock /conf/system.log LOCK_EX",
                                   "fwrite /conf/system.log 12", "fclose /conf/system.log"}));
     EXPECT_EQ(board.console, "");
@@ -178,15 +179,15 @@ TEST_F(FileInit, CreatesTheEmptyLogUnderAnExclusiveLock)
 
 TEST_F(FileInit, EmptiesALogThatIsThere)
 {
-    board.file_put(kWorkingFile, sample_image());
+    board.file_put(kSystemLog, sample_image());
     ASSERT_EQ(systemLogFileInit(), 0);
-    EXPECT_EQ(board.file_get(kWorkingFile), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
+    EXPECT_EQ(board.file_get(kSystemLog), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
 }
 
-TEST_F(FileInit, AnswersEachFailingCallAsDocumented)
+TEST_F(FileInit, EachFailingCallHasItsResultMessageAndEffect)
 {
     sweep_expect(
-        board, [this] { board.file_remove(kWorkingFile); }, systemLogFileInit,
+        board, [this] { board.file_remove(kSystemLog); }, systemLogFileInit,
         {{"fopen /conf/system.log w+b", -1,
           "systemLogFileInit : 001 : /conf/system.log file open error\n"s + kLogAbsent,
           std::nullopt},
@@ -199,11 +200,11 @@ TEST_F(FileInit, AnswersEachFailingCallAsDocumented)
 
 TEST_F(FileInit, ReportsAFailedOpenToALogThatIsThere)
 {
-    board.file_put(kWorkingFile, fresh_log());
+    board.file_put(kSystemLog, fresh_log());
     board.fail_call(1);
     EXPECT_EQ(systemLogFileInit(), -1);
     EXPECT_EQ(board.console, "systemLogFileInit : 001 : /conf/system.log file open error\n");
-    EXPECT_EQ(board.file_get(kWorkingFile),
+    EXPECT_EQ(board.file_get(kSystemLog),
               hex("00 00 00 00 01 00 01 00 01 00 00 00") +
                   record_line("systemLogFileInit : 001 : /conf/system.log file open error"));
 }
@@ -224,7 +225,7 @@ TEST_F(EveryRoutine, GivesUpCleanlyWhenCallsFailForGood)
         for (size_t failing = 1; failing <= calls; ++failing) {
             SCOPED_TRACE(failing);
             board.file_put(kFlashImage, sample_image());
-            board.file_put(kWorkingFile, sample_image());
+            board.file_put(kSystemLog, sample_image());
             board.restart();
             ASSERT_EQ(routine(), 0);
             calls = board.calls.size();

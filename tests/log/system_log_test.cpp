@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "board/lock_holder.h"
 #include "log/log_bytes.h"
 #include "maint/system_log.h"
 
@@ -64,7 +65,7 @@ TEST_F(SystemLog, EveryByteOfAMessageIsKept)
         for (unsigned byte = first; byte < first + 79 && byte < 256; ++byte) {
             text += static_cast<char>(byte);
         }
-        EXPECT_EQ(record_of(text.c_str()), systemRecord_bytes(kStamp, text));
+        EXPECT_EQ(record_of(text.c_str()), record_line(text));
     }
 }
 
@@ -77,12 +78,12 @@ TEST_F(SystemLog, MultiByteCharactersAreCutByTheByte)
 TEST_F(SystemLog, PercentSignsAreText)
 {
     const char* text = "100% %s %n %d %% %-79s %1000000d %";
-    EXPECT_EQ(record_of(text), systemRecord_bytes(kStamp, text));
+    EXPECT_EQ(record_of(text), record_line(text));
 }
 
 TEST_F(SystemLog, NewlineInAMessageStays)
 {
-    EXPECT_EQ(record_of("one\ntwo\n"), systemRecord_bytes(kStamp, "one\ntwo\n"));
+    EXPECT_EQ(record_of("one\ntwo\n"), record_line("one\ntwo\n"));
 }
 
 // Time -----------------------------------------------------------------------------------------
@@ -115,7 +116,7 @@ TEST_F(SystemLog, StampIsLocalTime)
         SCOPED_TRACE(std::string(row.zone) + " " + std::to_string(row.now));
         setenv("TZ", row.zone, 1);
         board.now = static_cast<time_t>(row.now);
-        EXPECT_EQ(record_of("x"), systemRecord_bytes(row.stamp, "x"));
+        EXPECT_EQ(record_of("x"), record_line("x", row.stamp));
     }
 }
 
@@ -125,11 +126,11 @@ TEST_F(SystemLog, YearOfFiveDigitsKeepsTheRecordAt100Bytes)
         GTEST_SKIP() << "this clock does not reach the year 10000";
     }
     board.now = static_cast<time_t>(INT64_C(253402300799));
-    EXPECT_EQ(record_of("last"), systemRecord_bytes("9999/12/31 23:59:59", "last"));
+    EXPECT_EQ(record_of("last"), record_line("last", "9999/12/31 23:59:59"));
     for (const int64_t now : {INT64_C(253402300800), INT64_C(10000000000000), INT64_MAX}) {
         SCOPED_TRACE(now);
         board.now = static_cast<time_t>(now);
-        EXPECT_EQ(record_of("far"), systemRecord_bytes("*******************", "far"));
+        EXPECT_EQ(record_of("far"), record_line("far", "*******************"));
     }
 }
 
@@ -153,8 +154,7 @@ TEST_F(SystemLog, AppendIsOneLockedReadModifyWrite)
     ASSERT_EQ(systemLog_put("x"), 0);
     EXPECT_EQ(board.calls, systemAppend_trace(212));
     EXPECT_EQ(board.console, "");
-    EXPECT_EQ(log(),
-              systemHeader_bytes(3, 3) + std::string(200, 'r') + systemRecord_bytes(kStamp, "x"));
+    EXPECT_EQ(log(), systemHeader_bytes(3, 3) + std::string(200, 'r') + record_line("x"));
 }
 
 TEST_F(SystemLog, SlotAndHeaderFollowNumberAndLocation)
@@ -196,7 +196,7 @@ TEST_F(SystemLog, SlotAndHeaderFollowNumberAndLocation)
         EXPECT_EQ(board.calls, systemAppend_trace(static_cast<long>(row.offset)));
         Bytes expected = systemHeader_bytes(row.new_number, row.new_location) + slots;
         expected.resize(std::max(expected.size(), row.offset + 100), '\0');
-        expected.replace(row.offset, 100, systemRecord_bytes(kStamp, "here"));
+        expected.replace(row.offset, 100, record_line("here"));
         EXPECT_TRUE(log() == expected);
     }
 }
@@ -221,13 +221,13 @@ TEST_F(SystemLog, RingFillsThenWrapsEveryThousandRecords)
         ASSERT_EQ(systemLog_put(text.c_str()), 0);
         const unsigned slot = (count - 1) % 1000;
         expected.replace(0, 12, systemHeader_bytes(count < 1000 ? count : 1000, slot + 1));
-        expected.replace(12 + 100 * slot, 100, systemRecord_bytes(kStamp, text));
+        expected.replace(12 + 100 * slot, 100, record_line(text));
         ASSERT_TRUE(log() == expected) << "after record " << count;
     }
     EXPECT_EQ(log().size(), 100012U);
     EXPECT_EQ(log().substr(0, 12), systemHeader_bytes(1000, 345));
-    EXPECT_EQ(log().substr(34512, 100), systemRecord_bytes(kStamp, "record 1346")) << "the oldest";
-    EXPECT_EQ(log().substr(34412, 100), systemRecord_bytes(kStamp, "record 2345")) << "the newest";
+    EXPECT_EQ(log().substr(34512, 100), record_line("record 1346")) << "the oldest";
+    EXPECT_EQ(log().substr(34412, 100), record_line("record 2345")) << "the newest";
 }
 
 // Failures -------------------------------------------------------------------------------------
@@ -259,7 +259,7 @@ TEST_F(SystemLog, EachFailingCallHasItsResultMessageAndEffect)
     const Bytes old_header = systemHeader_bytes(2, 2);
     const Bytes new_header = systemHeader_bytes(3, 3);
     const Bytes old_slots(200, 'r');
-    const Bytes record = systemRecord_bytes(kStamp, "x");
+    const Bytes record = record_line("x");
     const Trace good = systemAppend_trace(212);
     const std::string close = "fclose /conf/system.log";
     struct Row {
@@ -373,9 +373,9 @@ TEST_F(SystemLog, AppendAfterAStaleHeaderTakesTheSameSlot)
 {
     board.fail_call(8);
     ASSERT_EQ(systemLog_put("first"), 0);
-    EXPECT_EQ(log(), systemHeader_bytes(0, 0) + systemRecord_bytes(kStamp, "first"));
+    EXPECT_EQ(log(), systemHeader_bytes(0, 0) + record_line("first"));
     ASSERT_EQ(systemLog_put("second"), 0);
-    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + systemRecord_bytes(kStamp, "second"));
+    EXPECT_EQ(log(), systemHeader_bytes(1, 1) + record_line("second"));
 }
 
 // Lock -----------------------------------------------------------------------------------------
@@ -385,13 +385,13 @@ TEST_F(SystemLog, LockIsHeldFromTheReadToTheClose)
     Trace free;
     Trace held;
     board.before_call = [&](const std::string& call) {
-        (lock_isFree(board, kSystemLog) ? free : held).push_back(call);
+        (lock_is_free(board, kSystemLog) ? free : held).push_back(call);
     };
     ASSERT_EQ(systemLog_put("x"), 0);
     const Trace good = systemAppend_trace(12);
     EXPECT_EQ(free, Trace(good.begin(), good.begin() + 3));
     EXPECT_EQ(held, Trace(good.begin() + 3, good.end()));
-    EXPECT_TRUE(lock_isFree(board, kSystemLog));
+    EXPECT_TRUE(lock_is_free(board, kSystemLog));
 }
 
 TEST_F(SystemLog, LockIsFreeAgainWhenAFailureIsReported)
@@ -399,7 +399,7 @@ TEST_F(SystemLog, LockIsFreeAgainWhenAFailureIsReported)
     int reports = 0;
     board.before_call = [&](const std::string& call) {
         if (call.rfind("puts ", 0) == 0) {
-            EXPECT_TRUE(lock_isFree(board, kSystemLog)) << call;
+            EXPECT_TRUE(lock_is_free(board, kSystemLog)) << call;
             ++reports;
         }
     };

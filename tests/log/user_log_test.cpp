@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "board/lock_holder.h"
 #include "log/log_bytes.h"
 
 namespace
@@ -52,7 +53,7 @@ class UserLog : public BoardTest
     static Bytes systemLog_with(const char* message)
     {
         return message == nullptr ? systemHeader_bytes(0, 0)
-                                  : systemHeader_bytes(1, 1) + systemRecord_bytes(kStamp, message);
+                                  : systemHeader_bytes(1, 1) + record_line(message);
     }
 
     // Refused with the message: marker raised, nothing else done, record untouched.
@@ -150,7 +151,7 @@ TEST_F(UserLog, CodesFrom1To300AreAccepted)
         record.code = static_cast<uint16_t>(code);
         EXPECT_EQ(userLog_put(&record), 0);
         EXPECT_EQ(board.console, "");
-        EXPECT_EQ(log().substr(56, 2), word_bytes(code));
+        EXPECT_EQ(log().substr(56, 2), littleEndian_put(code, 2));
     }
 }
 
@@ -346,7 +347,7 @@ TEST_F(UserLog, RingFillsThenWrapsEveryThousandRecords)
         ASSERT_EQ(userLog_put(&record), 0);
         const unsigned slot = (count - 1) % 1000;
         expected.replace(0, 16, userHeader_bytes(count < 1000 ? count : 1000, slot + 1));
-        expected.replace(16 + 16 * slot, 16, word_bytes(count) + hex("00 00") + kRecord.substr(4));
+        expected.replace(16 + 16 * slot, 16, littleEndian_put(count, 2) + hex("00 00") + kRecord.substr(4));
         ASSERT_TRUE(log() == expected) << "after record " << count;
     }
     EXPECT_EQ(log().size(), 16016U);
@@ -465,10 +466,10 @@ TEST_F(UserLog, EachFileIsLockedWhileItIsUsed)
     Trace marker_held;
     Trace log_held;
     board.before_call = [&](const std::string& call) {
-        if (!lock_isFree(board, kFlashSave)) {
+        if (!lock_is_free(board, kFlashSave)) {
             marker_held.push_back(call);
         }
-        if (!lock_isFree(board, kUserLog)) {
+        if (!lock_is_free(board, kUserLog)) {
             log_held.push_back(call);
         }
     };
@@ -476,8 +477,8 @@ TEST_F(UserLog, EachFileIsLockedWhileItIsUsed)
     EXPECT_EQ(marker_held, Trace(kMarkerTrace.begin() + 2, kMarkerTrace.end()));
     const Trace good = append_trace(48);
     EXPECT_EQ(log_held, Trace(good.begin() + 3, good.end()));
-    EXPECT_TRUE(lock_isFree(board, kFlashSave));
-    EXPECT_TRUE(lock_isFree(board, kUserLog));
+    EXPECT_TRUE(lock_is_free(board, kFlashSave));
+    EXPECT_TRUE(lock_is_free(board, kUserLog));
 }
 
 TEST_F(UserLog, LogIsUnlockedAgainWhenAFailureIsReported)
@@ -485,7 +486,7 @@ TEST_F(UserLog, LogIsUnlockedAgainWhenAFailureIsReported)
     int reports = 0;
     board.before_call = [&](const std::string& call) {
         if (call.rfind("puts ", 0) == 0) {
-            EXPECT_TRUE(lock_isFree(board, kUserLog)) << call;
+            EXPECT_TRUE(lock_is_free(board, kUserLog)) << call;
             ++reports;
         }
     };

@@ -6,16 +6,12 @@
 #include <gtest/gtest.h>
 
 #include "board/traced_child.h"
-#include "log/sample_log.h"
+#include "log/log_bytes.h"
 #include "maint/system_log.h"
 #include "maint/user_log.h"
 
 namespace
 {
-
-constexpr const char* kSystemLog = "/conf/system.log";
-constexpr const char* kUserLog = "/conf/user.log";
-constexpr const char* kMarker = "/tmp/flashsave";
 
 using enum Often;
 
@@ -89,39 +85,37 @@ void systemLog_sweep(Board& board, const Append& append)
         });
 }
 
-const Bytes kStamp = "2006/03/01 09:05:07";
-
 TEST_F(WriterCrash, SystemLogInAPartlyFilledRing)
 {
-    systemLog_sweep(board, {.header = sample_header(3, 3, "ab"),
-                            .header_after = sample_header(4, 4, "ab"),
-                            .header_afterNext = sample_header(5, 5, "ab"),
-                            .records = sample_lines(3, "old"),
+    systemLog_sweep(board, {.header = systemHeader_bytes(3, 3),
+                            .header_after = systemHeader_bytes(4, 4),
+                            .header_afterNext = systemHeader_bytes(5, 5),
+                            .records = records_make(3, "old"),
                             .slot = 3,
-                            .record = sample_line("killed", kStamp),
-                            .next_record = sample_line("next", kStamp)});
+                            .record = record_line("killed"),
+                            .next_record = record_line("next")});
 }
 
 TEST_F(WriterCrash, SystemLogInTheFirstSlotOfAFullRing)
 {
-    systemLog_sweep(board, {.header = sample_header(1000, 1000, "ab"),
-                            .header_after = sample_header(1000, 1, "ab"),
-                            .header_afterNext = sample_header(1000, 2, "ab"),
-                            .records = sample_lines(1000, "old"),
+    systemLog_sweep(board, {.header = systemHeader_bytes(1000, 1000),
+                            .header_after = systemHeader_bytes(1000, 1),
+                            .header_afterNext = systemHeader_bytes(1000, 2),
+                            .records = records_make(1000, "old"),
                             .slot = 0,
-                            .record = sample_line("killed", kStamp),
-                            .next_record = sample_line("next", kStamp)});
+                            .record = record_line("killed"),
+                            .next_record = record_line("next")});
 }
 
 TEST_F(WriterCrash, SystemLogInTheMiddleOfAFullRing)
 {
-    systemLog_sweep(board, {.header = sample_header(1000, 612, "ab"),
-                            .header_after = sample_header(1000, 613, "ab"),
-                            .header_afterNext = sample_header(1000, 614, "ab"),
-                            .records = sample_lines(1000, "old"),
+    systemLog_sweep(board, {.header = systemHeader_bytes(1000, 612),
+                            .header_after = systemHeader_bytes(1000, 613),
+                            .header_afterNext = systemHeader_bytes(1000, 614),
+                            .records = records_make(1000, "old"),
                             .slot = 612,
-                            .record = sample_line("killed", kStamp),
-                            .next_record = sample_line("next", kStamp)});
+                            .record = record_line("killed"),
+                            .next_record = record_line("next")});
 }
 
 // The user log. A kill in the marker's write leaves the marker without its byte, whether it was
@@ -166,40 +160,35 @@ void userLog_sweep(Board& board, const Append& append, bool raised)
         board,
         [&] {
             board.file_put(kUserLog, append.header + append.records);
-            board.file_remove(kMarker);
+            board.file_remove(kFlashSave);
             if (raised) {
-                board.file_put(kMarker, "\x01");
+                board.file_put(kFlashSave, "\x01");
             }
         },
         [] { return userRecord_put(kKilledRecord) == 0 ? 0 : 1; }, points,
         [&](const KillPoint& point) {
             const char* marker = kUserLogPoints[&point - points.data()].marker;
             if (marker != nullptr || raised) {
-                EXPECT_EQ(board.file_get(kMarker), marker != nullptr ? marker : "\x01");
+                EXPECT_EQ(board.file_get(kFlashSave), marker != nullptr ? marker : "\x01");
             } else {
-                EXPECT_FALSE(board.file_exists(kMarker));
+                EXPECT_FALSE(board.file_exists(kFlashSave));
             }
             EXPECT_TRUE(board.file_get(kUserLog) == log_in(append, point.left))
                 << "not left: " << point.left;
 
             EXPECT_EQ(userRecord_put(kNextRecord), 0);
-            EXPECT_EQ(board.file_get(kMarker), "\x01");
+            EXPECT_EQ(board.file_get(kFlashSave), "\x01");
             EXPECT_TRUE(board.file_get(kUserLog) == log_in(append, point.then))
                 << "not then: " << point.then;
         });
 }
 
-Bytes user_header(uint16_t number, uint16_t location)
-{
-    return "keep" + little_endian(number, 2) + little_endian(location, 2) + "the rest";
-}
-
 TEST_F(WriterCrash, UserLogInAPartlyFilledRing)
 {
     userLog_sweep(board,
-                  {.header = user_header(3, 3),
-                   .header_after = user_header(4, 4),
-                   .header_afterNext = user_header(5, 5),
+                  {.header = userHeader_bytes(3, 3),
+                   .header_after = userHeader_bytes(4, 4),
+                   .header_afterNext = userHeader_bytes(5, 5),
                    .records = Bytes(3 * 16L, 'o'),
                    .slot = 3,
                    .record = kKilledRecord,
@@ -210,9 +199,9 @@ TEST_F(WriterCrash, UserLogInAPartlyFilledRing)
 TEST_F(WriterCrash, UserLogInTheFirstSlotOfAFullRing)
 {
     userLog_sweep(board,
-                  {.header = user_header(1000, 1000),
-                   .header_after = user_header(1000, 1),
-                   .header_afterNext = user_header(1000, 2),
+                  {.header = userHeader_bytes(1000, 1000),
+                   .header_after = userHeader_bytes(1000, 1),
+                   .header_afterNext = userHeader_bytes(1000, 2),
                    .records = Bytes(1000 * 16L, 'o'),
                    .slot = 0,
                    .record = kKilledRecord,

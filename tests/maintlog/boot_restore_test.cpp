@@ -1,12 +1,12 @@
 // The decision at boot: keep, rebuild or recreate the working log; and the program around it.
-#include "maintlog/console_lines.h"
+#include "log/console_lines.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
 
 #include <algorithm>
 
-#include "log/log_image.h"
+#include "log/log_bytes.h"
 #include "maint/maintlog.h"
 #include "maint/system_log.h"
 
@@ -24,20 +24,18 @@ Bytes working_log()
     return hex("02 00 00 00 03 00 03 00 01 00 00 00") + records_make(3);
 }
 
-const std::string kSampleListing = kSampleHeaderLines + std::string(kSampleChecksumLines);
-
 // --- Keeping ---
 
 TEST_F(BootRestore, KeepsASaneWorkingFileUntouched)
 {
-    board.file_put(kWorkingFile, working_log());
+    board.file_put(kSystemLog, working_log());
     board.file_put(kFlashImage, sample_image());
     EXPECT_EQ(zev_maintlog_init(), 0);
     EXPECT_EQ(board.calls,
               (Trace{"stat /conf/system.log", "puts zev_maintlog_init : 001 : Warm Start!!",
                      "fopen /conf/system.log rb", "flock /conf/system.log LOCK_EX",
                      "fread /conf/system.log 12", "fclose /conf/system.log"}));
-    EXPECT_EQ(board.file_get(kWorkingFile), working_log());
+    EXPECT_EQ(board.file_get(kSystemLog), working_log());
 }
 
 TEST_F(BootRestore, LooksAtNumberAndLocationAlone)
@@ -49,11 +47,11 @@ TEST_F(BootRestore, LooksAtNumberAndLocationAlone)
                                "00 00 00 00 00 00 E8 03 01 00 00 00", // 0 and 1000
                                "FF FF FF FF 01 00 02 00 00 00 FF FF"}) {
         SCOPED_TRACE(header);
-        board.file_put(kWorkingFile, hex(header));
+        board.file_put(kSystemLog, hex(header));
         board.restart();
         EXPECT_EQ(zev_maintlog_init(), 0);
         EXPECT_EQ(board.console, kWarm);
-        EXPECT_EQ(board.file_get(kWorkingFile), hex(header));
+        EXPECT_EQ(board.file_get(kSystemLog), hex(header));
     }
 }
 
@@ -69,20 +67,20 @@ TEST_F(BootRestore, RejectsAHeaderBeyondTheRing)
                                "00 00 00 00 00 00 FF FF 01 00 00 00", // location 65535
                                "FF FF FF FF FF FF FF FF FF FF FF FF"}) {
         SCOPED_TRACE(header);
-        board.file_put(kWorkingFile, hex(header) + records_make(4));
+        board.file_put(kSystemLog, hex(header) + records_make(4));
         board.file_put(kFlashImage, sample_image());
         board.restart();
         EXPECT_EQ(zev_maintlog_init(), 0);
         EXPECT_EQ(board.console, kWarm + std::string(kNotSane) + kSampleListing);
-        EXPECT_EQ(board.file_get(kWorkingFile), sample_image());
+        EXPECT_EQ(board.file_get(kSystemLog), sample_image());
     }
 }
 
 TEST_F(BootRestore, WaitsForTheWriterThatHoldsTheLog)
 {
-    board.file_put(kWorkingFile, working_log());
+    board.file_put(kSystemLog, working_log());
     board.file_put(kFlashImage, sample_image());
-    const int log = open(board.host(kWorkingFile).c_str(), O_RDWR);
+    const int log = open(board.host(kSystemLog).c_str(), O_RDWR);
     ASSERT_GE(log, 0);
     ASSERT_EQ(flock(log, LOCK_EX), 0);
     int about_to_lock[2];
@@ -107,7 +105,7 @@ TEST_F(BootRestore, WaitsForTheWriterThatHoldsTheLog)
     EXPECT_EQ(child_wait(child), 0);
     close(log);
     close(about_to_lock[0]);
-    EXPECT_EQ(board.file_get(kWorkingFile), sample_image());
+    EXPECT_EQ(board.file_get(kSystemLog), sample_image());
 }
 
 // --- Deleting ---
@@ -116,7 +114,7 @@ TEST_F(BootRestore, RebuildsAfterAColdStart)
 {
     board.file_put(kFlashImage, sample_image());
     EXPECT_EQ(zev_maintlog_init(), 0);
-    EXPECT_EQ(board.file_get(kWorkingFile), sample_image());
+    EXPECT_EQ(board.file_get(kSystemLog), sample_image());
     EXPECT_EQ(board.calls, (Trace{"stat /conf/system.log",
                                   "puts zev_maintlog_init : 004 : Cold Start!!",
                                   "unlink /conf/system.log",
@@ -144,12 +142,12 @@ TEST_F(BootRestore, RebuildsAfterAColdStart)
 
 TEST_F(BootRestore, DeletesABadWorkingFileBeforeItReadsTheFlash)
 {
-    board.file_put(kWorkingFile, working_log().substr(0, 11));
+    board.file_put(kSystemLog, working_log().substr(0, 11));
     board.file_put(kFlashImage, sample_image());
     bool deleted = false;
     board.before_call = [&](const std::string& call) {
         if (call == "open /dev/mtd_systemlog O_RDONLY") {
-            deleted = !board.file_exists(kWorkingFile);
+            deleted = !board.file_exists(kSystemLog);
         }
     };
     EXPECT_EQ(zev_maintlog_init(), 0);
@@ -163,18 +161,18 @@ TEST_F(BootRestore, DeletesABadWorkingFileBeforeItReadsTheFlash)
                      "puts zev_maintlog_init : 002 : maintlog header read error",
                      "unlink /conf/system.log", "open /dev/mtd_systemlog O_RDONLY"}))
         << "after stat, Warm Start, fopen, flock, fread";
-    EXPECT_EQ(board.file_get(kWorkingFile), sample_image());
+    EXPECT_EQ(board.file_get(kSystemLog), sample_image());
 }
 
 // A file that cannot be deleted takes the message meanwhile, and is truncated then.
 TEST_F(BootRestore, GoesOnWhenTheWorkingFileCannotBeDeleted)
 {
-    board.file_put(kWorkingFile, hex("00 00 00 00 02 00 E9 03 01 00 00 00"));
+    board.file_put(kSystemLog, hex("00 00 00 00 02 00 E9 03 01 00 00 00"));
     board.file_put(kFlashImage, Bytes(kHeaderSize, '\xFF'));
     Bytes before_init;
     board.before_call = [&](const std::string& call) {
         if (call == "fopen /conf/system.log w+b") {
-            before_init = board.file_get(kWorkingFile);
+            before_init = board.file_get(kSystemLog);
         }
     };
     board.fail_call(8); // stat, puts 001, fopen, flock, fread, fclose, puts 003, unlink
@@ -184,12 +182,12 @@ TEST_F(BootRestore, GoesOnWhenTheWorkingFileCannotBeDeleted)
     EXPECT_EQ(before_init, hex("00 00 00 00 03 00 EA 03 01 00 00 00") +
                                Bytes(1001 * kRecordSize, '\0') +
                                record_line("zev_maintlog_init : 006 : syslog init"));
-    EXPECT_EQ(board.file_get(kWorkingFile), fresh_log());
+    EXPECT_EQ(board.file_get(kSystemLog), fresh_log());
 }
 
 TEST_F(BootRestore, FailsWhenADirectoryStandsInTheWay)
 {
-    std::filesystem::create_directory(board.host(kWorkingFile));
+    std::filesystem::create_directory(board.host(kSystemLog));
     board.file_put(kFlashImage, sample_image());
     EXPECT_EQ(zev_maintlog_init(), -1);
     EXPECT_EQ(board.console,
@@ -216,12 +214,12 @@ TEST_F(BootRestore, ReportsAMissingFlashBeforeItCreatesTheEmptyLog)
                      "puts systemLog_put : 002 : /conf/system.log file open error",
                      "fopen /conf/system.log w+b", "flock /conf/system.log LOCK_EX",
                      "fwrite /conf/system.log 12", "fclose /conf/system.log"}));
-    EXPECT_EQ(board.file_get(kWorkingFile), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
+    EXPECT_EQ(board.file_get(kSystemLog), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
 }
 
 TEST_F(BootRestore, ReportsErasedFlashBeforeItCreatesTheEmptyLog)
 {
-    board.file_put(kWorkingFile, hex("00 00 00 00 01 00 E9 03 01 00 00 00"));
+    board.file_put(kSystemLog, hex("00 00 00 00 01 00 E9 03 01 00 00 00"));
     // Only seq_num counts: the rest is a valid image.
     board.file_put(kFlashImage, sample_image().replace(0, 4, hex("FF FF FF FF")));
     EXPECT_EQ(zev_maintlog_init(), 0);
@@ -237,7 +235,7 @@ TEST_F(BootRestore, ReportsErasedFlashBeforeItCreatesTheEmptyLog)
                      "puts systemLog_put : 002 : /conf/system.log file open error",
                      "fopen /conf/system.log w+b", "flock /conf/system.log LOCK_EX",
                      "fwrite /conf/system.log 12", "fclose /conf/system.log"}));
-    EXPECT_EQ(board.file_get(kWorkingFile), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
+    EXPECT_EQ(board.file_get(kSystemLog), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
 }
 
 TEST_F(BootRestore, TakesASequenceNumberShortOfAllOnesForALog)
@@ -246,9 +244,9 @@ TEST_F(BootRestore, TakesASequenceNumberShortOfAllOnesForALog)
         SCOPED_TRACE(seq_num);
         const Bytes image = sample_image().replace(0, 4, hex(seq_num));
         board.file_put(kFlashImage, image);
-        board.file_remove(kWorkingFile);
+        board.file_remove(kSystemLog);
         EXPECT_EQ(zev_maintlog_init(), 0);
-        EXPECT_EQ(board.file_get(kWorkingFile), image);
+        EXPECT_EQ(board.file_get(kSystemLog), image);
     }
 }
 
@@ -269,7 +267,7 @@ TEST_F(BootRestore, ReportsARefusedImageBeforeItCreatesTheEmptyLog)
                      "puts systemLog_put : 002 : /conf/system.log file open error",
                      "fopen /conf/system.log w+b", "flock /conf/system.log LOCK_EX",
                      "fwrite /conf/system.log 12", "fclose /conf/system.log"}));
-    EXPECT_EQ(board.file_get(kWorkingFile), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
+    EXPECT_EQ(board.file_get(kSystemLog), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
 }
 
 TEST_F(BootRestore, LosesTheMessagesAppendedToAHalfBuiltFile)
@@ -279,7 +277,7 @@ TEST_F(BootRestore, LosesTheMessagesAppendedToAHalfBuiltFile)
     Bytes before_init;
     board.before_call = [&](const std::string& call) {
         if (call == "fopen /conf/system.log w+b" && ++creations == 2) {
-            before_init = board.file_get(kWorkingFile);
+            before_init = board.file_get(kSystemLog);
         }
     };
     board.fail_call(22); // the write of the records
@@ -293,21 +291,21 @@ TEST_F(BootRestore, LosesTheMessagesAppendedToAHalfBuiltFile)
               hex("07 00 00 00 05 00 07 00 01 00 CD CA") + Bytes(5 * kRecordSize, '\0') +
                   record_line("systemLogFileMake : 010 : /conf/system.log file write error") +
                   record_line("zev_maintlog_init : 007 : systemlog init"));
-    EXPECT_EQ(board.file_get(kWorkingFile), fresh_log());
+    EXPECT_EQ(board.file_get(kSystemLog), fresh_log());
 }
 
 TEST_F(BootRestore, ReturnsTheResultOfTheInitialiser)
 {
     board.file_put(kFlashImage, Bytes(kHeaderSize, '\xFF'));
     EXPECT_EQ(zev_maintlog_init(), 0);
-    board.file_remove(kWorkingFile);
+    board.file_remove(kSystemLog);
     board.restart();
     board.fail_from(10); // stat .. close, puts 006, time, fopen, puts, then the creation
     EXPECT_EQ(zev_maintlog_init(), -1);
     EXPECT_EQ(board.calls[9],
               "puts systemLog_put : 002 : /conf/system.log file open error -> failed");
     EXPECT_EQ(board.calls[10], "fopen /conf/system.log w+b -> failed");
-    EXPECT_FALSE(board.file_exists(kWorkingFile));
+    EXPECT_FALSE(board.file_exists(kSystemLog));
 }
 
 TEST_F(BootRestore, KeepsItsOwnResultAtTheNextBoot)
@@ -318,15 +316,15 @@ TEST_F(BootRestore, KeepsItsOwnResultAtTheNextBoot)
     board.restart();
     ASSERT_EQ(zev_maintlog_init(), 0);
     EXPECT_EQ(board.console, kWarm);
-    EXPECT_EQ(board.file_get(kWorkingFile), sample_image());
+    EXPECT_EQ(board.file_get(kSystemLog), sample_image());
 }
 
 // --- The program ---
 
 TEST_F(Program, PrintsItsBannersAroundTheRestore)
 {
-    board.file_put(kWorkingFile, working_log());
-    EXPECT_EQ(maintlogfile_main(), 1) << "what the board's puts answers";
+    board.file_put(kSystemLog, working_log());
+    EXPECT_EQ(maintlogfile_main(), 33) << "what puts answered to the second banner";
     EXPECT_EQ(board.console, "maintlogfile --> FROM Read Sart!!\n"
                              "zev_maintlog_init : 001 : Warm Start!!\n"
                              "maintlogfile --> FROM Read End!!\n");
@@ -336,9 +334,9 @@ TEST_F(Program, PrintsItsBannersAroundTheRestore)
 
 TEST_F(Program, ExitsWithWhatItsLastWriteAnswered)
 {
-    board.file_put(kWorkingFile, working_log());
+    board.file_put(kSystemLog, working_log());
     board.fail_call(1);
-    EXPECT_EQ(maintlogfile_main(), 1) << "the first banner does not count";
+    EXPECT_EQ(maintlogfile_main(), kExit) << "the first banner does not count";
     board.restart();
     board.fail_call(8);
     EXPECT_EQ(maintlogfile_main(), -1);
@@ -347,9 +345,9 @@ TEST_F(Program, ExitsWithWhatItsLastWriteAnswered)
 
 TEST_F(Program, ExitsTheSameWhenTheRestoreFails)
 {
-    std::filesystem::create_directory(board.host(kWorkingFile));
+    std::filesystem::create_directory(board.host(kSystemLog));
     EXPECT_EQ(zev_maintlog_init(), -1);
-    EXPECT_EQ(maintlogfile_main(), 1);
+    EXPECT_EQ(maintlogfile_main(), kExit);
 }
 
 } // namespace

@@ -19,14 +19,12 @@
 #include <iterator>
 
 #include "board/traced_child.h"
-#include "log/sample_log.h"
+#include "log/console_lines.h"
+#include "log/log_bytes.h"
 #include "maint/system_log.h"
 
 namespace
 {
-
-constexpr const char* kLog = "/conf/system.log";
-constexpr const char* kFlash = "/dev/mtd_systemlog";
 
 // What the working file can be. The words are those of the tables below.
 constexpr const char* kAbsent = "absent";
@@ -35,18 +33,6 @@ constexpr const char* kPrevious = "the previous file";
 constexpr const char* kPart = "the image cut behind its header";
 constexpr const char* kImage = "the image";
 constexpr const char* kFresh = "the fresh log";
-
-const Bytes kFreshHeader = hex("00 00 00 00 00 00 00 00 01 00 00 00");
-
-// The first lines that a boot prints, by what it finds.
-constexpr const char* kStart = "maintlogfile --> FROM Read Sart!!\n";
-constexpr const char* kCold = "zev_maintlog_init : 004 : Cold Start!!\n";
-constexpr const char* kWarm = "zev_maintlog_init : 001 : Warm Start!!\n";
-constexpr const char* kUnreadable =
-    "zev_maintlog_head_read : 003 : /conf/system.log file header write error\n"
-    "zev_maintlog_init : 002 : maintlog header read error\n";
-constexpr const char* kRefused = "zev_maintlog_init : 003 : maintlog header read error\n";
-constexpr const char* kEnd = "maintlogfile --> FROM Read End!!\n";
 
 // Where the record after the second boot has to go, and the header then.
 struct NextRecord {
@@ -63,19 +49,19 @@ struct BootCrash : TracedTest {
 
     void files_prepare() const
     {
-        board.file_put(kFlash, flash);
-        board.file_remove(kLog);
+        board.file_put(kFlashImage, flash);
+        board.file_remove(kSystemLog);
         if (!previous.empty()) {
-            board.file_put(kLog, previous);
+            board.file_put(kSystemLog, previous);
         }
     }
 
     [[nodiscard]] std::string log_state() const
     {
-        if (!board.file_exists(kLog)) {
+        if (!board.file_exists(kSystemLog)) {
             return kAbsent;
         }
-        const Bytes log = board.file_get(kLog);
+        const Bytes log = board.file_get(kSystemLog);
         if (log.empty()) {
             return kEmpty;
         }
@@ -85,7 +71,7 @@ struct BootCrash : TracedTest {
         if (log == flash) {
             return kImage;
         }
-        if (log == kFreshHeader) {
+        if (log == fresh_log()) {
             return kFresh;
         }
         if (log.size() >= kHeaderSize && flash.starts_with(log)) {
@@ -97,15 +83,15 @@ struct BootCrash : TracedTest {
     [[nodiscard]] std::string boot_says(const std::string& left) const
     {
         if (left == kAbsent) {
-            return std::string(kStart) + kCold;
+            return std::string(kBegin) + kCold;
         }
         if (left == kEmpty) {
-            return std::string(kStart) + kWarm + kUnreadable;
+            return std::string(kBegin) + kWarm + kShortHeader + kUnreadable;
         }
         if (left == kPrevious && !previous_sane) {
-            return std::string(kStart) + kWarm + kRefused;
+            return std::string(kBegin) + kWarm + kNotSane;
         }
-        return std::string(kStart) + kWarm + kEnd; // kept: nothing else is printed
+        return std::string(kBegin) + kWarm + kEnd; // kept: nothing else is printed
     }
 
     // Appends a record and checks it, the header, and that nothing else has changed.
@@ -115,7 +101,7 @@ struct BootCrash : TracedTest {
                                                                               "01 00 00 00")}
                                 : state == kPrevious ? next_in_previous
                                                      : next_in_image;
-        const Bytes before = board.file_get(kLog);
+        const Bytes before = board.file_get(kSystemLog);
         SystemLogHeader header;
         ASSERT_GE(before.size(), sizeof header);
         memcpy(&header, before.data(), sizeof header);
@@ -126,21 +112,21 @@ struct BootCrash : TracedTest {
         }
         ASSERT_EQ(systemLog_put("after the crash"), 0);
 
-        const size_t offset = kHeaderSize + kLineSize * next.slot;
+        const size_t offset = kHeaderSize + kRecordSize * next.slot;
         Bytes expected = before;
-        expected.resize(std::max(before.size(), offset + kLineSize), '\0');
+        expected.resize(std::max(before.size(), offset + kRecordSize), '\0');
         expected.replace(0, kHeaderSize, next.header);
-        expected.replace(offset, kLineSize, sample_line("after the crash", "2006/03/01 09:05:07"));
-        EXPECT_TRUE(board.file_get(kLog) == expected) << "the record did not reach its slot";
+        expected.replace(offset, kRecordSize, record_line("after the crash"));
+        EXPECT_TRUE(board.file_get(kSystemLog) == expected) << "the record did not reach its slot";
     }
 
     // The header, as many whole lines as it counts, and nothing behind them.
     static void lines_check(const Bytes& log, size_t number)
     {
-        ASSERT_EQ(log.size(), kHeaderSize + kLineSize * number);
-        for (size_t at = kHeaderSize; at < log.size(); at += kLineSize) {
-            const Bytes line = log.substr(at, kLineSize);
-            ASSERT_EQ(line.find('\n'), kLineSize - 1);
+        ASSERT_EQ(log.size(), kHeaderSize + kRecordSize * number);
+        for (size_t at = kHeaderSize; at < log.size(); at += kRecordSize) {
+            const Bytes line = log.substr(at, kRecordSize);
+            ASSERT_EQ(line.find('\n'), kRecordSize - 1);
             ASSERT_EQ(line.find('\0'), Bytes::npos);
         }
     }
@@ -148,12 +134,12 @@ struct BootCrash : TracedTest {
     void boots_sweep(std::span<const KillPoint> points)
     {
         kill_sweep(
-            board, [this] { files_prepare(); }, [] { return maintlogfile_main() < 0 ? 1 : 0; },
+            board, [this] { files_prepare(); }, [] { return maintlogfile_main() == kExit ? 0 : 1; },
             points,
             [this](const KillPoint& point) {
                 ASSERT_EQ(log_state(), point.left);
                 board.restart();
-                EXPECT_GE(maintlogfile_main(), 0);
+                EXPECT_EQ(maintlogfile_main(), kExit);
                 EXPECT_EQ(board.console.substr(0, boot_says(point.left).size()),
                           boot_says(point.left));
                 ASSERT_EQ(log_state(), point.then);
@@ -163,8 +149,8 @@ struct BootCrash : TracedTest {
 
     void image_put300()
     {
-        flash = sample_log(300, 300, "image");
-        next_in_image = {300, sample_header(301, 301, flash.substr(10, 2))};
+        flash = image_make({7, 300, 300, 1, 0}, records_make(300, "image"));
+        next_in_image = {300, header_bytes({7, 301, 301, 1, header_get(flash).checksum})};
     }
 };
 
@@ -197,16 +183,16 @@ TEST_F(BootCrash, ColdStartWith300RecordsInFlash)
 
 TEST_F(BootCrash, ColdStartWithAFullRingInFlash)
 {
-    flash = sample_log(1000, 1000, "image");
-    next_in_image = {0, sample_header(1000, 1, flash.substr(10, 2))};
+    flash = image_make({7, 1000, 1000, 1, 0}, records_make(1000, "image"));
+    next_in_image = {0, header_bytes({7, 1000, 1, 1, header_get(flash).checksum})};
     boots_sweep(kColdWithImage);
 }
 
 // Header and record leave in one write, from any buffer that holds 112 bytes: nothing is ever cut.
 TEST_F(BootCrash, ColdStartWithOneRecordInFlash)
 {
-    flash = sample_log(1, 1, "image");
-    next_in_image = {1, sample_header(2, 2, flash.substr(10, 2))};
+    flash = image_make({7, 1, 1, 1, 0}, records_make(1, "image"));
+    next_in_image = {1, header_bytes({7, 2, 2, 1, header_get(flash).checksum})};
     std::vector<KillPoint> points;
     std::copy_if(std::begin(kColdWithImage), std::end(kColdWithImage), std::back_inserter(points),
                  [](const KillPoint& point) { return point.left != kPart; });
@@ -262,9 +248,9 @@ TEST_F(BootCrash, ColdStartWithADamagedImage)
 TEST_F(BootCrash, WarmStartThatKeepsTheFile)
 {
     image_put300();
-    previous = sample_log(7, 7, "previous");
+    previous = image_make({7, 7, 7, 1, 0}, records_make(7, "previous"));
     previous_sane = true;
-    next_in_previous = {7, sample_header(8, 8, previous.substr(10, 2))};
+    next_in_previous = {7, header_bytes({7, 8, 8, 1, header_get(previous).checksum})};
     constexpr KillPoint kPoints[] = {
         {"stat /conf/system.log", kOnce, kPrevious, kPrevious},
         {"open /conf/system.log", kOnce, kPrevious, kPrevious},
@@ -279,7 +265,7 @@ TEST_F(BootCrash, WarmStartThatKeepsTheFile)
 TEST_F(BootCrash, WarmStartThatRebuildsARefusedFile)
 {
     image_put300();
-    previous = sample_log(7, 7, "previous");
+    previous = image_make({7, 7, 7, 1, 0}, records_make(7, "previous"));
     previous.replace(6, 2, hex("E9 03")); // location 1001
     constexpr KillPoint kPoints[] = {
         {"stat /conf/system.log", kOnce, kPrevious, kImage},
@@ -330,15 +316,16 @@ TEST_F(BootOfCutFile, RebuildsAShortHeaderAndKeepsACompleteOne)
         {30'011, kPart, kPart},
         {30'012, kImage, kImage},
     };
-    board.file_put(kFlash, flash);
+    board.file_put(kFlashImage, flash);
     for (const auto& cut : kCuts) {
         SCOPED_TRACE(cut.length);
-        board.file_put(kLog, flash.substr(0, cut.length));
+        board.file_put(kSystemLog, flash.substr(0, cut.length));
         ASSERT_EQ(log_state(), cut.left);
         board.restart();
-        EXPECT_GE(maintlogfile_main(), 0);
+        EXPECT_EQ(maintlogfile_main(), kExit);
         const std::string says =
-            std::string(kStart) + kWarm + (cut.length < kHeaderSize ? kUnreadable : kEnd);
+            std::string(kBegin) + kWarm +
+            (cut.length < kHeaderSize ? kShortHeader + std::string(kUnreadable) : kEnd);
         EXPECT_EQ(board.console.substr(0, says.size()), says);
         ASSERT_EQ(log_state(), cut.then);
         log_checkUsable(cut.then);

@@ -1,6 +1,6 @@
 // Damaged flash images and working files, each with what the program makes of it.
-#include "log/log_image.h"
-#include "maintlog/console_lines.h"
+#include "log/console_lines.h"
+#include "log/log_bytes.h"
 
 namespace
 {
@@ -22,12 +22,12 @@ void coldBoots_expect(Board& board, const std::vector<Damage>& damages)
 {
     for (const Damage& damage : damages) {
         SCOPED_TRACE(damage.name);
-        board.file_remove(kWorkingFile);
+        board.file_remove(kSystemLog);
         board.file_put(kFlashImage, damage.image);
         board.restart();
-        EXPECT_EQ(maintlogfile_main(), 1);
+        EXPECT_EQ(maintlogfile_main(), kExit);
         EXPECT_EQ(board.console, kBegin + std::string(kCold) + damage.console + kEnd);
-        EXPECT_EQ(board.file_get(kWorkingFile), damage.file);
+        EXPECT_EQ(board.file_get(kSystemLog), damage.file);
         EXPECT_EQ(board.file_get(kFlashImage), damage.image) << "the image itself stays";
         EXPECT_EQ(board.open_descriptors(), 0U);
         EXPECT_EQ(board.held_locks(), 0U);
@@ -64,7 +64,6 @@ std::string refused_lines(const char* message)
 const std::string kUnread =
     "read_systemlog_header : 002 : /dev/mtd_systemlog file header read error\n"s + kLogAbsent +
     kNoFlashUnlogged;
-const std::string kSampleListing = kSampleHeaderLines + std::string(kSampleChecksumLines);
 const std::string kCut =
     kSampleHeaderLines +
     refused_lines("systemLogFileMake : 005 : /dev/mtd_systemlog file log data error");
@@ -202,7 +201,7 @@ TEST_F(DamagedImage, LocationIsCopiedUnchecked)
 
     // The working file of the last one is not sane: each further boot rebuilds it.
     board.restart();
-    EXPECT_EQ(maintlogfile_main(), 1);
+    EXPECT_EQ(maintlogfile_main(), kExit);
     EXPECT_EQ(board.console,
               kBegin + std::string(kWarm) + kNotSane + damages.back().console + kEnd);
 }
@@ -320,12 +319,12 @@ TEST_F(DamagedImage, FullRingIsCopiedAtAnyLocation)
 
 TEST_F(DamagedImage, NoImageAtAll)
 {
-    EXPECT_EQ(maintlogfile_main(), 1);
+    EXPECT_EQ(maintlogfile_main(), kExit);
     EXPECT_EQ(board.console,
               kBegin + std::string(kCold) +
                   "read_systemlog_header : 001 : /dev/mtd_systemlog file open error\n" +
                   kLogAbsent + kNoFlashUnlogged + kEnd);
-    EXPECT_EQ(board.file_get(kWorkingFile), fresh_log());
+    EXPECT_EQ(board.file_get(kSystemLog), fresh_log());
 }
 
 // --- The working file ---
@@ -367,19 +366,19 @@ TEST_F(DamagedWorkingFile, IsKeptOrReplacedByTheImageOrByAnEmptyLog)
         const bool kept = *damage.verdict == '\0';
         const std::string start = kBegin + std::string(kWarm) + damage.verdict;
 
-        board.file_put(kWorkingFile, damage.working);
+        board.file_put(kSystemLog, damage.working);
         board.file_put(kFlashImage, sample_image());
         board.restart();
-        EXPECT_EQ(maintlogfile_main(), 1);
+        EXPECT_EQ(maintlogfile_main(), kExit);
         EXPECT_EQ(board.console, start + (kept ? "" : kSampleListing) + kEnd);
-        EXPECT_EQ(board.file_get(kWorkingFile), kept ? damage.working : sample_image());
+        EXPECT_EQ(board.file_get(kSystemLog), kept ? damage.working : sample_image());
 
-        board.file_put(kWorkingFile, damage.working);
+        board.file_put(kSystemLog, damage.working);
         board.file_put(kFlashImage, Bytes(100012, '\xFF'));
         board.restart();
-        EXPECT_EQ(maintlogfile_main(), 1);
+        EXPECT_EQ(maintlogfile_main(), kExit);
         EXPECT_EQ(board.console, start + (kept ? "" : kErasedUnlogged) + kEnd);
-        EXPECT_EQ(board.file_get(kWorkingFile), kept ? damage.working : fresh_log());
+        EXPECT_EQ(board.file_get(kSystemLog), kept ? damage.working : fresh_log());
     }
 }
 

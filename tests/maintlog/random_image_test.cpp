@@ -3,8 +3,8 @@
 #include <optional>
 #include <random>
 
-#include "log/log_image.h"
-#include "maintlog/console_lines.h"
+#include "log/console_lines.h"
+#include "log/log_bytes.h"
 
 namespace
 {
@@ -140,20 +140,20 @@ TEST_F(RandomImage, LeavesAKeptARebuiltOrAnEmptyLog)
     for (int boot = 0; boot < kBoots; ++boot) {
         SCOPED_TRACE("boot " + std::to_string(boot));
         std::optional<Bytes> working;
-        board.file_remove(kWorkingFile);
+        board.file_remove(kSystemLog);
         if (draw.below(2) == 0) {
             working = draw.workingFile();
-            board.file_put(kWorkingFile, *working);
+            board.file_put(kSystemLog, *working);
         }
         const Bytes image = draw.flashImage();
         board.file_put(kFlashImage, image);
         board.restart();
-        ASSERT_EQ(maintlogfile_main(), 1);
+        ASSERT_EQ(maintlogfile_main(), kExit);
         ASSERT_EQ(board.open_descriptors(), 0U);
         ASSERT_EQ(board.held_locks(), 0U);
 
         const Outcome expected = boot_model(working, image);
-        const Bytes file = board.file_get(kWorkingFile);
+        const Bytes file = board.file_get(kSystemLog);
         ASSERT_EQ(file, expected.file);
         ASSERT_NE(board.console.find(expected.message), std::string::npos) << board.console;
         ASSERT_NE(board.console.find(working ? kWarm : kCold), std::string::npos);
