@@ -347,7 +347,8 @@ TEST_F(UserLog, RingFillsThenWrapsEveryThousandRecords)
         ASSERT_EQ(userLog_put(&record), 0);
         const unsigned slot = (count - 1) % 1000;
         expected.replace(0, 16, userHeader_bytes(count < 1000 ? count : 1000, slot + 1));
-        expected.replace(16 + 16 * slot, 16, littleEndian_put(count, 2) + hex("00 00") + kRecord.substr(4));
+        expected.replace(16 + 16 * slot, 16,
+                         littleEndian_put(count, 2) + hex("00 00") + kRecord.substr(4));
         ASSERT_TRUE(log() == expected) << "after record " << count;
     }
     EXPECT_EQ(log().size(), 16016U);

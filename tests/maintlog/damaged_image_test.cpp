@@ -34,7 +34,7 @@ void coldBoots_expect(Board& board, const std::vector<Damage>& damages)
     }
 }
 
-// The sample image with some of its bytes replaced; see log_image.h for what it holds.
+// The sample image with some of its bytes replaced; see log_bytes.h for what it holds.
 Bytes sample_with(size_t at, const char* bytes)
 {
     const Bytes replacement = hex(bytes);
