@@ -1,5 +1,5 @@
-// Room for what a command's driver request may fill: callers of the device commands reserve as much,
-// the size of the largest record.
+// Room for what a command's driver request may fill: callers of the device commands reserve as
+// much, the size of the largest record.
 #pragma once
 
 #include <array>

@@ -22,9 +22,10 @@ MAINT_C_BEGIN
  * Every step is reported through report_message: 001 to 004 on the console; 005 to 007 on the
  * console and to the system log, before the empty log is created. While there is no working file,
  * such a message (and those of read_systemlog_header and systemLogFileMake) reaches the console
- * alone, followed by systemLog_put's own 002; where a file is there after all, because it could
- * not be deleted or the rebuild began it, the line is appended and lost when the empty log replaces
- * the file.
+ * alone, followed by systemLog_put's own 002. Where a file with a whole header is there after all,
+ * because it could not be deleted or the rebuild began it, the line is appended, and lost when the
+ * empty log replaces the file; where the header is not whole, systemLog_put's own 004 follows on
+ * the console.
  *
  * Needs about 100 KB of stack for the rebuild.
  *

@@ -7,7 +7,8 @@
  *   /conf/system.log     working file; survives a warm restart only
  *
  * Layout: a SystemLogHeader (12 bytes), then up to 1000 slots of 100 bytes; slot i begins at byte
- * 12 + 100 * i. The largest file has 100,012 bytes, as long as `location` is one that a ring has.
+ * 12 + 100 * i. The largest file has 100,012 bytes, unless `location` is 1000 or more in a ring
+ * that is not full.
  *   flash image    records in slots 0 .. number-1; what lies behind them is ignored
  *   working file   a ring: while number < 1000 the records stand in slots 0 .. number-1, oldest
  *                  first; with number == 1000 the oldest is in slot `location` (slot 0 when
@@ -107,10 +108,12 @@ MAINT_API int32_t systemLogFileMake(void);
  * Appends one record with the present time to the working file, which must exist.
  *   text  zero-terminated; the first 79 bytes are logged
  * `location` goes back to slot 0 only when it has reached 1000 in a full ring (number == 1000); in
- * any other log it counts on, and the file grows, until it wraps at 16 bits. A record that cannot
- * be written is counted all the same. Returns 0; -1 clock, open, lock, read or seek failed
- * (messages 001 to 005 and 007, console only; there is no 006). A failed write of the header (008)
- * leaves the record in place under the old header and still returns 0.
+ * any other log it counts on past 1000, and the file grows.
+ * The result of writing the record is not looked at. A record that the disk does not take shows at
+ * the seek behind it: 007, and it is not counted, though its beginning may stand in the slot.
+ * Returns 0; -1 clock, open, lock, read or seek failed (messages 001 to 005 and 007, console only;
+ * there is no 006). A failed write of the header (008) leaves the record in place under the old
+ * header and still returns 0.
  */
 MAINT_API int32_t systemLog_put(const char* text);
 

@@ -37,8 +37,8 @@ typedef struct PrefixMap {
 
 /*
  * RD_ADDR_TABLE_ENTRY (0x5A): index and table in, the rest out but for the mask.
- * WR_ADDR_TABLE_ENTRY (0x5B): all in; parts that are not selected keep what the entry holds, and the
- * entry is marked valid.
+ * WR_ADDR_TABLE_ENTRY (0x5B): all in; parts that are not selected keep what the entry holds, and
+ * the entry is marked valid.
  * WR_ADDR_TABLE_DELETE (0x5C): index and table in; the entry is cleared and marked invalid.
  * Results: -5 index out of its table, tested before the device is opened.
  */
@@ -53,7 +53,8 @@ typedef struct AddressTableEntry {
 
 /*
  * RD_REGE0_BLOCK (0x66), out but for the mask. WR_REGE0_BLOCK (0x67), in; the block is read first.
- * Results: -5 a field is out of range: 0xF2 is not written, found only after everything before it has been written.
+ * Results: -5 a field is out of range: 0xF2 is not written, found only after everything before it
+ * has been written.
  */
 typedef struct RegE0Block {
     uint8_t valid;      /* 0: bits 0..6 select the seven fields below, in order */

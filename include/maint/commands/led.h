@@ -5,8 +5,8 @@
  * LED rewrite inhibit. While one of the fixed display patterns is shown, the LED state file exists.
  * It holds the LedStateRecord that the panel is to return to, and the setters below only merge
  * their bytes into it, under the save lock: then they return 1 and leave the panel alone. A
- * setter that cannot update the file drives the panel; a save lock that cannot be had stops nothing. WR_LINE_MODE and WR_LINE_FLAGS
- * (maint/commands/port.h) are never deferred.
+ * setter that cannot update the file drives the panel; a save lock that cannot be had stops
+ * nothing. WR_LINE_MODE and WR_LINE_FLAGS (maint/commands/port.h) are never deferred.
  */
 #ifndef MAINT_COMMANDS_LED_H
 #define MAINT_COMMANDS_LED_H
@@ -50,9 +50,9 @@ enum { LED_CHANGE_RECORDED = 1 };
  *                     256, a ledA of 2 or 3 becomes 2;
  *                     first element not 0, the others not both 1, alert off: alert on, user log
  *                     event 257, a ledA other than 0 becomes 3.
- *                     The alert bit is bit 7 of LED register B; bit and ledA count as the panel shows
- *                     them. Event (/conf/user.log, /tmp/flashsave; failures ignored) and ledA are
- *                     handled even while the inhibit defers the rest; the alert bit then is not
+ *                     The alert bit is bit 7 of LED register B; bit and ledA count as the panel
+ *                     shows them. Event (/conf/user.log, /tmp/flashsave; failures ignored) and ledA
+ *                     are handled even while the inhibit defers the rest; the alert bit then is not
  *                     written, so that each repeated command logs its event again.
  *
  * In the LED state file a group is always recorded whole, whatever the mask says.
@@ -67,50 +67,51 @@ enum { LED_CHANGE_RECORDED = 1 };
  */
 
 /*
- * RD_LED_STATE (0x000E): ownId and targetId in, indicators and elements out; valid masks and reserved
- * bytes are not touched. Another unit is shown dark (every element and ledC to ledF 0) when the
- * hardware says so or when its VPN identity is not the configured one, which is looked up in
- * /conf/config under the save lock; an identity that cannot be read is no mismatch.
+ * RD_LED_STATE (0x000E): ownId and targetId in, indicators and elements out; valid masks and
+ * reserved bytes are not touched. Another unit is shown dark (every element and ledC to ledF 0)
+ * when the hardware says so or when its VPN identity is not the configured one, which is looked up
+ * in /conf/config under the save lock; an identity that cannot be read is no mismatch.
  * Results: 0; -1 device not opened; -2 a read failed (what was read before it is filled); -5 an
  * identifier outside 1..30.
  */
 
 /*
- * WR_LED_PATTERN_1 (0x0097), WR_LED_PATTERN_2 (0x0095), WR_LED_PATTERN_3 (0x0094): start the inhibit
- * and show a fixed pattern; the argument is not used and may be null. The panel is saved to the LED
- * state file first, unless the file is there already. ledF and the groups are not touched; bit 7 of
- * device word 03 is set.
+ * WR_LED_PATTERN_1 (0x0097), WR_LED_PATTERN_2 (0x0095), WR_LED_PATTERN_3 (0x0094): start the
+ * inhibit and show a fixed pattern; the argument is not used and may be null. The panel is saved to
+ * the LED state file first, unless the file is there already. ledF and the groups are not touched;
+ * bit 7 of device word 03 is set.
  *
  *                ledA  ledB  ledC  ledD  ledE
  *   pattern 1      1     1     1     2     1
  *   pattern 2      1     2     1     1     2
  *   pattern 3      2     2     2     1     2
  *
- * A setter that runs at the same moment may have found no inhibit yet; the restore undoes its change.
+ * A setter that runs at the same moment may have found no inhibit yet; the restore undoes its
+ * change.
  * Results: 0; -1 panel not saved (nothing changed), or device not opened; -2 a read, -4 a write
  * failed, with the registers written before changed.
  */
 
 /*
- * WR_LED_RESTORE (0x0096), LedStateRecord out: ends the inhibit; hands the saved state to the caller
- * as it stands in the file (44 bytes, identifiers and masks included, also when a later step fails),
- * applies it to the panel and removes the file. Every element is applied, so that line flags set
- * meanwhile are lost; ledF and the alert bit are left alone, and so is an indicator whose saved value
- * is above its range. Bit 7 of device word 03 is cleared; a ledA of 3 sets its bit 6. Switch port 4 is
- * not brought up to date with group 7.
- * Results: 0, also when no inhibit was on (nothing is touched); -1 file or device not opened or file
- * of less than 44 bytes; -2 a read, -4 a write failed, of a register or of device word 03. On failure
- * the inhibit stays on, with what was restored before.
+ * WR_LED_RESTORE (0x0096), LedStateRecord out: ends the inhibit; hands the saved state to the
+ * caller as it stands in the file (44 bytes, identifiers and masks included, also when a later step
+ * fails), applies it to the panel and removes the file. Every element is applied, so that line
+ * flags set meanwhile are lost; ledF and the alert bit are left alone, and so is an indicator whose
+ * saved value is above its range. Bit 7 of device word 03 is cleared; a ledA of 3 sets its bit 6.
+ * Switch port 4 is not brought up to date with group 7.
+ * Results: 0, also when no inhibit was on (nothing is touched); -1 file or device not opened or
+ * file of less than 44 bytes; -2 a read, -4 a write failed, of a register or of device word 03. On
+ * failure the inhibit stays on, with what was restored before.
  */
 
 /*
- * RD_UNIT_STATUS_MAP (0x003C), uint32_t out: bit n for unit n. Set are the units that are present and
- * that the hardware marks, and units of 1..30 that are present with another VPN identity than the
- * configured one; never the own unit. Each identity is looked up as for RD_LED_STATE.
+ * RD_UNIT_STATUS_MAP (0x003C), uint32_t out: bit n for unit n. Set are the units that are present
+ * and that the hardware marks, and units of 1..30 that are present with another VPN identity than
+ * the configured one; never the own unit. Each identity is looked up as for RD_LED_STATE.
  * Results: 0; -1 device not opened; -2 a read failed (the word may hold the hardware's own map).
  */
 
-/* RD_UNIT_STATUS_FLAG (0x00A9). Results: 0; -1 device not opened; -2 the read failed (no change). */
+/* RD_UNIT_STATUS_FLAG (0x00A9). Results: 0; -1 device not opened; -2 read failed (no change). */
 typedef struct UnitStatusFlag {
     uint32_t status; /* 0, out: 1 on the hardware's mark or an identity mismatch, else 0 */
     uint16_t unit;   /* 4, in; above 31 the hardware has no mark */

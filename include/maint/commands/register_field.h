@@ -40,8 +40,8 @@
  */
 
 /*
- * RD_REG110_BYTES (0x62), out. WR_REG110_BYTES (0x63), in: writes both registers whole, without reading
- * them, then sets bit 2 of 0x114 (-2: 0x114 cannot be read).
+ * RD_REG110_BYTES (0x62), out. WR_REG110_BYTES (0x63), in: writes both registers whole, without
+ * reading them, then sets bit 2 of 0x114 (-2: 0x114 cannot be read).
  */
 typedef struct Reg110Bytes {
     uint8_t bytes[4]; /* 0: high and low byte of 0x110, high and low byte of 0x112 */
@@ -65,8 +65,8 @@ typedef struct Reg168Mode {
 } Reg168Mode;
 
 /*
- * RD_REG168_SELECT (0x6C), WR_REG168_SELECT (0x6D): bit 8 + index of 0x168; 1 sets it, any other value
- * clears it, reported 0 or 1.
+ * RD_REG168_SELECT (0x6C), WR_REG168_SELECT (0x6D): bit 8 + index of 0x168; 1 sets it, any other
+ * value clears it, reported 0 or 1.
  */
 typedef struct Reg168Select {
     uint16_t index; /* 0, in: 0..3, else -5 */

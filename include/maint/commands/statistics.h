@@ -20,10 +20,10 @@ enum { STATISTICS_PORTS = 30 };
  * of device word 03 is set (18 where the word cannot be read). Sums wrap at 32 bits.
  *
  * The file must exist with at least 496 bytes; /dev/fpga is opened once for each of the 120
- * counters, and by the save once more for the word. The file is not locked: two concurrent saves can
- * lose counts. On failure the file stays as it was (a failed write may leave it partly written), what
- * the record holds is not defined, and the counters read so far are lost; also when the second run
- * that follows a failed one succeeds.
+ * counters, and by the save once more for the word. The file is not locked: two concurrent saves
+ * can lose counts. On failure the file stays as it was (a failed write may leave it partly
+ * written), what the record holds is not defined, and the counters read so far are lost; also when
+ * the second run that follows a failed one succeeds.
  *
  * Results: 0; -1 file not opened, read, positioned or written in full, or device not opened;
  * -2 a counter cannot be read.

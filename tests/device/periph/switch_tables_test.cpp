@@ -100,8 +100,8 @@ TEST_F(SwitchTables, EveryFailingCall)
             EXPECT_EQ(Fpga_Register_Set(load.command, nullptr), result);
             EXPECT_EQ(board.open_descriptors(), 0U);
 
-            // The failed run goes as far as the call; then its file, if it is open, and the device are
-            // closed.
+            // The failed run goes as far as the call; then its file, if it is open, and the device
+            // are closed.
             Trace expected;
             for (size_t i = 0; i <= failing; ++i) {
                 expected.push_back(course[i].call);
