@@ -17,8 +17,11 @@ static_assert(kStampSize - 1 + 1 + SYSTEM_LOG_MESSAGE_LENGTH + 1 == SYSTEM_LOG_R
 
 void stamp_format(time_t now, char (&stamp)[kStampSize])
 {
-    const tm* local = localtime(&now);
-    if (local == nullptr || strftime(stamp, sizeof stamp, "%Y/%m/%d %H:%M:%S", local) == 0) {
+    // Into a record of our own: device commands, which any thread may call, log as well.
+    tm local;
+    tzset();
+    if (localtime_r(&now, &local) == nullptr ||
+        strftime(stamp, sizeof stamp, "%Y/%m/%d %H:%M:%S", &local) == 0) {
         // Keeps the record at its 100 bytes when the year has more than four digits.
         memset(stamp, '*', kStampSize - 1);
         stamp[kStampSize - 1] = '\0';

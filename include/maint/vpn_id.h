@@ -24,7 +24,8 @@ MAINT_C_BEGIN
  *          -2147483648 .. 2147483647 as the nearer of the two.
  *
  * Returns 0;
- *   -1  the flag cannot be read (one line in the system log, nothing on the console)
+ *   -1  the flag cannot be read (one line in the system log; nothing on the console, unless the log
+ *       itself fails)
  *   -2  flag 1: the key has no value that GetIniFileString finds
  *   -3  flag 1: the value is empty
  *   -4  otherwise: as -2

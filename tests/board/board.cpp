@@ -16,9 +16,6 @@ namespace
 
 Board* the_board = nullptr;
 
-// Descriptors from here on are the board's own, without a file of this machine behind them.
-constexpr int kFirstDevice = 1000000;
-
 // Memory rather than a disk, where the machine has such a place: some tests rewrite their files
 // many thousand times.
 fs::path temporary_place()
@@ -156,7 +153,9 @@ bool Board::begin(const std::string& call)
 
 int Board::device_open(const std::string& path)
 {
-    int descriptor = kFirstDevice;
+    int descriptor = next_device;
+    next_device = kFirstDevice;
+    zero_given_ = zero_given_ || descriptor == 0;
     while (open_.count(descriptor) != 0) {
         ++descriptor;
     }
@@ -166,7 +165,7 @@ int Board::device_open(const std::string& path)
 
 bool Board::is_device(int descriptor) const
 {
-    return descriptor >= kFirstDevice;
+    return descriptor >= kFirstDevice || (descriptor == 0 && zero_given_);
 }
 
 void Board::opened(int descriptor, const std::string& path)

@@ -46,6 +46,11 @@ class Board
     FpgaModel fpga;
     bool fpga_present = true;
 
+    // Devices' descriptors are the board's own, without a file of this machine behind them. The
+    // next one may be made 0, which a program without a standard input gets.
+    static constexpr int kFirstDevice = 1000000;
+    int next_device = kFirstDevice;
+
     // The clock behind /dev/rtc, likewise.
     RtcModel rtc;
     bool rtc_present = true;
@@ -109,7 +114,8 @@ class Board
 
   private:
     std::filesystem::path root_;
-    int owner_; // process that made the private directory
+    int owner_;               // process that made the private directory
+    bool zero_given_ = false; // as a device's descriptor
     size_t call_count_ = 0;
     std::set<size_t> fail_; // numbers of the calls that fail, the first call being 1
     size_t fail_from_ = SIZE_MAX;

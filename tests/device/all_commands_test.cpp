@@ -225,7 +225,7 @@ class AllCommands : public DeviceTest
 
     void close_what_was_left()
     {
-        for (int descriptor = 1000000; board.open_descriptors() > 0; ++descriptor) {
+        for (int descriptor = Board::kFirstDevice; board.open_descriptors() > 0; ++descriptor) {
             if (board.path_of(descriptor) != "(closed)") {
                 board.closing(descriptor);
             }

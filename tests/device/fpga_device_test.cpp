@@ -335,6 +335,19 @@ TEST_F(FpgaDevice, ABitFlagIsOneWhenAnyOfItsBitsIsSet)
 }
 
 // Results of the driver that are not negative are successes.
+TEST_F(FpgaDevice, DescriptorZeroIsAnOpenDevice)
+{
+    uint16_t word = 0;
+    board.fpga.words[0x6B27] = 0x1234;
+    board.next_device = 0;
+    EXPECT_EQ(Fpga_Register_Set(RD_DEVICE_WORD_27, &word), 0);
+    EXPECT_EQ(word, 0x1234);
+    EXPECT_EQ(board.call_count(), 3U);
+    board.next_device = 0;
+    EXPECT_EQ(Fpga_Register_Set(RD_DEVICE_WORD_21, &word), 0);
+    EXPECT_EQ(board.call_count(), 6U);
+}
+
 TEST_F(FpgaDevice, APositiveResultOfTheDriverIsSuccess)
 {
     for (const uint32_t request : {0x6B42U, 0x6B43U, 0x6B2DU, 0x6B2EU, 0x6B22U}) {

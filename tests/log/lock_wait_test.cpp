@@ -172,7 +172,7 @@ TEST_F(LockWaitReader, SeesNoHalfWrittenHeader)
     ASSERT_EQ(flock(log, LOCK_EX), 0);
     EXPECT_EQ(pwrite(log, header.data(), 6, 0), 6);
     const pid_t reader = child_start([&] {
-        alarm(30); // one that waits for ever fails the test and is gone
+        alarm(100); // one that waits for ever fails the test and is gone
         SystemLogHeader seen{};
         return zev_maintlog_head_read(&seen) == 0 && bytes_of(seen) == header ? 0 : 1;
     });

@@ -31,8 +31,7 @@ typedef struct IdEntry {
 
 /*
  * RD_ID_ENTRY_VALUE (0x0054): own_id and id in, value out. Further results: -3 the identifier is
- * set in the device's bitmap D or clear in bitmap E; -5 identifier outside
- * 1..30, or the own one.
+ * set in the device's bitmap D or clear in bitmap E; -5 identifier outside 1..30, or the own one.
  */
 typedef struct IdEntryValue {
     uint16_t own_id; /* 0 */

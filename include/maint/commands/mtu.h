@@ -4,7 +4,8 @@
  *
  * Sizes are in bytes. Configuration values are looked up in /conf/config as GetIniFileString does,
  * before the first site section, under the save lock (blocking); a missing configuration or key
- * never fails a command. Numbers are decimal: white space, a sign, the digits up to the first other
+ * never fails a command (a missing file is reported as GetIniFileString does, at each lookup).
+ * Numbers are decimal: white space, a sign, the digits up to the first other
  * character, 0 without a digit; a number beyond -2147483648 .. 2147483647 counts as the nearer of
  * the two.
  *   SELECT_MTU    names the key that holds the MTU. The name matches as the beginning of a key, so
@@ -43,7 +44,8 @@ typedef struct MtuLimit {
  *
  * The data size is the MTU less 26, or 1364 for an MTU of at most 26; at most the MRU, where one is
  * known and not 0; at least 1188. The limit is what is left of it without the overhead of 24, or
- * of 82 and the padding with IPsec on, lowered to 1004 plus a multiple of 16.
+ * of 82 and the padding with IPsec on, lowered to 1004 plus a multiple of 16. All of it is computed
+ * in 16 bits: from an MTU of 65528 under PPPoE and IPsec the limit comes out 16 higher than that.
  *
  * Results: 0; -1 device not opened; -4 a register cannot be written, which any answer of the driver
  * but 0 means here (0x0054 may have been written). A present limit that cannot be read counts as
@@ -61,10 +63,11 @@ typedef struct MtuLimit {
  * WR_MTU_DATASIZE reads a flag on /dev/fpga (bit 8 of the word that RD_DEVICE_WORD_03 reads), fills
  * data_size and line_size and writes the record, creating or replacing the file. Results: 0; -1
  * device or file not opened, or file not written; -2 flag not read (the record stays as it was).
- * When the file fails, the record has been filled all the same.
+ * When the file fails, the record has been filled all the same. The file is written through a
+ * buffer and its closing not looked at: 0 does not promise that it reached a full disk.
  *
- * Each run that fails on the file adds a line to the system log, nothing to the console. A failed
- * command is run twice, and so leaves two lines.
+ * Each run that fails on the file adds a line to the system log, nothing to the console unless the
+ * log itself fails. A failed command is run twice, and so leaves two lines.
  */
 typedef struct MtuDatasize {
     uint16_t size[3];      /* 0: from the caller */

@@ -56,7 +56,7 @@ typedef struct PortFlags {
 /*
  * WR_LINE_MODE (0x001B), LedStateRecord in: ledF. 1 sets bit 4 and clears bit 5 of the line control
  * word; 2 sets bit 5 and keeps bit 4; any other value clears both. Not deferred while the LED
- * rewrite inhibit is on.
+ * rewrite inhibit is on, nor changed by its end.
  */
 
 /*
