@@ -73,7 +73,7 @@ bool begin(const std::string& call, const std::string& path, const std::string& 
     return false;
 }
 
-std::string format_text(const char* format, va_list values)
+__attribute__((format(printf, 1, 0))) std::string format_text(const char* format, va_list values)
 {
     char* text = nullptr;
     const int length = vasprintf(&text, format, values);
