@@ -28,7 +28,7 @@ Command plain_command(std::mt19937& random)
         command.record[byte] = static_cast<char>(random() % 2 == 0 ? 1 : random());
     }
     constexpr std::array<int, 4> kMasks{0, 7, 0x0F, 255};
-    for (const size_t mask : {24, 28, 32, 36, 40}) {
+    for (const size_t mask : {24U, 28U, 32U, 36U, 40U}) {
         command.record[mask] = static_cast<char>(kMasks.at(random() % kMasks.size()));
     }
     return command;

@@ -240,7 +240,7 @@ TEST_F(PanelRead, AnIdentityThatCannotBeAskedDarkensNothing)
                 expected = read_over(expected, unasked ? kShown : mismatched);
             }
             if (failing == firstPage + 1) { // registers A and B alone
-                for (const size_t byte : {11, 12, 13, 19, 20, 21}) {
+                for (const size_t byte : {11U, 12U, 13U, 19U, 20U, 21U}) {
                     expected[byte] = static_cast<char>(kUntouched);
                 }
             }
