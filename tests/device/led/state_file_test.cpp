@@ -215,7 +215,7 @@ TEST_F(LedStateFile, SavingAgainKeepsTheFirstState)
 
 TEST_F(LedStateFile, AnyFileThereCountsAsSaved)
 {
-    for (const size_t size : {0, 1, 43, 44, 45, 500}) {
+    for (const size_t size : {0U, 1U, 43U, 44U, 45U, 500U}) {
         const Bytes content = counted(1, size);
         file_put(content);
         EXPECT_EQ(ledState_save(), 0) << size;
@@ -335,7 +335,7 @@ TEST_F(LedStateFile, RecordingReportsEachFailure)
 
 TEST_F(LedStateFile, AShortFileIsNotChangedAndALongOneKeepsItsEnd)
 {
-    for (const size_t size : {0, 1, 20, 43}) {
+    for (const size_t size : {0U, 1U, 20U, 43U}) {
         const Bytes content = counted(1, size);
         file_put(content);
         for (const auto& row : kCopiedBytes) {
@@ -432,7 +432,7 @@ TEST_F(LedStateFile, SavingHoldsTheLockWhileItReadsThePanelAndWrites)
 
 TEST_F(LedStateFile, LoadsTheFirst44BytesOrNothing)
 {
-    for (const size_t size : {0, 43, 44, 45}) {
+    for (const size_t size : {0U, 43U, 44U, 45U}) {
         file_put(counted(1, size));
         LedStateRecord record;
         kCallers.copy(reinterpret_cast<char*>(&record), sizeof record);
