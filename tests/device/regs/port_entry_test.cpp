@@ -173,7 +173,7 @@ TEST_F(PortEntryTest, PositiveResultOfTheDriverIsSuccess)
     for (const uint32_t request : {0x6B60U, 0x6B61U, 0x6B63U, 0x6B83U, 0x6B84U}) {
         board.fpga.results[request] = 3;
     }
-    for (const DeviceCommandCode command : {0x0064, 0x0065, 0x009E, 0x009F, 0x00A6}) {
+    for (const DeviceCommandCode command : {0x0064U, 0x0065U, 0x009EU, 0x009FU, 0x00A6U}) {
         EXPECT_EQ(run(command, entry_of(1, 0, 0, 0)), 0);
     }
 }

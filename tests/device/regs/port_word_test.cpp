@@ -308,7 +308,7 @@ TEST_F(PortWordTest, PositiveResultOfTheDriverIsSuccess)
          {0x6B29U, 0x6B3DU, 0x6B3EU, 0x6B51U, 0x6B52U, 0x6B62U, 0x6B8DU, 0x6B8EU}) {
         board.fpga.results[request] = 3;
     }
-    for (const DeviceCommandCode command : {0x00A0, 0x00A1, 0x00A2, 0x00A3, 0x00A7, 0x00A8}) {
+    for (const DeviceCommandCode command : {0x00A0U, 0x00A1U, 0x00A2U, 0x00A3U, 0x00A7U, 0x00A8U}) {
         EXPECT_EQ(run(command, le16(1) + zeros(6)), 0);
     }
     board.fpga.words[0x6B29] = 1; // read in spite of the result 3: the own identifier
