@@ -281,8 +281,9 @@ TEST_F(DriverRecordTest, PositiveResultOfTheDriverIsSuccess)
                                    0x6B72U, 0x6B73U, 0x6B74U, 0x6B77U, 0x6B7AU}) {
         board.fpga.results[request] = 3;
     }
-    for (const DeviceCommandCode command : {0x0104, 0x0105, 0x0106, 0x0107, 0x0108, 0x010B, 0x010C,
-                                            0x010F, 0x0111, 0x0114, 0x0117, 0x0119, 0x011B}) {
+    for (const DeviceCommandCode command :
+         {0x0104U, 0x0105U, 0x0106U, 0x0107U, 0x0108U, 0x010BU, 0x010CU, 0x010F, 0x0111, 0x0114,
+          0x0117, 0x0119, 0x011B}) {
         EXPECT_EQ(run(command, hex("01 00 00 00") + zeros(12)), 0);
     }
 }
