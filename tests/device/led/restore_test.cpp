@@ -142,7 +142,7 @@ TEST_F(LedRestore, HasNothingToDoWithoutAFile)
 TEST_F(LedRestore, RefusesAShortFileAndLeavesIt)
 {
     panel_put(board, kBefore);
-    for (const size_t size : {0, 1, 43}) {
+    for (const size_t size : {0U, 1U, 43U}) {
         file_put(Bytes(size, '\1'));
         record_clear();
         board.restart();
@@ -253,8 +253,8 @@ TEST_F(LedRestore, LeavesTheBitsOfAnOddValueWhichTheSetterClears)
 TEST_F(LedRestore, RestoresLedAByItsValueAndBit6OfWord03WithAnAlert)
 {
     for (unsigned value = 0; value <= 255; ++value) {
-        for (const unsigned bits : {0x0000, 0x1000, 0x2000, 0x3000, 0x3080, 0x0080}) {
-            for (const unsigned word03 : {0x00C0, 0x0000, 0xFFFF, 0xFFBF}) {
+        for (const unsigned bits : {0x0000U, 0x1000U, 0x2000U, 0x3000U, 0x3080U, 0x0080U}) {
+            for (const unsigned word03 : {0x00C0U, 0x0000U, 0xFFFFU, 0xFFBFU}) {
                 Bytes held = indicators_record(0xFF);
                 held[8] = static_cast<char>(value);
                 const PanelWords words{0, static_cast<uint16_t>(bits), 0,
@@ -287,7 +287,8 @@ TEST_F(LedRestore, IgnoresMasksReservedBytesIdentifiersAndLedF)
     std::mt19937 random(47);
     const Bytes held = record_random(random, 4);
     const PanelWords expected = panel_restored(held, kBefore);
-    for (const size_t byte : {0, 1, 2, 3, 4, 5, 6, 7, 13, 14, 18, 22, 23, 24, 28, 32, 36, 40}) {
+    for (const size_t byte :
+         {0U, 1U, 2U, 3U, 4U, 5U, 6U, 7U, 13U, 14U, 18U, 22U, 23U, 24U, 28U, 32U, 36U, 40U}) {
         for (const int value : {0, 1, 2, 4, 7, 8, 255}) {
             Bytes other = held;
             other[byte] = static_cast<char>(value);

@@ -230,8 +230,8 @@ TEST_F(CounterTest, PositiveResultOfTheDriverIsSuccess)
                                    0x6BA4U, 0x6BA5U, 0x6BA6U}) {
         board.fpga.results[request] = 3;
     }
-    for (const DeviceCommandCode command :
-         {0x0401, 0x0402, 0x0403, 0x0404, 0x0405, 0x0406, 0x0602, 0x0603, 0x0604, 0x0605}) {
+    for (const DeviceCommandCode command : {0x0401U, 0x0402U, 0x0403U, 0x0404U, 0x0405U, 0x0406U,
+                                            0x0602U, 0x0603U, 0x0604U, 0x0605U}) {
         EXPECT_EQ(run(command, Bytes(160, '\0')), 0);
     }
 }

@@ -140,7 +140,7 @@ TEST_F(DriverRecordTest, TheAddressesOfEveryPairAreReported)
 
 TEST_F(DriverRecordTest, BothWritesOfAPairAreTheSame)
 {
-    for (const DeviceCommandCode command : {0x0107, 0x0108}) {
+    for (const DeviceCommandCode command : {0x0107U, 0x0108U}) {
         for (uint32_t index = 0; index <= 63; ++index) {
             const Bytes record = le32(index) + kAddress + kAddress6 + hex("D1 D2");
             const Bytes sent = le32(index) + zeros(4) + kAddress + kAddress6 + zeros(2);
@@ -158,7 +158,7 @@ TEST_F(DriverRecordTest, ThereAreSixtyFourPairs)
 {
     for (const uint32_t index :
          {64U, 65U, 127U, 128U, 255U, 256U, 0x10000U, 0x80000000U, 0xFFFFFFFFU}) {
-        for (const DeviceCommandCode command : {0x0106, 0x0107, 0x0108}) {
+        for (const DeviceCommandCode command : {0x0106U, 0x0107U, 0x0108U}) {
             expect_refused_record(command, le32(index) + kOld + hex("D1 D2"));
         }
     }
@@ -282,8 +282,8 @@ TEST_F(DriverRecordTest, PositiveResultOfTheDriverIsSuccess)
         board.fpga.results[request] = 3;
     }
     for (const DeviceCommandCode command :
-         {0x0104U, 0x0105U, 0x0106U, 0x0107U, 0x0108U, 0x010BU, 0x010CU, 0x010F, 0x0111, 0x0114,
-          0x0117, 0x0119, 0x011B}) {
+         {0x0104U, 0x0105U, 0x0106U, 0x0107U, 0x0108U, 0x010BU, 0x010CU, 0x010FU, 0x0111U, 0x0114U,
+          0x0117U, 0x0119U, 0x011BU}) {
         EXPECT_EQ(run(command, hex("01 00 00 00") + zeros(12)), 0);
     }
 }
