@@ -12,9 +12,9 @@
 #include <cstdarg>
 #include <cstdio>
 #include <string>
-#include <utility>
 
 #include "board/board.h"
+#include "board/call_text.h"
 
 namespace
 {
@@ -25,23 +25,6 @@ constexpr const char* kRtcPath = "/dev/rtc";
 Board& board()
 {
     return Board::current();
-}
-
-std::string flags_text(int flags)
-{
-    static constexpr std::pair<int, const char*> kFlags[] = {
-        {O_CREAT, "O_CREAT"}, {O_TRUNC, "O_TRUNC"}, {O_NONBLOCK, "O_NONBLOCK"}};
-    std::string text = (flags & O_ACCMODE) == O_RDONLY   ? "O_RDONLY"
-                       : (flags & O_ACCMODE) == O_WRONLY ? "O_WRONLY"
-                                                         : "O_RDWR";
-    int rest = flags & ~O_ACCMODE;
-    for (const auto& [flag, name] : kFlags) {
-        if ((rest & flag) != 0) {
-            text += std::string("|") + name;
-            rest &= ~flag;
-        }
-    }
-    return rest == 0 ? text : text + "|" + std::to_string(rest);
 }
 
 std::string lock_text(int operation)
@@ -82,22 +65,11 @@ __attribute__((format(printf, 1, 0))) std::string format_text(const char* format
     return result;
 }
 
-// "6B04 =1234", "6B42 12 00 00 00 00 00 00 00": the value, or the record as the driver gets it.
-std::string request_text(const std::string& path, const RequestForm& form, unsigned long argument)
+// The request as text; of the clock's with the path before it.
+std::string ioctl_text(const std::string& path, const RequestForm& form, unsigned long argument)
 {
-    char text[32];
-    snprintf(text, sizeof text, "%04X", form.number);
-    std::string line = (path == kFpgaPath ? "ioctl " : "ioctl " + path + " ") + text;
-    if (form.argument == Argument::kValue) {
-        snprintf(text, sizeof text, " =%04lX", argument);
-        return line + text;
-    }
-    const auto* record = reinterpret_cast<const unsigned char*>(argument);
-    for (size_t i = 0; i < form.size; ++i) {
-        snprintf(text, sizeof text, " %02X", record[i]);
-        line += text;
-    }
-    return line;
+    return (path == kFpgaPath ? "ioctl " : "ioctl " + path + " ") +
+           request_text(form, reinterpret_cast<const void*>(argument), argument);
 }
 
 // What a failing transfer of so many items answers, as one that got half way: the whole items in
@@ -122,7 +94,7 @@ extern "C" {
 int board_open(const char* path, int flags, ...)
 {
     mode_t mode = 0;
-    std::string detail = flags_text(flags);
+    std::string detail = openFlags_text(flags);
     if ((flags & O_CREAT) != 0) {
         va_list values;
         va_start(values, flags);
@@ -321,7 +293,7 @@ int board_ioctl(int descriptor, unsigned long request, ...)
     if (form->argument == Argument::kNothing && argument != 0) {
         ADD_FAILURE() << "argument " << argument << " for a request that takes none";
     }
-    const bool good = board().begin(board().recording ? request_text(path, *form, argument) : "");
+    const bool good = board().begin(board().recording ? ioctl_text(path, *form, argument) : "");
     if (!rtc && path != kFpgaPath) {
         errno = EBADF;
         return -1;
