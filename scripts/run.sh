@@ -5,6 +5,7 @@
 set -euo pipefail
 start=$PWD
 . "$(dirname "$0")/setup.sh"
+. scripts/checks.sh
 if [ $# -gt 1 ] || [ -z "${1-sample}" ]; then
     die 'usage: run.sh [IMAGE]'
 fi
@@ -38,19 +39,6 @@ flash=$root/dev/mtd_systemlog
 log=$root/conf/system.log
 mkdir "$root/conf" "$root/dev" "$root/tmp"
 cmake --install build/sample --prefix "$root/usr" >/dev/null
-
-failures=0
-
-# check WHAT COMMAND...: reports whether the command succeeds.
-check()
-{
-    if "${@:2}"; then
-        printf '  ok      %s\n' "$1"
-    else
-        printf '  FAILED  %s\n' "$1"
-        failures=$((failures + 1))
-    fi
-}
 
 said() { grep -qxF -e "$1" "$root/console"; }
 said_first() { [ "$(head -n 1 "$root/console")" = "$1" ]; }
@@ -145,5 +133,5 @@ else
 fi
 
 printf '\n'
-[ "$failures" -eq 0 ] || die "$failures check(s) FAILED"
+checks_end
 printf 'All runs did what they should.\n'

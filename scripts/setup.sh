@@ -12,10 +12,11 @@ die()
     exit 1
 }
 
-# present THING: a program, or a C++ header that the compiler finds.
+# present THING: a program, a file, or a C++ header that the compiler finds.
 present()
 {
     case $1 in
+    /*) [ -e "$1" ] ;;
     *.h) printf '#include <%s>\n' "$1" | c++ -E -x c++ - >/dev/null 2>&1 ;;
     *) command -v "$1" >/dev/null ;;
     esac

@@ -127,8 +127,7 @@ static void bandwidth(void)
     uint16_t id = 20;
     uint16_t read = 0;
     CHECK(Fpga_Register_Set(WR_PHY_REGISTER, &fast) == DEVICE_OK);
-    EXPECT_END(WR_BANDWIDTH, &id, DEVICE_OK,
-               WRITES "ioctl 6B43 12 00 00 00 40 00 00 00\n" CLOSES);
+    EXPECT_END(WR_BANDWIDTH, &id, DEVICE_OK, WRITES "ioctl 6B43 12 00 00 00 40 00 00 00\n" CLOSES);
     EXPECT_END(RD_BANDWIDTH, &read, DEVICE_OK,
                WRITES "ioctl 6B42 12 00 00 00 00 00 00 00\n" CLOSES);
     CHECK(read == 20);
@@ -146,7 +145,7 @@ static void mtu(void)
     flag = 0;
     EXPECT(RD_VLANT_MAP_ENABLE, &flag, DEVICE_OK, READS "ioctl 6B03 00 00\n" CLOSES);
     CHECK(flag == 1);
-    EXPECT(WR_MTU_DATASIZE, &sizes, DEVICE_OK, READS "ioctl 6B03 00 00\n" CLOSES);
+    EXPECT(WR_MTU_DATASIZE, &sizes, DEVICE_OK, WRITES "ioctl 6B03 00 00\n" CLOSES);
     CHECK(sizes.data_size[0] == 1474 && file_size("/tmp/mtu_datasize") == sizeof sizes);
     memset(&sizes, 0, sizeof sizes);
     EXPECT(RD_MTU_DATASIZE, &sizes, DEVICE_OK, "");
@@ -160,7 +159,7 @@ static void addresses(void)
     entry.own_id = 1;
     entry.id = 1;
     memcpy(entry.bytes, "\xC0\xA8\x01\x02", 4);
-    EXPECT(WR_ADDR_ENTRY, &entry, DEVICE_OK, WRITES "ioctl 6B24 02 01 A8 C0\n" CLOSES);
+    EXPECT(WR_ADDR_ENTRY, &entry, DEVICE_OK, WRITES "ioctl 6B24 C0 A8 01 02\n" CLOSES);
     memset(entry.bytes, 0, sizeof entry.bytes);
     EXPECT(RD_ADDR_ENTRY, &entry, DEVICE_OK, READS "ioctl 6B23 00 00 00 00\n" CLOSES);
     CHECK(entry.number == 0xC0A80102UL);
@@ -173,10 +172,11 @@ static void words(void)
     uint16_t code = 4;
     uint16_t none = 3;
     uint16_t own = 0;
-    uint16_t read = 0;
+    uint16_t read;
     EXPECT(WR_DEVICE_WORD_49, &none, DEVICE_BAD_ARGUMENT, "");
     CHECK(Fpga_Register_Set(WR_DEVICE_WORD_49, &code) == DEVICE_OK);
     CHECK(Fpga_Register_Set(RD_DEVICE_WORD_48, &read) == DEVICE_OK && read == 4);
+    read = 0;
     own = 7;
     EXPECT(WR_DEVICE_WORD_2A, &own, DEVICE_OK, WRITES "ioctl 6B2A =0007\n" CLOSES);
     EXPECT(RD_DEVICE_WORD_29, &read, DEVICE_OK, READS "ioctl 6B29 00 00\n" CLOSES);
@@ -284,7 +284,8 @@ static void rules(void)
 static void switch_tables(void)
 {
     static char table[128];
-    EXPECT(WR_SWITCH_TABLES_1, NULL, DEVICE_BAD_ARGUMENT, WRITES CLOSES); /* no files */
+    EXPECT(WR_SWITCH_TABLES_1, NULL, DEVICE_BAD_ARGUMENT,
+           WRITES "ioctl 6B02 00 00\n" CLOSES); /* no files */
     file_put("/tmp/ks8995_nor.dat", table, sizeof table);
     file_put("/tmp/ks8995_pri.dat", table, sizeof table);
     CHECK(Fpga_Register_Set(WR_SWITCH_TABLES_1, NULL) == DEVICE_OK);

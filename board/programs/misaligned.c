@@ -2,11 +2,13 @@
 #include <stdint.h>
 #include <stdio.h>
 
-int main(void)
+int main(int argc, char** argv)
 {
-    static volatile uint32_t words[2] = {0x03020100, 0x07060504};
+    static uint32_t words[2] = {0x03020100, 0x07060504};
+    /* The compiler cannot know where: argc is 1. */
     const volatile uint32_t* between =
-        (const volatile uint32_t*)(const volatile void*)((const volatile char*)words + 1);
+        (const volatile uint32_t*)(const volatile void*)((const char*)words + argc);
+    (void)argv;
     printf("misaligned: read 0x%08lX\n", (unsigned long)*between);
     return 0;
 }

@@ -236,70 +236,122 @@ class DeviceTrials : public DeviceTest
 // What makes a trial worth its time: another course or another result.
 using Kind = std::pair<int32_t, Trace>;
 
-TEST_F(DeviceTrials, OfEachCommandReachAllItsRequestsWithEachOfThemRefusedOnce)
+// The trials of one command: every course that draws show, up to a few of them, and then each
+// request once refused and once answered with a number.
+class CommandTrials
 {
-    constexpr size_t kKinds = 6;    // of one command at the most, while they show nothing new
-    constexpr int kDraws = 400;     // before a command is said to get nowhere
-    constexpr int kVainDraws = 40;  // after which no more kinds are looked for
-    constexpr unsigned kSleeps = 5; // seconds in one trial
-    size_t trials = 0;
+  public:
+    CommandTrials(uint32_t command, const CommandForm& form)
+        : form_(form), own_(commandRequests_get(command))
+    {
+    }
+
+    [[nodiscard]] bool wants_more() const
+    {
+        constexpr int kDraws = 400;    // before a command is said to get nowhere
+        constexpr int kVainDraws = 40; // after which no more courses are looked for
+        const bool complete = succeeded_ && reached_.size() == own_.size();
+        return draws_ < kDraws && (!complete || vain_draws_ < kVainDraws);
+    }
+
+    // Whether the outcome shows something new.
+    bool takes(const Trial& trial, const Outcome& outcome)
+    {
+        constexpr size_t kCourses = 6;
+        ++draws_;
+        ++vain_draws_;
+        const bool reaches_more = !std::includes(reached_.begin(), reached_.end(),
+                                                 outcome.requests.begin(), outcome.requests.end());
+        const bool needed = reaches_more || (outcome.result >= 0 && !succeeded_);
+        const bool other = courses_.size() < kCourses &&
+                           courses_.count({outcome.result, outcome.shape}) == 0 &&
+                           sleeps_ + outcome.sleeps <= kSleeps;
+        if (!needed && !other) {
+            return false;
+        }
+        vain_draws_ = 0;
+        sleeps_ += outcome.sleeps;
+        courses_.insert({outcome.result, outcome.shape});
+        reached_.insert(outcome.requests.begin(), outcome.requests.end());
+        succeeded_ = succeeded_ || outcome.result >= 0;
+        for (const uint32_t request : outcome.requests) {
+            examples_.emplace(request, trial);
+        }
+        return true;
+    }
+
+    bool takes_answered(int answer, const Outcome& outcome)
+    {
+        if (answer < 0) {
+            EXPECT_EQ(form_.results.count(outcome.result), 1U) << "result " << outcome.result;
+        } else if (sleeps_ + outcome.sleeps > kSleeps) {
+            return false;
+        }
+        sleeps_ += outcome.sleeps;
+        return true;
+    }
+
+    void expect_complete() const
+    {
+        EXPECT_TRUE(succeeded_);
+        EXPECT_EQ(reached_, own_);
+    }
+
+    // For each request a trial that reaches it.
+    [[nodiscard]] const std::map<uint32_t, Trial>& examples() const { return examples_; }
+
+  private:
+    static constexpr unsigned kSleeps = 8; // seconds that a command's trials may take on a board
+
+    const CommandForm& form_;
+    const Requests& own_;
+    std::set<Kind> courses_;
+    Requests reached_;
+    std::map<uint32_t, Trial> examples_;
+    bool succeeded_ = false;
+    int draws_ = 0;
+    int vain_draws_ = 0;
+    unsigned sleeps_ = 0;
+};
+
+TEST_F(DeviceTrials, OfEachCommandReachAllItsRequestsAndHaveEachOfThemRefused)
+{
     std::string all;
+    size_t count = 0;
+    const auto keep = [&](const Trial& trial, const Outcome& outcome) {
+        all += text(trial, outcome);
+        ++count;
+    };
     for (const CommandForm& form : commandForms_get()) {
         for (const uint32_t command : form.codes) {
             SCOPED_TRACE(command);
-            const Requests& own = commandRequests_get(command);
-            std::set<Kind> kinds;
-            Requests reached;
-            std::map<uint32_t, Trial> reaches;
-            bool succeeded = false;
-            int vain = 0;
-            for (int draw = 0;
-                 draw < kDraws && (vain < kVainDraws || !succeeded || reached.size() < own.size());
-                 ++draw) {
+            CommandTrials trials(command, form);
+            while (trials.wants_more()) {
                 const Trial trial = trial_draw(command, form.record);
                 const Outcome outcome = make(trial);
-                const bool shows_more =
-                    std::any_of(outcome.requests.begin(), outcome.requests.end(),
-                                [&](uint32_t request) { return reached.count(request) == 0; }) ||
-                    (outcome.result >= 0 && !succeeded);
-                const bool other = kinds.count({outcome.result, outcome.shape}) == 0;
-                ++vain;
-                if (outcome.sleeps > kSleeps || !(shows_more || (other && kinds.size() < kKinds))) {
-                    continue;
+                if (trials.takes(trial, outcome)) {
+                    keep(trial, outcome);
                 }
-                vain = 0;
-                kinds.insert({outcome.result, outcome.shape});
-                reached.insert(outcome.requests.begin(), outcome.requests.end());
-                succeeded = succeeded || outcome.result >= 0;
-                for (const uint32_t request : outcome.requests) {
-                    reaches.emplace(request, trial);
-                }
-                all += text(trial, outcome);
-                ++trials;
             }
-            EXPECT_TRUE(succeeded);
-            EXPECT_EQ(reached, own);
-            for (auto& [request, trial] : reaches) {
+            trials.expect_complete();
+            for (const auto& [request, example] : trials.examples()) {
                 for (const int answer : {-1, 3}) {
+                    Trial trial = example;
                     trial.answers = {{request, answer}};
                     const Outcome outcome = make(trial);
-                    EXPECT_TRUE(answer == 3 || form.results.count(outcome.result) != 0)
-                        << "result " << outcome.result;
-                    if (outcome.sleeps <= 2 * kSleeps) {
-                        all += text(trial, outcome);
-                        ++trials;
+                    if (trials.takes_answered(answer, outcome)) {
+                        keep(trial, outcome);
                     }
                 }
             }
         }
     }
-    RecordProperty("trials", static_cast<int>(trials));
     if (const char* path = getenv("MAINT_TRIALS")) {
         std::ofstream file(path, std::ios::trunc);
         file << all;
         file.close();
         EXPECT_TRUE(file) << path;
-        printf("%zu trials, %zu bytes: %s\n", trials, all.size(), path);
+        printf("%zu trials, %zu bytes: %s\n", count, all.size(), path);
     }
 }
 
