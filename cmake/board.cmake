@@ -9,6 +9,10 @@ list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MAINT_CROSS_PREFIX)
 if(NOT MAINT_CROSS_PREFIX)
   message(FATAL_ERROR "CROSS_COMPILE is not set; for example: CROSS_COMPILE=arm-linux-")
 endif()
+if(NOT "$ENV{CROSS_COMPILE}" STREQUAL "" AND NOT "$ENV{CROSS_COMPILE}" STREQUAL MAINT_CROSS_PREFIX)
+  message(FATAL_ERROR "This build folder is for the toolchain ${MAINT_CROSS_PREFIX}, not for "
+    "$ENV{CROSS_COMPILE}: another needs another folder (-B), or this one anew (--fresh)")
+endif()
 set(CMAKE_C_COMPILER ${MAINT_CROSS_PREFIX}gcc)
 set(CMAKE_CXX_COMPILER ${MAINT_CROSS_PREFIX}g++)
 
