@@ -8,6 +8,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <maint/commands/address_entry.h>
@@ -112,6 +113,9 @@ static void phys(void)
 {
     PhyRegisterAccess access = {1, 9, 0x1E00};
     PhyRegisterAccess none = {7, 0, 0};
+    PhyConfig config = {2, 0, 0, 1, 1, 0, {0, 0, 0}};
+    struct timeval begun;
+    struct timeval ended;
     EXPECT(WR_PHY_REGISTER, &access, DEVICE_OK,
            WRITES "ioctl 6B88 01 00 09 00 00 1E 00 00\n" CLOSES);
     access.value = 0;
@@ -119,6 +123,14 @@ static void phys(void)
            WRITES "ioctl 6B87 01 00 09 00 00 00 00 00\n" CLOSES);
     CHECK(access.value == 0x1E00);
     EXPECT(RD_PHY_REGISTER, &none, DEVICE_BAD_ARGUMENT, "");
+    /* Between the two writes of the control register it sleeps a second. */
+    gettimeofday(&begun, NULL);
+    EXPECT(WR_PHY_CONFIG, &config, DEVICE_OK,
+           WRITES "ioctl 6B88 02 00 00 00 02 10 00 00\n"
+                  "ioctl 6B88 02 00 00 00 00 21 00 00\n"
+                  "ioctl 6B88 02 00 1F 00 00 05 00 00\n" CLOSES);
+    gettimeofday(&ended, NULL);
+    CHECK(ended.tv_sec - begun.tv_sec + (ended.tv_usec - begun.tv_usec) / 1e6 >= 0.99);
 }
 
 static void bandwidth(void)

@@ -1,6 +1,7 @@
 // What each device command takes and returns.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <set>
 #include <vector>
