@@ -29,6 +29,12 @@ for file in "$program" "$library" "$build/compile_commands.json" "$build/CMakeCa
     [ -e "$file" ] || die "no $file: the preset board has not been built there"
 done
 
+declare -A limits
+for limit in stripped_program library_text stack; do
+    limits[$limit]=$(awk -v name="$limit" '$1 == name { print $2 }' "$here/limits")
+    [[ ${limits[$limit]} =~ ^[0-9]+$ ]] || die "no limit $limit in $here/limits"
+done
+
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 failures=()
@@ -214,9 +220,7 @@ stack=$(sort -rn "$work/stack" | awk 'NR == 1 { print $1 }')
 # limit_check NAME MEASURED WHAT
 limit_check()
 {
-    local limit
-    limit=$(awk -v name="$1" '$1 == name { print $2 }' "$here/limits")
-    [[ $limit =~ ^[0-9]+$ ]] || die "no limit $1 in $here/limits"
+    local limit=${limits[$1]}
     printf '%10d %10d  %s\n' "$2" "$limit" "$3"
     [ "$2" -le "$limit" ] ||
         failures+=("$3: $2 bytes, and the limit is $limit ($1 in board/limits)")

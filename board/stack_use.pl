@@ -50,7 +50,7 @@ sub name_in {
         my $name = $1;
         return $label =~ /::<lambda/ ? "$name/lambda" : $name;
     }
-    return $symbol =~ /^_Z(\d+)(\w+)/ ? substr($2, 0, $1) : $symbol;
+    return $symbol =~ /^_Z(\d+)(\w+)/ ? substr($2, 0, $1) : $symbol =~ s/.*://r;
 }
 
 # The objects: procedures, and the addresses and calls in code and constants. --------------------

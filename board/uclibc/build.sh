@@ -20,6 +20,16 @@ die()
     exit 1
 }
 
+# What the build calls, before it starts and not a minute later.
+programs_check()
+{
+    local program missing=()
+    for program in make cc xz perl "${tools[@]/#/$cross-}"; do
+        command -v "$program" >/dev/null || missing+=("$program")
+    done
+    [ "${#missing[@]}" -eq 0 ] || die "missing programs: ${missing[*]}"
+}
+
 # The compiler's own number: its packages' versions are those of a list of what is current.
 versions()
 {
@@ -112,7 +122,7 @@ choices_kept()
 toolchain_make()
 {
     local tool cxx
-    cp "$here/wrapper" "$here/uclibc.specs" "$folder"
+    cp "$here/wrapper" "$here/linking" "$folder"
     cp -a "$here/c++" "$folder/include/c++-uclibc"
     cxx=$cross_include/c++/$("$cross-g++" -dumpversion)
     [ -d "$cxx/$cross/bits" ] || die "no headers of C++ in $cxx"
@@ -121,7 +131,6 @@ toolchain_make()
     ln -s "$("$cross-gcc" -print-file-name=include)" "$folder/include/gcc"
     mkdir "$folder/bin"
     for tool in "${tools[@]}"; do
-        command -v "$cross-$tool" >/dev/null || die "no program $cross-$tool"
         ln -s ../wrapper "$folder/bin/arm-uclibc-$tool"
     done
     prefix=$folder/bin/arm-uclibc-
@@ -159,7 +168,8 @@ versions)
 into)
     [ $# -eq 2 ] || die "$usage"
     versions >/dev/null
-    folder=$(cd "$2" && pwd)
+    programs_check
+    folder=$(cd "$2" 2>/dev/null && pwd) || die "no folder $2"
     [ -z "$(ls -A "$folder")" ] || die "not empty: $folder"
     library_build
     toolchain_make
