@@ -39,7 +39,7 @@ toolchain=$(board/cached uclibc)/bin/arm-uclibc-
 
 step 'the product for the board'
 stage=$work/stage/usr
-CROSS_COMPILE=$toolchain quietly cmake --preset board -B build/board-uclibc
+CROSS_COMPILE=$toolchain quietly cmake --fresh --preset board -B build/board-uclibc
 quietly cmake --build build/board-uclibc
 quietly cmake --install build/board-uclibc --prefix "$stage"
 board/sizes.sh build/board-uclibc "$toolchain"

@@ -38,8 +38,7 @@ if [ -n "$missing" ]; then
     printf 'the kernel does not take this configuration: %s\n' "$missing"
     exit 1
 fi
-make -j"$(nproc)" zImage versatile-pb.dtb 2>&1 | "$here/../progress" "$folder/build.log" kernel ||
-    fail
+make -j"$(nproc)" zImage versatile-pb.dtb 2>&1 | "$here/../progress" "$folder/build.log" || fail
 mv arch/arm/boot/zImage arch/arm/boot/dts/versatile-pb.dtb "$folder"
 cd "$folder"
 rm -rf "$folder/source"

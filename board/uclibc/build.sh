@@ -58,29 +58,6 @@ failed()
     die "$1 failed; the whole log is $2"
 }
 
-# progress LOG: keeps what make says in the log, and says every few seconds how far it is.
-progress()
-{
-    perl -e '
-        open(my $log, ">", $ARGV[0]) or die "$ARGV[0]: $!\n";
-        my ($start, $objects, $last) = (time, 0, "");
-        $SIG{ALRM} = sub {
-            printf "  %4d objects, %3d s: %s\n", $objects, time - $start, $last;
-            alarm 5;
-        };
-        $| = 1;
-        alarm 5;
-        while (my $line = <STDIN>) {
-            print $log $line;
-            $line =~ m{^  (CC|AS|AR|STRIP) .*?(\S+)$} or next;
-            $objects += $1 eq "CC" || $1 eq "AS";
-            $last = $2;
-        }
-        close($log) or die "$ARGV[0]: $!\n";
-        printf "  %4d objects, %3d s\n", $objects, time - $start;
-    ' "$1"
-}
-
 library_build()
 {
     local source=(/usr/src/uClibc*.tar.xz) tree=$folder/build/source headers=$folder/build/kernel part
@@ -100,7 +77,7 @@ library_build()
     step 'Configuring uClibc' configure "${make[@]}" olddefconfig
     choices_kept "$tree/.config"
     printf '  Compiling uClibc\n'
-    "${make[@]}" -j "$(nproc)" 2>&1 </dev/null | progress "$folder/make.log" ||
+    "${make[@]}" -j "$(nproc)" 2>&1 </dev/null | "$here/../progress" "$folder/make.log" ||
         failed 'Compiling uClibc' "$folder/make.log"
     step 'Installing uClibc' install "${make[@]}" PREFIX="$folder/build/installed" install_dev
     mkdir -p "$folder/include"
