@@ -187,6 +187,17 @@ TEST_F(FpgaSelf, ShowsTheWholeRecordInTheTrace)
     }
 }
 
+// A word or bitmap at the beginning of a record that is the driver's affair.
+TEST_F(FpgaSelf, FillsMoreThanAWordWhereItIsTold)
+{
+    board.fpga.words = {{0x6B29, 0x1234}, {0x6B3B, 0x89ABCDEF}, {0x6B03, 0x5678}};
+    board.fpga.filled = {{0x6B29, 10}, {0x6B3B, 20}};
+    const Bytes after = pattern(kRoom);
+    EXPECT_EQ(answer(0x6B29, after), le16(0x1234) + Bytes(8, '\xEE') + after.substr(10));
+    EXPECT_EQ(answer(0x6B3B, after), le32(0x89ABCDEF) + Bytes(16, '\xEE') + after.substr(20));
+    EXPECT_EQ(answer(0x6B03, after), le16(0x5678) + after.substr(2));
+}
+
 // State -------------------------------------------------------------------------------------
 
 TEST_F(FpgaSelf, AWrittenWordShowsWhereItIsRead)
@@ -351,6 +362,20 @@ TEST_F(FpgaSelf, AForcedFailureChangesNothing)
     Bytes counter(12, '\0');
     EXPECT_EQ(request(0x6B9A, counter), -1);
     EXPECT_EQ((board.fpga.counters[{0, 0}]), 5U);
+}
+
+TEST_F(FpgaSelf, AForcedFailureCanHaveDoneItsWork)
+{
+    board.fpga.fills_when_failing = true;
+    board.fpga.results = {{0x6B40, -3}, {0x6B9A, -1}};
+    board.fpga.words[0x6B40] = 0x1234;
+    board.fpga.counters[{0, 0}] = 5;
+    Bytes record = le16(0x5A5A);
+    EXPECT_EQ(request(0x6B40, record), -3);
+    EXPECT_EQ(record, le16(0x1234));
+    Bytes counter(12, '\0');
+    EXPECT_EQ(request(0x6B9A, counter), -1);
+    EXPECT_EQ(counter, le32(0) + le32(5) + le32(0));
 }
 
 TEST_F(FpgaSelf, AForcedSuccessDoesItsWorkAllTheSame)

@@ -234,6 +234,18 @@ TEST_F(PortWordTest, EveryIdentifierButTheOwnIsAnotherUnits)
     }
 }
 
+TEST_F(PortWordTest, TheDriverMayFill496BytesForTheOwnIdentifier)
+{
+    board.fpga.words[0x6B29] = 7;
+    board.fpga.words[0x6B51] = 0xF345;
+    board.fpga.unit_words[{8, 1}] = {0xF678, 0};
+    board.fpga.filled[0x6B29] = 496;
+    EXPECT_EQ(run(0x00A7, hex("07 00 5A A5")), 0);
+    expect_record(hex("07 00 45 F3"));
+    EXPECT_EQ(run(0x00A7, hex("08 00 5A A5")), 0);
+    expect_record(hex("08 00 78 06"));
+}
+
 // An identifier that cannot be read counts as 0.
 TEST_F(PortWordTest, AnUnreadOwnIdentifierIsZero)
 {
