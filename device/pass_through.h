@@ -16,6 +16,19 @@ template <FpgaRequest kRequest, class Record> int32_t record_writeThrough(const 
     return command_writeRecord(kRequest, record);
 }
 
+// The driver reads a copy: whatever it does to its record, the caller's stays.
+template <FpgaRequest kRequest, class Record> int32_t record_writeCopy(const Record* record)
+{
+    Record copy = *record;
+    return command_writeRecord(kRequest, &copy);
+}
+
+template <FpgaRequest kRequest, class Record>
+int32_t record_writeCopyFailingAsRead(const Record* record)
+{
+    return status_failingAsRead(record_writeCopy<kRequest>(record));
+}
+
 // The caller's value is the request's argument.
 template <FpgaRequest kRequest, class Value> int32_t value_writeThrough(const Value* value)
 {

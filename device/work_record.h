@@ -1,5 +1,5 @@
-// Room for what a command's driver request may fill: callers of the device commands reserve as
-// much, the size of the largest record.
+// Room for what the driver may fill when a command reads one of its words for itself: how much that
+// is, is the driver's; this is the size of the largest record known.
 #pragma once
 
 #include <array>

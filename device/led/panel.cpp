@@ -12,11 +12,7 @@ static_assert(offsetof(LedStateRecord, group7) == 40);
 
 BitChange indicator_change(const LedIndicator& indicator, const LedStateRecord& record)
 {
-    const uint8_t value = record.*indicator.value;
-    if (value == 2) {
-        return bits_set(indicator.high, true);
-    }
-    return bitChange_join(bits_set(indicator.high, false), bits_set(indicator.low, value == 1));
+    return indicator_set(indicator, record.*indicator.value);
 }
 
 BitChange indicator_restore(const LedIndicator& indicator, const LedStateRecord& record)
@@ -28,23 +24,6 @@ void indicator_decode(const LedIndicator& indicator, uint16_t word, LedStateReco
 {
     const uint8_t low = (word & indicator.low) != 0 ? 1 : 0;
     record.*indicator.value = (word & indicator.high) != 0 ? uint8_t{2} : low;
-}
-
-BitChange ledA_change(uint8_t value)
-{
-    constexpr uint16_t kBoth = kLedALow | kLedAHigh;
-    switch (value) {
-    case kLedAOff:
-        return field_set(kBoth, 0);
-    case kLedAOn:
-        return field_set(kBoth, kLedALow);
-    case kLedACalm:
-        return field_set(kBoth, kBoth);
-    case kLedAAlert:
-        return field_set(kBoth, kLedAHigh);
-    default:
-        return {0, 0};
-    }
 }
 
 uint8_t ledA_decode(uint16_t word)

@@ -24,6 +24,14 @@ constexpr LedIndicator kLedE{&LedStateRecord::ledE, kLedRegisterC, 0x0040, 0x008
 constexpr LedIndicator kLedF{&LedStateRecord::ledF, kLedRegisterC, 0x0010, 0x0020};
 
 // A setter's rule: 1 low alone, 2 high with low as it was, any other value neither.
+constexpr BitChange indicator_set(const LedIndicator& indicator, uint8_t value)
+{
+    if (value == 2) {
+        return bits_set(indicator.high, true);
+    }
+    return bitChange_join(bits_set(indicator.high, false), bits_set(indicator.low, value == 1));
+}
+
 BitChange indicator_change(const LedIndicator& indicator, const LedStateRecord& record);
 // The restore's rule: as the setter's for 0, 1 and 2; any other value changes nothing.
 BitChange indicator_restore(const LedIndicator& indicator, const LedStateRecord& record);
@@ -37,7 +45,22 @@ constexpr uint16_t kAlertBit = 0x0080;
 enum LedAState : uint8_t { kLedAOff = 0, kLedAOn = 1, kLedACalm = 2, kLedAAlert = 3 };
 
 // 0 neither, 1 low alone, 2 both, 3 high alone; any other value changes nothing.
-BitChange ledA_change(uint8_t value);
+constexpr BitChange ledA_change(uint8_t value)
+{
+    constexpr uint16_t kBoth = kLedALow | kLedAHigh;
+    switch (value) {
+    case kLedAOff:
+        return field_set(kBoth, 0);
+    case kLedAOn:
+        return field_set(kBoth, kLedALow);
+    case kLedACalm:
+        return field_set(kBoth, kBoth);
+    case kLedAAlert:
+        return field_set(kBoth, kLedAHigh);
+    default:
+        return {0, 0};
+    }
+}
 uint8_t ledA_decode(uint16_t word);
 
 // Groups of three elements. Within a group's bits the first element is the highest, the second the

@@ -4,20 +4,27 @@
 #include <cstdint>
 
 #include "device/fpga_device.h"
+#include "device/led/panel.h"
 #include "maint/led_state.h"
 
-// A pattern's bits in LED registers B and C.
+// What a pattern does to LED registers B and C.
 struct LedPattern {
     BitChange registerB;
     BitChange registerC;
 };
 
-// ledA 1, ledB 1, ledC 1, ledD 2, ledE 1
-constexpr LedPattern kLedPattern1{{0x2A00, 0x1500}, {0x0080, 0x0240}};
-// ledA 1, ledB 2, ledC 1, ledD 1, ledE 2
-constexpr LedPattern kLedPattern2{{0x2200, 0x1900}, {0x0200, 0x0180}};
-// ledA 2, ledB 2, ledC 2, ledD 1, ledE 2
-constexpr LedPattern kLedPattern3{{0x0000, 0x3A00}, {0x0200, 0x0180}};
+// The pattern that shows these values. Unlike a setter's, a ledA of 2 leaves the alert bit.
+constexpr LedPattern pattern_of(uint8_t ledA, uint8_t ledB, uint8_t ledC, uint8_t ledD,
+                                uint8_t ledE)
+{
+    const BitChange bAndC = bitChange_join(indicator_set(kLedB, ledB), indicator_set(kLedC, ledC));
+    return {bitChange_join(ledA_change(ledA), bAndC),
+            bitChange_join(indicator_set(kLedD, ledD), indicator_set(kLedE, ledE))};
+}
+
+constexpr LedPattern kLedPattern1 = pattern_of(1, 1, 1, 2, 1);
+constexpr LedPattern kLedPattern2 = pattern_of(1, 2, 1, 1, 2);
+constexpr LedPattern kLedPattern3 = pattern_of(2, 2, 2, 1, 2);
 
 int32_t pattern_show(const LedPattern& pattern);
 

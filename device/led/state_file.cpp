@@ -11,6 +11,7 @@
 
 #include "device/led/panel_read.h"
 #include "device/port/device_word.h"
+#include "device/work_record.h"
 
 namespace
 {
@@ -96,13 +97,13 @@ int32_t ledState_save()
         if (ledState_inhibited()) {
             return kDone;
         }
-        uint16_t ownId = 0;
-        if (read_device_word_29(&ownId) < 0) {
+        WorkRecord<uint16_t> own{};
+        if (read_device_word_29(own.data()) < 0) {
             return kFailed;
         }
         LedStateRecord record{};
-        record.ownId = ownId;
-        record.targetId = ownId;
+        record.ownId = own[0];
+        record.targetId = own[0];
         if (read_led_state(&record) < 0) {
             return kFailed;
         }

@@ -23,7 +23,8 @@ template <class Work> int32_t saveLock_run(Work work)
 bool ledState_inhibited();
 
 // Saves the live panel to the file, unless the file is there already: the first of several nested
-// patterns counts. Returns 0; -1 the panel cannot be read or the file not be written.
+// patterns counts. Returns 0; -1 the panel cannot be read, or the file not be made or not be
+// written whole. A file that was made stays, and the next call takes it for saved.
 int32_t ledState_save();
 
 // Merges the bytes of one LED command into the file. Returns 0 recorded (the caller leaves the

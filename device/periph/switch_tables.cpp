@@ -30,7 +30,10 @@ int32_t table_load(const char* path, SwitchTable& table)
     }
     const bool whole = fread(table, sizeof table, 1, file) == 1;
     fclose(file);
-    return whole ? static_cast<int32_t>(DEVICE_OK) : static_cast<int32_t>(DEVICE_BAD_ARGUMENT);
+    if (!whole) {
+        return DEVICE_BAD_ARGUMENT;
+    }
+    return DEVICE_OK;
 }
 
 // Nothing is sent unless both files could be read in full.

@@ -17,26 +17,26 @@ namespace
 
 constexpr const char* kSerialNumberPath = "/tmp/serialno";
 
-constexpr uint16_t kStateFault = 0xE000;
-constexpr uint16_t kStateUp = 0x1000;
-constexpr uint16_t kStateDetail = 0x0300;
-constexpr unsigned kStateDetailShift = 8;
+constexpr uint16_t kStatusAny13To15 = 0xE000;
+constexpr uint16_t kStatusBit12 = 0x1000;
+constexpr uint16_t kStatusBits8And9 = 0x0300;
+constexpr unsigned kStatusBit8Shift = 8;
 
 constexpr uint16_t kCodeNone = 0;
-constexpr uint16_t kCodeFault = 2;
+constexpr uint16_t kCodeAny13To15 = 2;
 constexpr uint16_t kCodeKept = UINT16_MAX; // no code: the caller's stays
-constexpr uint16_t kCodeByDetail[] = {1, 3, kCodeKept, 4};
+constexpr uint16_t kCodeByBits8And9[] = {1, 3, kCodeKept, 4};
 
 // The code that a port's status stands for, or kCodeKept.
 uint16_t code_of(uint16_t status)
 {
-    if ((status & kStateFault) != 0) {
-        return kCodeFault;
+    if ((status & kStatusAny13To15) != 0) {
+        return kCodeAny13To15;
     }
-    if ((status & kStateUp) == 0) {
+    if ((status & kStatusBit12) == 0) {
         return kCodeKept;
     }
-    return kCodeByDetail[(status & kStateDetail) >> kStateDetailShift];
+    return kCodeByBits8And9[(status & kStatusBits8And9) >> kStatusBit8Shift];
 }
 
 } // namespace
@@ -52,8 +52,10 @@ int32_t read_serial_number(SerialNumber* serial)
     if (got < 0) {
         return DEVICE_READ_FAILED;
     }
-    return got == sizeof serial->text ? static_cast<int32_t>(DEVICE_OK)
-                                      : static_cast<int32_t>(DEVICE_UNMAPPED);
+    if (got != sizeof serial->text) {
+        return DEVICE_UNMAPPED;
+    }
+    return DEVICE_OK;
 }
 
 int32_t read_port_state_code(PortStateCode* record)

@@ -22,12 +22,6 @@ int32_t counterRecord_read(FpgaRequest request, CounterRecord* record)
     return status;
 }
 
-// Sends a copy: whatever the driver does to its record, the caller's stays.
-template <class Record> int32_t copy_write(FpgaRequest request, Record record)
-{
-    return command_writeRecordFailingAsRead(request, &record);
-}
-
 } // namespace
 
 int32_t read_counter(CounterRecord* record)
@@ -35,29 +29,9 @@ int32_t read_counter(CounterRecord* record)
     return counterRecord_read(kCounterRead, record);
 }
 
-int32_t write_counter(const CounterRecord* record)
-{
-    return copy_write(kCounterWrite, *record);
-}
-
 int32_t read_counter_alt(CounterRecord* record)
 {
     return counterRecord_read(kCounterAltRead, record);
-}
-
-int32_t write_counter_alt(const CounterRecord* record)
-{
-    return copy_write(kCounterAltWrite, *record);
-}
-
-int32_t write_counter_block_large(const CounterBlockLarge* record)
-{
-    return copy_write(kCounterBlockLargeWrite, *record);
-}
-
-int32_t write_counter_block_small(const CounterBlockSmall* record)
-{
-    return copy_write(kCounterBlockSmallWrite, *record);
 }
 
 int32_t read_driver_state(uint16_t* state)

@@ -7,12 +7,15 @@
 #include "maint/commands/counter.h"
 
 int32_t read_counter(CounterRecord* record);
-int32_t write_counter(const CounterRecord* record);
 int32_t read_counter_alt(CounterRecord* record);
-int32_t write_counter_alt(const CounterRecord* record);
-int32_t write_counter_block_large(const CounterBlockLarge* record);
-int32_t write_counter_block_small(const CounterBlockSmall* record);
 int32_t read_driver_state(uint16_t* state);
+
+constexpr auto write_counter = record_writeCopyFailingAsRead<kCounterWrite, CounterRecord>;
+constexpr auto write_counter_alt = record_writeCopyFailingAsRead<kCounterAltWrite, CounterRecord>;
+constexpr auto write_counter_block_large =
+    record_writeCopyFailingAsRead<kCounterBlockLargeWrite, CounterBlockLarge>;
+constexpr auto write_counter_block_small =
+    record_writeCopyFailingAsRead<kCounterBlockSmallWrite, CounterBlockSmall>;
 
 constexpr auto read_ext_status_a = record_readThrough<kExtStatusARead, uint16_t>;
 constexpr auto read_ext_status_b = record_readThrough<kExtStatusBRead, uint16_t>;

@@ -140,10 +140,3 @@ int32_t write_control_bit7_clear(uint16_t* word)
         return record_write(fpga, kDriverControlWrite, word);
     });
 }
-
-// Sends a copy: whatever the driver does to its record, the caller's stays.
-int32_t write_pair_words(const PairWords* record)
-{
-    const PairWords request = *record;
-    return command_writeRecord(kPairWordsWrite, &request);
-}

@@ -4,6 +4,7 @@
 
 #include "device/fpga_device.h"
 #include "device/port/device_word.h"
+#include "device/port_number.h"
 #include "device/unit_bit.h"
 #include "device/unit_records.h"
 #include "device/work_record.h"
@@ -34,8 +35,6 @@ struct PortEntryRequest {
 static_assert(sizeof(PortEntryRequest) == 8);
 
 constexpr unsigned kEntriesPerPort = 8;
-constexpr uint16_t kPortFirst = 1;
-constexpr uint16_t kPortLast = 29;
 constexpr uint16_t kChannelPage = 1;
 constexpr uint16_t kChannelLow = 0x0FFF;
 
@@ -43,11 +42,6 @@ PortEntryRequest request_for(const PortEntry& entry, uint16_t value)
 {
     const auto address = static_cast<uint16_t>(entry.index + kEntriesPerPort * entry.port);
     return {address, entry.flag == 1 ? uint16_t{1} : uint16_t{0}, value, 0};
-}
-
-bool port_valid(uint16_t port)
-{
-    return port >= kPortFirst && port <= kPortLast;
 }
 
 } // namespace
@@ -90,7 +84,7 @@ int32_t write_port_entry(const PortEntry* entry)
 int32_t write_port_entry_ranged(const PortEntry* entry)
 {
     return fpga_run(FpgaAccess::kWrite, [entry](Fpga fpga) -> int32_t {
-        if (!port_valid(entry->port)) {
+        if (!port_isValid(entry->port)) {
             return DEVICE_READ_FAILED; // this command's code for it
         }
         const PortEntryRequest request = request_for(*entry, entry->value);
@@ -105,7 +99,7 @@ int32_t read_port_mask(PortMask* record)
 
 int32_t write_port_mask_bit(PortMask* record)
 {
-    if (!port_valid(record->port)) {
+    if (!port_isValid(record->port)) {
         return DEVICE_BAD_ARGUMENT;
     }
     return fpga_run(FpgaAccess::kWrite, [record](Fpga fpga) {
@@ -128,12 +122,6 @@ int32_t read_status_bit(StatusBit* record)
         record->result = record->bit == 0 ? word : bit;
     }
     return status;
-}
-
-int32_t write_status_word(const uint16_t* word)
-{
-    const uint16_t copy = *word;
-    return command_writeRecordFailingAsRead(kStatusWordWrite, &copy);
 }
 
 int32_t read_channel_word(ChannelWord* record)

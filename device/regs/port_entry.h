@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "device/pass_through.h"
 #include "maint/commands/counter.h"
 
 int32_t read_indexed_word(IndexedWord* record);
@@ -13,6 +14,7 @@ int32_t write_port_entry_ranged(const PortEntry* entry);
 int32_t read_port_mask(PortMask* record);
 int32_t write_port_mask_bit(PortMask* record);
 int32_t read_status_bit(StatusBit* record);
-int32_t write_status_word(const uint16_t* word);
 int32_t read_channel_word(ChannelWord* record);
 int32_t write_channel_word(const ChannelWord* record);
+
+constexpr auto write_status_word = record_writeCopyFailingAsRead<kStatusWordWrite, uint16_t>;

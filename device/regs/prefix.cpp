@@ -102,8 +102,10 @@ int32_t prefixSet_read(unsigned set, PrefixBytes& address, uint16_t& length)
     PrefixBytes mask;
     registerBytes_unpack(std::span(values).first(2), address);
     registerBytes_unpack(std::span(values).last(2), mask);
-    return prefixLength_fromMask(mask, length) == 0 ? static_cast<int32_t>(DEVICE_OK)
-                                                    : static_cast<int32_t>(DEVICE_UNMAPPED);
+    if (prefixLength_fromMask(mask, length) != 0) {
+        return DEVICE_UNMAPPED;
+    }
+    return DEVICE_OK;
 }
 
 // The address is read, too, and left to the caller as it was.

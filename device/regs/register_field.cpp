@@ -5,6 +5,7 @@ int32_t field_read(const RegisterField& field, uint16_t* value)
     uint16_t held = 0;
     const int32_t status = command_readRegister(field.address, held);
     if (status == DEVICE_OK) {
+        // What is cut to the mask cannot be above it, so nothing is refused here.
         *value = held & field.mask;
     }
     return status;

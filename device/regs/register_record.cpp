@@ -4,6 +4,7 @@
 
 #include "device/flag_fields.h"
 #include "device/fpga_device.h"
+#include "device/port_number.h"
 #include "device/regs/register_bytes.h"
 #include "device/shared_registers.h"
 
@@ -42,7 +43,6 @@ constexpr uint32_t kRegister15E = 0x015E;
 
 constexpr uint32_t kPortBitsLow = 0x005E;  // ports 1..15
 constexpr uint32_t kPortBitsHigh = 0x005C; // ports 16..29
-constexpr uint16_t kPortBitLast = 29;
 constexpr uint16_t kPortBitsPerRegister = 16;
 
 int32_t block16A_select(Fpga fpga, uint16_t index)
@@ -51,13 +51,13 @@ int32_t block16A_select(Fpga fpga, uint16_t index)
 }
 
 // A port out of range is found with the device open. The two codes differ from other commands'.
-constexpr int32_t kPortOutOfRange = -2;
-constexpr int32_t kPortReadFailed = -3;
+constexpr int32_t kPortOutOfRange = DEVICE_READ_FAILED;
+constexpr int32_t kPortReadFailed = DEVICE_UNMAPPED;
 
 int32_t portBit_change(uint16_t port, bool on)
 {
     return fpga_run(FpgaAccess::kWrite, [=](Fpga fpga) -> int32_t {
-        if (port < 1 || port > kPortBitLast) {
+        if (!port_isValid(port)) {
             return kPortOutOfRange;
         }
         const bool low = port < kPortBitsPerRegister;

@@ -24,10 +24,10 @@ constexpr const char* kStatisticsPath = "/conf/statistics";
 constexpr ssize_t kStatisticsSize = sizeof(StatisticsFile);
 constexpr int32_t kFileFailed = DEVICE_OPEN_FAILED; // whatever failed about it
 
-constexpr uint32_t kStreamB = 64;       // its counters stand so far behind those of stream A
-constexpr uint16_t kWideItems = 0x0100; // bit of device word 03
+constexpr uint32_t kStreamB = 64;           // its counters stand so far behind those of stream A
+constexpr uint16_t kItemBytesBit8 = 0x0100; // bit of device word 03
 constexpr uint32_t kItemBytes = 18;
-constexpr uint32_t kWideItemBytes = 26;
+constexpr uint32_t kItemBytesWithBit8 = 26;
 constexpr unsigned kKibShift = 10;
 constexpr uint32_t kRestMask = 0x3FF;
 
@@ -58,7 +58,7 @@ uint32_t itemBytes_read()
 {
     WorkRecord<uint16_t> status{}; // stays 0 when the read fails
     read_device_word_03(status.data());
-    return (status[0] & kWideItems) != 0 ? kWideItemBytes : kItemBytes;
+    return (status[0] & kItemBytesBit8) != 0 ? kItemBytesWithBit8 : kItemBytes;
 }
 
 void total_add(uint32_t bytes, uint32_t& kib, uint32_t& rest)

@@ -9,8 +9,9 @@
 
 /*
  * A group of three on/off elements.
- *   valid    which elements a command applies, 0: all three; the order in which the bits pick the
- *            elements is the command's
+ *   valid    which elements a command applies, 0: all three; the order in which bits 0..2 pick the
+ *            elements is the command's. Bits 3..7 select nothing: 8 alone applies no element, and
+ *            the elements are written back as they were
  *   element  1: on, any other value: off
  */
 typedef struct LedGroup {

@@ -13,6 +13,12 @@ Bytes hex(const char* pairs)
     return bytes;
 }
 
+Trace operator+(Trace first, const Trace& second)
+{
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
 void failure_sweep(Board& board, const std::function<void()>& prepare,
                    const std::function<int32_t()>& action,
                    const std::function<void(size_t, const std::string&, int32_t)>& check)

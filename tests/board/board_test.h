@@ -33,6 +33,9 @@ template <class Record> Bytes bytes_of(const Record& record)
 // The bytes that a text of hex pairs stands for: hex("FF 00").
 Bytes hex(const char* pairs);
 
+// Calls one after the other.
+Trace operator+(Trace first, const Trace& second);
+
 // The failure sweep. Runs `action` once on a fresh start and counts its calls; then once more for
 // each of them with that call failing, and hands the number of the failed call (from 0), its text
 // without " -> failed" and the action's result to `check`. `prepare` sets up the files before each

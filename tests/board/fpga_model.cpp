@@ -5,6 +5,8 @@
 namespace
 {
 
+constexpr int kFiller = 0xEE; // of what is longer than its word
+
 template <class Number> Number number_at(const char* record, size_t offset)
 {
     Number number;
@@ -61,14 +63,16 @@ uint32_t word_of_write(uint32_t request)
 int FpgaModel::serve(const RequestForm& form, char* record, uint32_t value)
 {
     const auto forced = results.find(form.number);
-    if (forced != results.end() && forced->second < 0) {
+    if (forced != results.end() && forced->second < 0 && !fills_when_failing) {
         return forced->second;
     }
     switch (form.argument) {
     case Argument::kWord:
+        long_fill(form.number, record);
         number_put(record, 0, static_cast<uint16_t>(words[form.number]));
         break;
     case Argument::kMap:
+        long_fill(form.number, record);
         number_put(record, 0, words[form.number]);
         break;
     case Argument::kValue:
@@ -85,6 +89,14 @@ int FpgaModel::serve(const RequestForm& form, char* record, uint32_t value)
         break;
     }
     return forced == results.end() ? 0 : forced->second;
+}
+
+void FpgaModel::long_fill(uint32_t request, char* record) const
+{
+    const auto longer = filled.find(request);
+    if (longer != filled.end()) {
+        memset(record, kFiller, longer->second);
+    }
 }
 
 void FpgaModel::serve_record(const RequestForm& form, char* record)

@@ -58,6 +58,11 @@ class FpgaModel
     std::map<std::pair<uint32_t, uint32_t>, uint32_t> counters_alt; // likewise
     std::map<uint32_t, Record> written; // the last record of each request that only writes
     std::map<uint32_t, int> results;    // what a request returns instead of 0
+    // A request that `results` makes fail has done its work all the same.
+    bool fills_when_failing = false;
+    // How many bytes a request that reads a word or a bitmap fills, where the driver's record is
+    // longer than that: those behind the word are 0xEE.
+    std::map<uint32_t, size_t> filled;
 
     // Runs when a record request has been served; for answers that no state of the model gives.
     std::function<void(uint32_t request, char* record)> answered;
@@ -66,5 +71,6 @@ class FpgaModel
     int serve(const RequestForm& form, char* record, uint32_t value);
 
   private:
+    void long_fill(uint32_t request, char* record) const;
     void serve_record(const RequestForm& form, char* record);
 };

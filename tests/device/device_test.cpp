@@ -55,21 +55,6 @@ Trace failed_run(const Course& course, size_t failing)
     return calls;
 }
 
-Trace calls_of(const Course& course)
-{
-    Trace calls;
-    for (const Step& step : course) {
-        calls.push_back(step.call);
-    }
-    return calls;
-}
-
-Trace operator+(Trace first, const Trace& second)
-{
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
-
 const Trace kRetry{"usleep 1"};
 
 } // namespace
@@ -135,6 +120,20 @@ Course operator+(Course first, const Course& second)
 {
     first.insert(first.end(), second.begin(), second.end());
     return first;
+}
+
+Trace calls_of(const Course& course, size_t from)
+{
+    Trace calls;
+    for (size_t i = from; i < course.size(); ++i) {
+        calls.push_back(course[i].call);
+    }
+    return calls;
+}
+
+Bytes byte(uint32_t value)
+{
+    return Bytes(1, static_cast<char>(value));
 }
 
 Bytes le16(uint32_t value)

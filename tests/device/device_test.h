@@ -37,7 +37,11 @@ Step sleeps(unsigned seconds);
 // Courses one after the other.
 Course operator+(Course first, const Course& second);
 
-// Little-endian bytes, to build records from.
+// The calls of a course, from a step on.
+Trace calls_of(const Course& course, size_t from = 0);
+
+// Bytes to build records from, numbers little-endian.
+Bytes byte(uint32_t value);
 Bytes le16(uint32_t value);
 Bytes le32(uint32_t value);
 

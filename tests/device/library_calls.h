@@ -6,12 +6,7 @@
 
 constexpr const char* kConfig = "/conf/config";
 constexpr const char* kSystemLog = "/conf/system.log";
-
-inline Trace operator+(Trace first, const Trace& second)
-{
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
+constexpr const char* kLedFile = "/tmp/led_rewrite_inh";
 
 // A lookup in a file that reads so many lines.
 inline Trace lookup_calls(const std::string& path, size_t lines)

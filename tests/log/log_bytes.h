@@ -161,9 +161,3 @@ inline Trace systemAppend_trace(long offset)
             "fwrite /conf/system.log 12",
             "fclose /conf/system.log"};
 }
-
-inline Trace operator+(Trace left, const Trace& right)
-{
-    left.insert(left.end(), right.begin(), right.end());
-    return left;
-}

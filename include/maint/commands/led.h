@@ -52,18 +52,21 @@ enum { LED_CHANGE_RECORDED = 1 };
  *                     event 257, a ledA other than 0 becomes 3.
  *                     The alert bit is bit 7 of LED register B; bit and ledA count as the panel
  *                     shows them. Event (/conf/user.log, /tmp/flashsave; failures ignored) and ledA
- *                     are handled even while the inhibit defers the rest; the alert bit then is not
- *                     written, so that each repeated command logs its event again.
+ *                     are handled even while the inhibit defers the rest: ledA as the pattern's
+ *                     value demands, in the LED state file. The alert bit and device word 03 are
+ *                     not written then, so that each repeated command logs its event again, an
+ *                     alert that ends keeps its bit, and bit 6 is set by a WR_LED_RESTORE with a
+ *                     ledA of 3 but not cleared by any.
  *
  * In the LED state file a group is always recorded whole, whatever the mask says.
  *
  * Results: 0 written to the panel; 1 recorded; -1 device not opened; -2 register, switch port or
  * device word 03 not read; -4 one of them not written. When WR_LED_GROUP_7 fails at the switch
  * port, or WR_LED_GROUP_1 at the device word, the panel has been changed. WR_LED_GROUP_1 opens and
- * reads the device while the inhibit is on, too, and then fails as without it. The second run of a
- * failed WR_LED_GROUP_1 starts from what the first one left: an event is logged once more when the
- * register was not written; when it was, the event's change does not reach device word 03, and 0 is
- * returned.
+ * reads the device while the inhibit is on, too: when the device cannot be opened or read it
+ * returns -1 or -2 although the group has been recorded. The second run of a failed WR_LED_GROUP_1
+ * starts from what the first one left: an event is logged once more when the register was not
+ * written; when it was, the event's change does not reach device word 03, and 0 is returned.
  */
 
 /*
@@ -88,8 +91,11 @@ enum { LED_CHANGE_RECORDED = 1 };
  *
  * A setter that runs at the same moment may have found no inhibit yet; the restore undoes its
  * change.
- * Results: 0; -1 panel not saved (nothing changed), or device not opened; -2 a read, -4 a write
- * failed, with the registers written before changed.
+ * Results: 0; -1 panel not saved (its registers are as they were), or device not opened; -2 a read,
+ * -4 a write failed, with the registers written before changed. A state file that was made but
+ * could not be written whole stays and counts as saved: the second run of the failed command draws
+ * the pattern and returns 0. WR_LED_RESTORE then fails with -1, and the setters drive the panel,
+ * until the file is removed.
  */
 
 /*
@@ -99,9 +105,10 @@ enum { LED_CHANGE_RECORDED = 1 };
  * flags set meanwhile are lost; ledF and the alert bit are left alone, and so is an indicator whose
  * saved value is above its range. Bit 7 of device word 03 is cleared; a ledA of 3 sets its bit 6.
  * Switch port 4 is not brought up to date with group 7.
- * Results: 0, also when no inhibit was on (nothing is touched); -1 file or device not opened or
- * file of less than 44 bytes; -2 a read, -4 a write failed, of a register or of device word 03. On
- * failure the inhibit stays on, with what was restored before.
+ * Results: 0, also when no inhibit was on (nothing is touched) and when the file cannot be removed
+ * (the inhibit then stays on); -1 file or device not opened or file of less than 44 bytes; -2 a
+ * read, -4 a write failed, of a register or of device word 03. On failure the inhibit stays on,
+ * with what was restored before.
  */
 
 /*

@@ -6,8 +6,8 @@
  * WR_SWITCH_TABLES_1 (0x120), WR_SWITCH_TABLES_2 (0x121): the argument is not used and may be null.
  *
  * Results: 0; -1 device not opened; -2 status word not read, or tables refused (0x120); -4 tables
- * refused (0x121); -5 a file is missing or shorter than 128 bytes (found with the
- * device open; nothing is loaded, and the command is not retried).
+ * refused (0x121); -5 a file is missing or shorter than 128 bytes (found with the device open;
+ * nothing is loaded, and the command is not retried).
  */
 #ifndef MAINT_COMMANDS_SWITCH_TABLES_H
 #define MAINT_COMMANDS_SWITCH_TABLES_H

@@ -19,8 +19,8 @@ typedef struct SerialNumber {
  * RD_PORT_STATE_CODE (0x400). Code out: 0 the port is not in the device's bitmap, or a reading
  * failed; 2 any of status bits 13..15; with bit 12 alone of these, by bits 9 and 8: 00 gives 1, 01
  * gives 3, 11 gives 4. In every other case the code is not written: preset it (a first run that
- * fails and is repeated has written 0). Results: 0; -1 a
- * reading failed.
+ * fails and is repeated has written 0).
+ * Results: 0; -1 a reading failed.
  */
 typedef struct PortStateCode {
     uint16_t port; /* 0, in: 0..31; its low byte is the number of its bit, above 31 there is none */

@@ -129,9 +129,9 @@ class Alert : public LedSetterTest
 
     void file_put(File file)
     {
-        board.file_remove(kLedState);
+        board.file_remove(kLedFile);
         if (file != File::kAbsent) {
-            board.file_put(kLedState, kSaved.substr(0, file == File::kWhole ? 44 : 43));
+            board.file_put(kLedFile, kSaved.substr(0, file == File::kWhole ? 44 : 43));
         }
     }
 
@@ -164,9 +164,9 @@ class Alert : public LedSetterTest
         EXPECT_EQ(board.file_get(kUserLog),
                   outcome.event == 0 ? userLog_with({}) : userLog_with({outcome.event}));
         if (file == File::kAbsent) {
-            EXPECT_FALSE(board.file_exists(kLedState));
+            EXPECT_FALSE(board.file_exists(kLedFile));
         } else {
-            EXPECT_EQ(board.file_get(kLedState), file_expected(outcome, caller, file));
+            EXPECT_EQ(board.file_get(kLedFile), file_expected(outcome, caller, file));
         }
         EXPECT_EQ(record.bytes(), caller);
     }
@@ -375,7 +375,7 @@ TEST_F(Alert, DrivesTheGroupButNotLedAWhenOnlyTheGroupCannotBeRecorded)
     EXPECT_EQ(board.fpga.words[0x6B03], kWord03 | kBit6);
     Bytes file = kSaved;
     file[8] = 3;
-    EXPECT_EQ(board.file_get(kLedState), file);
+    EXPECT_EQ(board.file_get(kLedFile), file);
 }
 
 TEST_F(Alert, LeavesThePanelAloneWhenOnlyLedACannotBeRecorded)
@@ -391,7 +391,7 @@ TEST_F(Alert, LeavesThePanelAloneWhenOnlyLedACannotBeRecorded)
     EXPECT_EQ(board.fpga.words[0x6B03], kWord03);
     Bytes file = kSaved;
     file.replace(15, 3, hex("01 00 00"));
-    EXPECT_EQ(board.file_get(kLedState), file);
+    EXPECT_EQ(board.file_get(kLedFile), file);
 }
 
 } // namespace

@@ -143,7 +143,7 @@ TEST_P(GroupOfThree, ReadsTheRegisterChangesTheSelectedElementsAndWritesItBack)
         panel.push_back(closes());
         prove(group.command, prepare, group.asks_for_inhibit ? without_inhibit(panel) : panel);
     }
-    EXPECT_FALSE(board.file_exists(kLedState));
+    EXPECT_FALSE(board.file_exists(kLedFile));
 }
 
 TEST_P(GroupOfThree, AppliesTheElementsThatEachMaskSelects)

@@ -76,7 +76,7 @@ TEST_P(ThreeState, ReadsTheRegisterChangesItsPairAndWritesItBack)
             },
             indicator.asks_for_inhibit ? without_inhibit(panel) : panel);
     }
-    EXPECT_FALSE(board.file_exists(kLedState));
+    EXPECT_FALSE(board.file_exists(kLedFile));
 }
 
 TEST_P(ThreeState, SetsItsPairAloneInEveryRegisterValue)
@@ -190,7 +190,7 @@ TEST_F(LedA, ReadsTheRegisterChangesItsPairAndWritesItBack)
             },
             without_inhibit(changes_word(0x6B11, 0x6B12, after)));
     }
-    EXPECT_FALSE(board.file_exists(kLedState));
+    EXPECT_FALSE(board.file_exists(kLedFile));
 }
 
 TEST_F(LedA, SetsItsPairAloneInEveryRegisterValueButForTheAlertBitThatTwoClears)

@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "board/lock_holder.h"
-#include "device/led/panel_words.h"
+#include "device/led/inhibit_test.h"
 
 namespace
 {
@@ -62,30 +62,18 @@ class SharedPanel
     std::array<uint16_t, 4> known_{}; // by this process
 };
 
-struct Command {
-    DeviceCommandCode code;
-    Bytes record;
-};
-
-Bytes record_of(std::initializer_list<std::pair<size_t, char>> bytes)
-{
-    Bytes record(44, '\0');
-    for (const auto& [byte, value] : bytes) {
-        record[byte] = value;
-    }
-    return record;
-}
-
-// Two changes in two registers, neither of them what the panel or a pattern shows.
+// Changes in each of the registers, none of them what the panel or a pattern shows.
 const Command kSetLedD{WR_LED_D, record_of({{11, 1}})};
 const Command kSetGroup4{WR_LED_GROUP_4, record_of({{29, 1}, {31, 1}})};
-const Command kRestore{WR_LED_RESTORE, Bytes(44, '\0')};
+const Command kSetGroup1{WR_LED_GROUP_1, record_of({{15, 1}, {16, 1}, {17, 1}})};
+const Command kRestorePanel{kRestore, Bytes(44, '\0')};
 const PanelWords kStart{0x0010, 0x0412, 0x0044, 0x0001};
 
-// The start with one change or both.
-PanelWords changed(bool ledD, bool group4)
+// The start with some of the changes.
+PanelWords changed(bool ledD, bool group4, bool group1 = false)
 {
     PanelWords words = kStart;
+    words.b = static_cast<uint16_t>(words.b | (group1 ? 0x0070 : 0));
     words.c = static_cast<uint16_t>(words.c | (ledD ? 0x0100 : 0));
     words.a = static_cast<uint16_t>(group4 ? 0x0060 : words.a);
     return words;
@@ -172,16 +160,45 @@ class InhibitProcesses : public LedTest
 TEST_F(InhibitProcesses, ACommandAtAnyPointOfARestoreIsNotLost)
 {
     constexpr size_t kFlock = 1;
+    for (const Command& command : {kSetLedD, kSetGroup1}) {
+        size_t calls = 1;
+        for (size_t meeting = 0; meeting < calls; ++meeting) {
+            SCOPED_TRACE(meeting);
+            inhibit();
+            const Met met = meet(kRestorePanel, command, meeting);
+            calls = met.calls;
+            EXPECT_EQ(met.mine, 0);
+            EXPECT_EQ(met.other, meeting <= kFlock ? 1 : 0);
+            EXPECT_FALSE(board.file_exists(kLedFile));
+            EXPECT_EQ(panel_get(board),
+                      changed(command.code == WR_LED_D, false, command.code == WR_LED_GROUP_1));
+        }
+        EXPECT_EQ(calls, 24U);
+    }
+}
+
+// Before the restore's flock it is one more pattern over the saved panel; from then on it waits and
+// finds the whole panel restored, which it saves.
+TEST_F(InhibitProcesses, APatternAtAnyPointOfARestoreSavesNoHalfRestoredPanel)
+{
+    constexpr size_t kFlock = 1;
+    const Command pattern{WR_LED_PATTERN_2, Bytes(44, '\0')};
     size_t calls = 1;
     for (size_t meeting = 0; meeting < calls; ++meeting) {
         SCOPED_TRACE(meeting);
+        board.file_remove(kLedFile);
         inhibit();
-        const Met met = meet(kRestore, kSetLedD, meeting);
+        const Met met = meet(kRestorePanel, pattern, meeting);
         calls = met.calls;
         EXPECT_EQ(met.mine, 0);
-        EXPECT_EQ(met.other, meeting <= kFlock ? 1 : 0);
-        EXPECT_FALSE(board.file_exists(kLedFile));
-        EXPECT_EQ(panel_get(board), changed(true, false));
+        EXPECT_EQ(met.other, 0);
+        if (meeting <= kFlock) {
+            EXPECT_FALSE(board.file_exists(kLedFile));
+            EXPECT_EQ(panel_get(board), kStart);
+        } else {
+            EXPECT_EQ(board.file_get(kLedFile), snapshot_of(kOwn, kStart));
+            EXPECT_EQ(panel_get(board), shown(kPattern2, kStart));
+        }
     }
     EXPECT_EQ(calls, 24U);
 }
@@ -189,20 +206,21 @@ TEST_F(InhibitProcesses, ACommandAtAnyPointOfARestoreIsNotLost)
 TEST_F(InhibitProcesses, ARestoreAtAnyPointOfACommandLosesNothing)
 {
     constexpr size_t kFlock = 1;
-    for (const Command& command : {kSetLedD, kSetGroup4}) {
+    for (const Command& command : {kSetLedD, kSetGroup4, kSetGroup1}) {
+        const bool looks = command.code == WR_LED_GROUP_1; // at the panel, deferred as it is
         size_t calls = 1;
         for (size_t meeting = 0; meeting < calls; ++meeting) {
             SCOPED_TRACE(meeting);
             inhibit();
-            const Met met = meet(command, kRestore, meeting);
+            const Met met = meet(command, kRestorePanel, meeting);
             calls = met.calls;
             EXPECT_EQ(met.mine, meeting <= kFlock ? 0 : 1);
             EXPECT_EQ(met.other, 0);
             EXPECT_FALSE(board.file_exists(kLedFile));
             EXPECT_EQ(panel_get(board),
-                      changed(command.code == WR_LED_D, command.code != WR_LED_D));
+                      changed(command.code == WR_LED_D, command.code == WR_LED_GROUP_4, looks));
         }
-        EXPECT_EQ(calls, 9U);
+        EXPECT_EQ(calls, looks ? 12U : 9U);
     }
 }
 
@@ -221,7 +239,7 @@ TEST_F(InhibitProcesses, TwoCommandsAtAnyPointOfEachOtherAreBothRecorded)
         expected.replace(29, 3, hex("01 00 01"));
         EXPECT_EQ(board.file_get(kLedFile), expected);
         EXPECT_EQ(panel_get(board), shown(kPattern1, kStart));
-        EXPECT_EQ(run(kRestore, [](size_t) {}), 0);
+        EXPECT_EQ(run(kRestorePanel, [](size_t) {}), 0);
         EXPECT_EQ(panel_get(board), changed(true, true));
     }
     EXPECT_EQ(calls, 9U);
@@ -243,6 +261,7 @@ TEST_F(InhibitProcesses, TwoPatternsAtAnyPointOfEachOtherSaveThePanelOnce)
         EXPECT_EQ(met.other, meeting < met.calls ? 0 : -1);
         EXPECT_EQ(board.file_get(kLedFile), snapshot_of(kOwn, kStart));
     }
+    EXPECT_EQ(calls, 24U);
 }
 
 TEST_F(InhibitProcesses, CommandsAndARestoreAllAtOnceLoseNothing)
@@ -258,7 +277,7 @@ TEST_F(InhibitProcesses, CommandsAndARestoreAllAtOnceLoseNothing)
             (void)!read(gate[0], &byte, 1); // until the gate is closed everywhere
         };
         std::vector<pid_t> children;
-        for (const Command* command : {&kRestore, &kSetLedD, &kSetGroup4}) {
+        for (const Command* command : {&kRestorePanel, &kSetLedD, &kSetGroup4}) {
             children.push_back(start(*command, wait));
             ASSERT_GT(children.back(), 0);
         }

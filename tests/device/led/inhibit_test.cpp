@@ -129,10 +129,10 @@ INSTANTIATE_TEST_SUITE_P(Led, DeferredSetter, testing::ValuesIn(deferred_setters
 
 TEST_P(Inhibit, RecordsTheChangeAndLeavesThePanelAloneButForTheLine)
 {
-    board.file_put(kLedState, saved_bytes(44));
+    board.file_put(kLedFile, saved_bytes(44));
     EXPECT_EQ(run(setter.command), deferred() ? 1 : 0);
     EXPECT_EQ(board.calls, deferred() ? kRecorded + deferred_calls() : panel_calls());
-    EXPECT_EQ(board.file_get(kLedState), recorded_bytes());
+    EXPECT_EQ(board.file_get(kLedFile), recorded_bytes());
     expect_panel(!deferred());
 }
 
@@ -140,7 +140,7 @@ TEST_P(Inhibit, DrivesThePanelWithoutAFileAndMakesNone)
 {
     EXPECT_EQ(run(setter.command), 0);
     EXPECT_EQ(board.calls, deferred() ? kNotInhibited + panel_calls() : panel_calls());
-    EXPECT_FALSE(board.file_exists(kLedState));
+    EXPECT_FALSE(board.file_exists(kLedFile));
     expect_panel(true);
 }
 
@@ -148,11 +148,11 @@ TEST_P(Inhibit, DrivesThePanelWhenTheFileIsTooShort)
 {
     for (const size_t size : {0U, 1U, 43U}) {
         SetUp();
-        board.file_put(kLedState, saved_bytes(size));
+        board.file_put(kLedFile, saved_bytes(size));
         board.restart();
         EXPECT_EQ(run(setter.command), 0);
         EXPECT_EQ(board.calls, deferred() ? kFileTooShort + panel_calls() : panel_calls());
-        EXPECT_EQ(board.file_get(kLedState), saved_bytes(size));
+        EXPECT_EQ(board.file_get(kLedFile), saved_bytes(size));
         expect_panel(true);
     }
 }
@@ -193,7 +193,7 @@ TEST_P(DeferredSetter, DrivesThePanelWhenTheFileCannotBeUpdated)
     for (const FileFailure& failure : kFileFailures) {
         SCOPED_TRACE(kRecorded[failure.failing]);
         SetUp();
-        board.file_put(kLedState, saved_bytes(44));
+        board.file_put(kLedFile, saved_bytes(44));
         board.restart();
         board.fail_call(failure.failing + 1);
         EXPECT_EQ(run(setter.command), failure.recorded ? 1 : 0);
@@ -203,7 +203,7 @@ TEST_P(DeferredSetter, DrivesThePanelWhenTheFileCannotBeUpdated)
         expected.back() += " -> failed";
         EXPECT_EQ(board.calls,
                   expected + failure.then + (failure.recorded ? deferred_calls() : panel_calls()));
-        EXPECT_EQ(board.file_get(kLedState), failure.recorded ? recorded_bytes() : saved_bytes(44));
+        EXPECT_EQ(board.file_get(kLedFile), failure.recorded ? recorded_bytes() : saved_bytes(44));
         expect_panel(!failure.recorded);
     }
 }
@@ -243,12 +243,12 @@ TEST_F(LedSetterTest, Group1FailsWithTheDeviceThoughTheChangeIsRecorded)
     const std::pair<size_t, int32_t> runs[] = {{1, -1}, {2, -2}};
     for (const auto& [call, result] : runs) {
         record = CallerRecord(caller_bytes());
-        board.file_put(kLedState, saved_bytes(44));
+        board.file_put(kLedFile, saved_bytes(44));
         board.fpga.words[0x6B11] = kPanel;
         board.restart();
         fail_in_both_runs(kRecorded.size() + call, call - 1);
         EXPECT_EQ(run(WR_LED_GROUP_1), result);
-        EXPECT_EQ(board.file_get(kLedState).substr(15, 3), hex("01 01 01"));
+        EXPECT_EQ(board.file_get(kLedFile).substr(15, 3), hex("01 01 01"));
         EXPECT_EQ(board.fpga.words[0x6B11], kPanel);
     }
 }

@@ -1,7 +1,5 @@
 #include "device/led/panel_words.h"
 
-#include "device/library_calls.h"
-
 namespace
 {
 
@@ -38,6 +36,20 @@ const std::array<IndicatorPlace, 5> kIndicators{{
     {12, kC, 0x0040, 0x0080},
     {13, kC, 0x0010, 0x0020},
 }};
+
+const Course kSnapshot{{"stat /tmp/led_rewrite_inh", kElsewhere},
+                       opens_to_read(-1),
+                       word_read(0x6B29, -1),
+                       closes(),
+                       opens_to_read(-1),
+                       word_read(0x6B0F, -1),
+                       word_read(0x6B11, -1),
+                       word_read(0x6B4F, -1),
+                       word_read(0x6B51, -1),
+                       closes(),
+                       {"open /tmp/led_rewrite_inh O_RDWR|O_CREAT|O_TRUNC 0666", -1},
+                       {"write /tmp/led_rewrite_inh 44", -1},
+                       {"close /tmp/led_rewrite_inh", kIgnored}};
 
 std::ostream& operator<<(std::ostream& out, const PanelWords& words)
 {
@@ -136,15 +148,6 @@ constexpr const char* kNoLock =
 constexpr const char* kNoHandle =
     "puts fileAccess_unlock : 001 : /tmp/Saveing file pointer (==0) error";
 constexpr const char* kNotClosed = "puts fileAccess_unlock : 002 : /tmp/Saveing file close error";
-
-Trace calls_of(const Course& course, size_t from = 0)
-{
-    Trace calls;
-    for (size_t i = from; i < course.size(); ++i) {
-        calls.push_back(course[i].call);
-    }
-    return calls;
-}
 
 Trace locked(const Trace& calls)
 {

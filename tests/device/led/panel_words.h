@@ -6,7 +6,7 @@
 #include <ostream>
 #include <random>
 
-#include "device/device_test.h"
+#include "device/library_calls.h"
 
 constexpr uint32_t kRegisterA = 0x6B0F;
 constexpr uint32_t kRegisterB = 0x6B11;
@@ -15,7 +15,6 @@ constexpr uint32_t kDeviceWord03 = 0x6B03;
 constexpr uint32_t kChannel = 0x6B51;
 constexpr uint32_t kOwnIdentifier = 0x6B29;
 
-constexpr const char* kLedFile = "/tmp/led_rewrite_inh";
 constexpr const char* kSaveLock = "/tmp/Saveing";
 
 struct PanelWords {
@@ -55,6 +54,9 @@ void panel_decode(const PanelWords& words, Bytes& record);
 
 // The 44 bytes of a snapshot.
 Bytes snapshot_of(uint32_t identifier, const PanelWords& words);
+
+// The calls by which the snapshot is taken and saved, under the save lock.
+extern const Course kSnapshot;
 
 // What the restore of a record makes of the words.
 PanelWords restored(const Bytes& record, PanelWords words);

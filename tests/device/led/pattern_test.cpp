@@ -2,7 +2,6 @@
 #include "device/led/pattern.h"
 
 #include "device/led/panel_words.h"
-#include "device/library_calls.h"
 
 namespace
 {
@@ -21,20 +20,6 @@ const PatternRow kRows[] = {
     {kPattern3, write_led_pattern_3, hex("02 02 02 01 02")},
 };
 
-const Course kSnapshot{{"stat /tmp/led_rewrite_inh", kElsewhere},
-                       opens_to_read(-1),
-                       word_read(0x6B29, -1),
-                       closes(),
-                       opens_to_read(-1),
-                       word_read(0x6B0F, -1),
-                       word_read(0x6B11, -1),
-                       word_read(0x6B4F, -1),
-                       word_read(0x6B51, -1),
-                       closes(),
-                       {"open /tmp/led_rewrite_inh O_RDWR|O_CREAT|O_TRUNC 0666", -1},
-                       {"write /tmp/led_rewrite_inh 44", -1},
-                       {"close /tmp/led_rewrite_inh", kIgnored}};
-
 Course drawing(const PanelWords& after)
 {
     return {opens_to_write(-1),
@@ -47,21 +32,10 @@ Course drawing(const PanelWords& after)
             closes()};
 }
 
-Trace calls_of(const Course& course)
-{
-    Trace calls;
-    for (const Step& step : course) {
-        calls.push_back(step.call);
-    }
-    return calls;
-}
-
 // Behind the lock's fopen and flock.
 Trace rest_of(const Course& work, const Course& after)
 {
-    Trace calls = calls_of(work);
-    calls.erase(calls.begin());
-    return calls + Trace{"fclose /tmp/Saveing"} + calls_of(after);
+    return calls_of(work, 1) + Trace{"fclose /tmp/Saveing"} + calls_of(after);
 }
 
 class LedPatterns : public LedTest
@@ -165,6 +139,36 @@ TEST_F(LedPatterns, AreTriedTwiceByTheDispatcher)
         EXPECT_EQ(panel_get(board).b, shown(row.bits, before).b);
         EXPECT_EQ(panel_get(board).word03, 4);
         board.file_remove(kLedFile);
+    }
+}
+
+// The file counts as saved as soon as it is there: the second run draws. What the panel showed
+// before is lost then, and there is nothing to restore.
+TEST_F(LedPatterns, AreDrawnWhenTheFileWasMadeButNotWritten)
+{
+    constexpr size_t kWrite = 14; // of the state
+    for (const PatternRow& row : kRows) {
+        SCOPED_TRACE(row.bits.command);
+        const PanelWords before{0x1234, 0xE6A5, 0xFE3F, 0x1234};
+        panel_put(board, before);
+        board.restart();
+        board.fail_call(kWrite);
+        EXPECT_EQ(Fpga_Register_Set(row.bits.command, nullptr), 0);
+        EXPECT_EQ(board.calls[kWrite - 1], "write /tmp/led_rewrite_inh 44 -> failed");
+        PanelWords after = shown(row.bits, before);
+        EXPECT_EQ(panel_get(board), after);
+        EXPECT_EQ(board.file_get(kLedFile), "");
+
+        EXPECT_EQ(command_run(WR_LED_RESTORE, Bytes(44, '\0')), -1);
+        EXPECT_EQ(panel_get(board), after);
+        EXPECT_EQ(command_run(WR_LED_B, Bytes(44, '\0')), 0);
+        after.b &= 0xF3FF;
+        EXPECT_EQ(panel_get(board), after);
+        EXPECT_EQ(board.file_get(kLedFile), "");
+
+        board.file_remove(kLedFile);
+        EXPECT_EQ(command_run(WR_LED_RESTORE, Bytes(44, '\0')), 0);
+        EXPECT_EQ(panel_get(board), after);
     }
 }
 

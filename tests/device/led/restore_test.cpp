@@ -1,7 +1,6 @@
 // The end of the inhibit: what the saved record does to the panel, and what a failure leaves.
 #include "device/led/panel_words.h"
 #include "device/led/pattern.h"
-#include "device/library_calls.h"
 
 namespace
 {

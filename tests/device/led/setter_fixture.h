@@ -5,8 +5,6 @@
 #include "device/caller_record.h"
 #include "device/library_calls.h"
 
-constexpr const char* kLedState = "/tmp/led_rewrite_inh";
-
 // Without the file.
 inline const Trace kNotInhibited{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX",
                                  "stat /tmp/led_rewrite_inh", "fclose /tmp/Saveing"};
@@ -36,15 +34,6 @@ inline Course without_inhibit(const Course& panel)
                   {kNotInhibited[2], kIgnored},
                   {kNotInhibited[3], kElsewhere}} +
            panel;
-}
-
-inline Trace calls_of(const Course& course)
-{
-    Trace calls;
-    for (const Step& step : course) {
-        calls.push_back(step.call);
-    }
-    return calls;
 }
 
 // One read-modify-write of a word that ends in `value`.

@@ -1,44 +1,21 @@
 // The LED state file: its bytes, and the two procedures that make and change it.
 #include "device/led/state_file.h"
 
+#include <fcntl.h>
 #include <sys/resource.h>
 
 #include <csignal>
 
 #include "board/lock_holder.h"
 #include "device/led/panel_words.h"
-#include "device/library_calls.h"
 
 namespace
 {
-
-const Course kSaved{{"stat /tmp/led_rewrite_inh", kElsewhere},
-                    opens_to_read(-1),
-                    word_read(0x6B29, -1),
-                    closes(),
-                    opens_to_read(-1),
-                    word_read(0x6B0F, -1),
-                    word_read(0x6B11, -1),
-                    word_read(0x6B4F, -1),
-                    word_read(0x6B51, -1),
-                    closes(),
-                    {"open /tmp/led_rewrite_inh O_RDWR|O_CREAT|O_TRUNC 0666", -1},
-                    {"write /tmp/led_rewrite_inh 44", -1},
-                    {"close /tmp/led_rewrite_inh", kIgnored}};
 
 const Course kMerged{
     {"stat /tmp/led_rewrite_inh", kElsewhere}, {"open /tmp/led_rewrite_inh O_RDWR", -1},
     {"read /tmp/led_rewrite_inh 44", -1},      {"lseek /tmp/led_rewrite_inh 0", -1},
     {"write /tmp/led_rewrite_inh 44", -1},     {"close /tmp/led_rewrite_inh", kIgnored}};
-
-Trace calls_from(const Course& course, size_t first)
-{
-    Trace calls;
-    for (size_t i = first; i < course.size(); ++i) {
-        calls.push_back(course[i].call);
-    }
-    return calls;
-}
 
 const Trace kUnlock{"fclose /tmp/Saveing"};
 
@@ -157,10 +134,19 @@ TEST_F(LedStateFile, SavesWhatTheRegistersShow)
     }
 }
 
+TEST_F(LedStateFile, TheDriverMayFill496BytesForTheIdentifier)
+{
+    const PanelWords words{0x4125, 0xB9D2, 0x0275, 0};
+    panel_put(board, words);
+    board.fpga.filled[kOwnIdentifier] = 496;
+    EXPECT_EQ(ledState_save(), 0);
+    EXPECT_EQ(file_get(), snapshot_of(7, words));
+}
+
 TEST_F(LedStateFile, SavingReportsEachFailure)
 {
     const PanelWords words{0x1234, 0x5678, 0x9ABC, 0xDEF0};
-    const LockedCourse course{kSaved, {}, 0, calls_from(kSaved, 1) + kUnlock, 0};
+    const LockedCourse course{kSnapshot, {}, 0, calls_of(kSnapshot, 1) + kUnlock, 0};
     prove_locked(
         [&] {
             board.file_remove(kLedFile);
@@ -171,7 +157,7 @@ TEST_F(LedStateFile, SavingReportsEachFailure)
             // The device's opens and requests and the file's open leave no file; a file that could
             // not be written is left empty.
             const bool panelUnread =
-                failing >= 3 && failing <= 12 && kSaved[failing - 2].failure < 0;
+                failing >= 3 && failing <= 12 && kSnapshot[failing - 2].failure < 0;
             EXPECT_EQ(board.file_exists(kLedFile), !panelUnread);
             if (board.file_exists(kLedFile)) {
                 EXPECT_EQ(file_get(), failing == 13 ? "" : snapshot_of(7, words));
@@ -384,6 +370,33 @@ TEST_F(LedStateFile, ALockThatCannotBeMadeStopsNothing)
     EXPECT_EQ(board.console, messages);
 }
 
+// Without a standard input, and with nothing else open, the file's descriptor is 0.
+TEST_F(LedStateFile, WorksOnDescriptorZero)
+{
+    std::filesystem::create_directory(board.host(kSaveLock)); // a lock would have it
+    const int input = fcntl(STDIN_FILENO, F_DUPFD, STDERR_FILENO + 1);
+    close(STDIN_FILENO);
+    size_t zeros = 0;
+    board.before_call = [&](const std::string& call) {
+        zeros += call == "close /tmp/led_rewrite_inh" ? board.descriptors().count(0) : 0;
+    };
+    EXPECT_EQ(ledState_save(), 0);
+    EXPECT_EQ(file_get(), snapshot_of(7, {}));
+    EXPECT_EQ(record_put(17, kCallers), 0);
+    Bytes expected = snapshot_of(7, {});
+    expected[8] = kCallers[8];
+    EXPECT_EQ(file_get(), expected);
+    LedStateRecord record{};
+    EXPECT_EQ(ledState_load(&record), 0);
+    EXPECT_EQ(bytes_of(record), expected);
+    EXPECT_EQ(zeros, 3U);
+    board.before_call = nullptr;
+    if (input >= 0) {
+        dup2(input, STDIN_FILENO);
+        close(input);
+    }
+}
+
 TEST_F(LedStateFile, WaitsForTheLockAndHoldsItToTheEnd)
 {
     const std::function<int32_t()> actions[] = {ledState_save,
@@ -426,7 +439,7 @@ TEST_F(LedStateFile, SavingHoldsTheLockWhileItReadsThePanelAndWrites)
         }
     };
     EXPECT_EQ(ledState_save(), 0);
-    EXPECT_EQ(calls, kSaved.size());
+    EXPECT_EQ(calls, kSnapshot.size());
     board.before_call = nullptr;
 }
 

@@ -4,7 +4,6 @@
 
 #include "device/caller_record.h"
 #include "device/led/panel_words.h"
-#include "device/library_calls.h"
 
 constexpr uint32_t kUnitMapD = 0x6B3D;
 constexpr uint32_t kUnitMapE = 0x6B3B;

@@ -1,8 +1,10 @@
 // The real-time clock commands.
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <utility>
 
 #include "device/device_test.h"
 #include "device/periph/rtc.h"
@@ -214,6 +216,24 @@ TEST_F(Rtc, SendsWhatIsOutOfRangeAsItStands)
     EXPECT_EQ(board.rtc.time, (std::array<int32_t, 9>{65533, 65534, 65535, 0, -1, -1900, 0, 0, 0}));
 }
 
+// No range is checked: the system clock gets what the calendar makes of the record.
+TEST_F(Rtc, SystemClockCarriesWhatIsOutOfRange)
+{
+    argument.record = {2004, 13, 32, 25, 61, 61, 0};
+    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    EXPECT_EQ(board.rtc.time, (std::array<int32_t, 9>{61, 61, 25, 32, 12, 104, 0, 0, 0}));
+    EXPECT_EQ(board.now, 1107309721); // 2005-02-02 02:02:01
+}
+
+// The time -1 is a time, too.
+TEST_F(Rtc, SystemClockIsSetToTheLastSecondBeforeItsEpoch)
+{
+    argument.record = {1969, 12, 31, 23, 59, 59, 0};
+    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    EXPECT_EQ(board.calls.back(), "stime -1");
+    EXPECT_EQ(board.now, -1);
+}
+
 TEST_F(Rtc, PassesTheStatusThrough)
 {
     uint32_t value = 0;
@@ -265,21 +285,38 @@ TEST_F(Rtc, WeekdayOfKnownDays)
 
 TEST_F(Rtc, WeekdayOfEveryDayFrom1970To2100IsTheCalendars)
 {
-    int days = 0;
-    for (time_t noon = 12 * 3600;; noon += 24 * 3600) {
-        tm calendar{};
-        ASSERT_NE(gmtime_r(&noon, &calendar), nullptr);
-        if (calendar.tm_year + 1900 > 2100) {
-            break;
+    using std::chrono::days;
+    using std::chrono::sys_days;
+    const sys_days last = std::chrono::year{2100} / 12 / 31;
+    int walked = 0;
+    for (sys_days day{}; day <= last; day += days{1}) {
+        ++walked;
+        const std::chrono::year_month_day date{day};
+        const uint16_t weekday =
+            weekday_of(static_cast<uint16_t>(static_cast<int>(date.year())),
+                       static_cast<uint16_t>(static_cast<unsigned>(date.month())),
+                       static_cast<uint16_t>(static_cast<unsigned>(date.day())));
+        const int64_t noon = int64_t{day.time_since_epoch().count()} * 24 * 3600 + 12 * 3600;
+        ASSERT_EQ(weekday, std::chrono::weekday{day}.c_encoding()) << noon;
+        // The C library's calendar as well, as far as its clock goes.
+        if (std::in_range<time_t>(noon)) {
+            const auto time = static_cast<time_t>(noon);
+            tm calendar{};
+            ASSERT_NE(gmtime_r(&time, &calendar), nullptr);
+            ASSERT_EQ(weekday, calendar.tm_wday) << noon;
         }
-        ++days;
-        ASSERT_EQ(weekday_of(static_cast<uint16_t>(calendar.tm_year + 1900),
-                             static_cast<uint16_t>(calendar.tm_mon + 1),
-                             static_cast<uint16_t>(calendar.tm_mday)),
-                  calendar.tm_wday)
-            << noon;
     }
-    EXPECT_EQ(days, 47847); // 131 years, 32 of them leap years
+    EXPECT_EQ(walked, 47847); // 131 years, 32 of them leap years
+}
+
+// A sum below 0 wraps at 32 bits.
+TEST_F(Rtc, WeekdayOfTheYearZero)
+{
+    for (const Day& day :
+         {Day{0, 3, 1, 0}, Day{0, 3, 30, 1}, Day{0, 12, 1, 2}, Day{0, 1, 1, 3}, Day{0, 2, 28, 5}}) {
+        EXPECT_EQ(weekday_of(day.year, day.month, day.day), day.weekday)
+            << day.month << "-" << day.day;
+    }
 }
 
 // The sum in 64 bits, for years that would wrap a 16-bit term.

@@ -126,6 +126,17 @@ TEST_F(Unit, PortOutsideTheBitmapGivesCodeZeroWithoutItsEntryBeingRead)
     EXPECT_EQ(board.calls[1], "ioctl 6B3B 00 00 00 00");
 }
 
+TEST_F(Unit, TheDriverMayFill496BytesForTheBitmap)
+{
+    board.fpga.words[0x6B3B] = 0x8;
+    board.fpga.port_entries[24] = 0x1100;
+    board.fpga.filled[0x6B3B] = 496;
+    EXPECT_EQ(state_run(3, 0x7777), 0);
+    expect_code(3, 3);
+    EXPECT_EQ(state_run(5, 0x7777), 0);
+    expect_code(5, 0);
+}
+
 TEST_F(Unit, BitOfThePortIsItsLowByte)
 {
     board.fpga.words[0x6B3B] = 0xFFFFFFFF;

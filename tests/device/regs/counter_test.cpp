@@ -80,6 +80,12 @@ TEST_F(CounterTest, FailedReadLeavesTheRecord)
     for (const CounterRow& row : kReads) {
         expect_kept_unopened(row.command, record);
         expect_after_failed(row.command, record, row.request, -2, record);
+        // Nor does it matter what the driver has filled by then.
+        (board.fpga.*row.held)[{3, 32}] = 0xFEDCBA98;
+        board.fpga.fills_when_failing = true;
+        expect_after_failed(row.command, record, row.request, -2, record);
+        EXPECT_EQ((board.fpga.*row.held).at({3, 32}), 0U) << "it has been read";
+        board.fpga.fills_when_failing = false;
     }
 }
 

@@ -1,27 +1,9 @@
 // The two address and prefix sets.
-#include "device/regs/prefix.h"
-
+#include "device/regs/prefix_masks.h"
 #include "device/regs/register_map_test.h"
 
 namespace
 {
-
-constexpr int kRounds = 300000;
-
-// The value of four mask bytes, byte 0 first.
-uint32_t value_of(const PrefixBytes& bytes)
-{
-    return static_cast<uint32_t>(bytes[0]) << 24 | static_cast<uint32_t>(bytes[1]) << 16 |
-           static_cast<uint32_t>(bytes[2]) << 8 | bytes[3];
-}
-
-// The mask of each length.
-constexpr uint32_t kMasks[33] = {
-    0x00000000, 0x80000000, 0xC0000000, 0xE0000000, 0xF0000000, 0xF8000000, 0xFC000000,
-    0xFE000000, 0xFF000000, 0xFF800000, 0xFFC00000, 0xFFE00000, 0xFFF00000, 0xFFF80000,
-    0xFFFC0000, 0xFFFE0000, 0xFFFF0000, 0xFFFF8000, 0xFFFFC000, 0xFFFFE000, 0xFFFFF000,
-    0xFFFFF800, 0xFFFFFC00, 0xFFFFFE00, 0xFFFFFF00, 0xFFFFFF80, 0xFFFFFFC0, 0xFFFFFFE0,
-    0xFFFFFFF0, 0xFFFFFFF8, 0xFFFFFFFC, 0xFFFFFFFE, 0xFFFFFFFF};
 
 struct Set {
     DeviceCommandCode write;
@@ -89,61 +71,6 @@ class Prefix : public RegisterMapTest
 
     const Bytes kAddress = hex("C0 A8 07 FE");
 };
-
-// Conversions -------------------------------------------------------------------------------
-
-TEST_F(Prefix, EveryLengthBecomesItsMaskOrNothing)
-{
-    for (uint32_t length = 0; length <= UINT16_MAX; ++length) {
-        PrefixBytes mask = {0x12, 0x34, 0x56, 0x78};
-        const int32_t result = prefixMask_fromLength(static_cast<uint16_t>(length), mask);
-        ASSERT_EQ(result, length > 32 ? -1 : 0) << length;
-        ASSERT_EQ(value_of(mask), length > 32 ? 0x12345678U : kMasks[length]) << length;
-    }
-    EXPECT_EQ(board.call_count(), 0U);
-}
-
-TEST_F(Prefix, EveryContiguousMaskBecomesItsLength)
-{
-    for (unsigned length = 0; length <= 32; ++length) {
-        const uint32_t value = kMasks[length];
-        const PrefixBytes mask = {static_cast<uint8_t>(value >> 24),
-                                  static_cast<uint8_t>(value >> 16),
-                                  static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
-        uint16_t counted = 0xEEEE;
-        EXPECT_EQ(prefixLength_fromMask(mask, counted), 0);
-        EXPECT_EQ(counted, length);
-    }
-}
-
-// Counted on the mask as text: the zeros and ones before the first zero.
-uint16_t ones_before_zero(uint32_t value)
-{
-    std::string digits;
-    for (uint32_t weight = 0x80000000U; weight != 0; weight /= 2) {
-        digits += value >= weight ? '1' : '0';
-        value -= value >= weight ? weight : 0;
-    }
-    const size_t zero = digits.find('0');
-    return static_cast<uint16_t>(zero == std::string::npos ? digits.size() : zero);
-}
-
-TEST_F(Prefix, AMaskWithGapsHasTheLengthOfItsLeadingOnes)
-{
-    EXPECT_EQ(ones_before_zero(0xFF00FF00), 8);
-    for (int round = 0; round < kRounds; ++round) {
-        // A run of ones, a zero, and anything behind it.
-        const uint32_t run = draw() % 32;
-        const uint32_t value = (kMasks[run] | (draw() & ~kMasks[run + 1])) & ~(0x80000000U >> run);
-        const PrefixBytes mask = {static_cast<uint8_t>(value >> 24),
-                                  static_cast<uint8_t>(value >> 16),
-                                  static_cast<uint8_t>(value >> 8), static_cast<uint8_t>(value)};
-        uint16_t length = 0xEEEE;
-        ASSERT_EQ(prefixLength_fromMask(mask, length), 0);
-        ASSERT_EQ(length, run) << std::hex << value;
-        ASSERT_EQ(length, ones_before_zero(value)) << std::hex << value;
-    }
-}
 
 // Reads -------------------------------------------------------------------------------------
 

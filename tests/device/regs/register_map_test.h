@@ -34,11 +34,6 @@ inline void bytes_put(Bytes& record, size_t offset, const Bytes& bytes)
     record.replace(offset, bytes.size(), bytes);
 }
 
-inline Bytes byte(uint32_t value)
-{
-    return Bytes(1, static_cast<char>(value));
-}
-
 inline uint8_t byte_at(const Bytes& record, size_t offset)
 {
     return static_cast<uint8_t>(record[offset]);

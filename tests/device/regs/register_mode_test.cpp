@@ -101,31 +101,16 @@ const Course kSetsMode1{opens_to_write(), register_read(0x168), register_write(0
 const Course kSetsBit6{opens_to_write(), register_read(0x158), register_write(0x158, 0xCAFEFFFF),
                        closes()};
 
-Trace trace_of(const Course& course)
-{
-    Trace trace;
-    for (const Step& step : course) {
-        trace.push_back(step.call);
-    }
-    return trace;
-}
-
 // The calls up to the failing one, and the close where a descriptor was open.
 Trace trace_failing(const Course& course, size_t failing)
 {
-    const Trace all = trace_of(course);
+    const Trace all = calls_of(course);
     Trace trace(all.begin(), all.begin() + static_cast<ptrdiff_t>(failing) + 1);
     trace.back() += " -> failed";
     if (course[failing].failure == -2 || course[failing].failure == -4) {
         trace.push_back("close /dev/fpga");
     }
     return trace;
-}
-
-Trace operator+(Trace first, const Trace& second)
-{
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
 }
 
 const Trace kRetry{"usleep 1"};
@@ -163,7 +148,7 @@ TEST_F(RegisterModeBracket, AFailureBeforeTheModeIsWrittenIsTheResult)
         start(1);
         board.fail_call(failing + 1);
         EXPECT_EQ(run(0x006B), 0);
-        EXPECT_EQ(board.calls, failed + kRetry + trace_of(course));
+        EXPECT_EQ(board.calls, failed + kRetry + calls_of(course));
         EXPECT_EQ(at(0x168), 0x9003);
         EXPECT_EQ(at(0x158), 0xFFFF);
 
@@ -206,7 +191,7 @@ TEST_F(RegisterModeBracket, AFailedCloseIsIgnored)
 {
     const Course course = kClearsBit6 + kSetsMode1 + kSetsBit6;
     for (const size_t failing : {3U, 7U, 11U}) {
-        Trace expected = trace_of(course);
+        Trace expected = calls_of(course);
         expected[failing] += " -> failed";
         start(1);
         board.fail_call(failing + 1);

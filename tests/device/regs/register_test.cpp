@@ -18,11 +18,6 @@ Course changes_register(uint32_t address, uint16_t value, int32_t read_failure)
             register_write(address, kHigh | value), closes()};
 }
 
-Bytes byte(unsigned value)
-{
-    return {static_cast<char>(value)};
-}
-
 Bytes big16(uint32_t word)
 {
     return byte(word >> 8) + byte(word & 0xFF);

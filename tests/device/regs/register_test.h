@@ -34,7 +34,6 @@ CommandProofs indexed_proofs();
 Course reads_register(uint32_t address);
 Course changes_register(uint32_t address, uint16_t value, int32_t read_failure = -2);
 
-Bytes byte(unsigned value);
 Bytes big16(uint32_t word); // the high byte first
 
 class RegisterTest : public DeviceTest

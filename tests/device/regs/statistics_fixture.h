@@ -20,7 +20,7 @@ struct Stream {
 
 constexpr Stream kStreams[] = {{"A", 1, 128, 376}, {"B", 65, 8, 256}};
 
-inline uint32_t word_at(const Bytes& file, size_t offset)
+inline uint32_t total_at(const Bytes& file, size_t offset)
 {
     uint32_t word = 0;
     for (size_t i = 4; i-- > 0;) {
@@ -29,7 +29,7 @@ inline uint32_t word_at(const Bytes& file, size_t offset)
     return word;
 }
 
-inline void word_put(Bytes& file, size_t offset, uint32_t word)
+inline void total_put(Bytes& file, size_t offset, uint32_t word)
 {
     file.replace(offset, 4, le32(word));
 }
@@ -74,11 +74,11 @@ inline Bytes saved(Bytes file, const Counters& counters, uint64_t overhead)
         for (uint32_t i = 0; i < kPorts; ++i) {
             const uint64_t bytes = counters.at({stream.index + i, 32});
             const uint64_t items = counters.at({stream.index + i, 33});
-            const uint64_t rest = word_at(file, stream.rest + 4 * i);
+            const uint64_t rest = total_at(file, stream.rest + 4 * i);
             const uint64_t sum = (bytes + items * overhead + rest) % 0x100000000;
-            const uint64_t kib = word_at(file, stream.kib + 4 * i) + sum / 1024;
-            word_put(file, stream.kib + 4 * i, static_cast<uint32_t>(kib % 0x100000000));
-            word_put(file, stream.rest + 4 * i, static_cast<uint32_t>(sum % 1024));
+            const uint64_t kib = total_at(file, stream.kib + 4 * i) + sum / 1024;
+            total_put(file, stream.kib + 4 * i, static_cast<uint32_t>(kib % 0x100000000));
+            total_put(file, stream.rest + 4 * i, static_cast<uint32_t>(sum % 1024));
         }
     }
     return file;

@@ -123,14 +123,14 @@ TEST_F(StatisticsTest, EachCounterHasItsPlaceInTheFile)
         SCOPED_TRACE(place.index);
         put(before, {{{place.index, 32}, 0x01020304}});
         Bytes after = before;
-        const uint32_t sum = 0x01020304 + word_at(before, place.rest);
-        word_put(after, place.kib, word_at(before, place.kib) + sum / 1024);
-        word_put(after, place.rest, sum % 1024);
+        const uint32_t sum = 0x01020304 + total_at(before, place.rest);
+        total_put(after, place.kib, total_at(before, place.kib) + sum / 1024);
+        total_put(after, place.rest, sum % 1024);
         EXPECT_EQ(run_well(WR_STATISTICS_SAVE), after);
 
         put(before, {{{place.index, 33}, 1024}}); // 18 KiB
         after = before;
-        word_put(after, place.kib, word_at(before, place.kib) + 18);
+        total_put(after, place.kib, total_at(before, place.kib) + 18);
         EXPECT_EQ(run_well(WR_STATISTICS_SAVE), after);
     }
 }
@@ -203,17 +203,25 @@ TEST_F(StatisticsTest, SaveAddsBytesAndItemsToEveryTotal)
                              std::to_string(i + 1) + " bytes " + std::to_string(sum.bytes) +
                              " items " + std::to_string(sum.items));
                 Bytes file = file_sample();
-                word_put(file, stream.kib + 4 * i, sum.kib);
-                word_put(file, stream.rest + 4 * i, sum.rest);
+                total_put(file, stream.kib + 4 * i, sum.kib);
+                total_put(file, stream.rest + 4 * i, sum.rest);
                 put(file,
                     {{{stream.index + i, 32}, sum.bytes}, {{stream.index + i, 33}, sum.items}},
                     sum.word);
-                word_put(file, stream.kib + 4 * i, sum.kib_after);
-                word_put(file, stream.rest + 4 * i, sum.rest_after);
+                total_put(file, stream.kib + 4 * i, sum.kib_after);
+                total_put(file, stream.rest + 4 * i, sum.rest_after);
                 ASSERT_EQ(run_well(WR_STATISTICS_SAVE), file);
             }
         }
     }
+}
+
+TEST_F(StatisticsTest, TheDriverMayFill496BytesForTheWord)
+{
+    const Bytes file = file_sample();
+    put(file, counters_sample(5), 0x0100);
+    board.fpga.filled[0x6B03] = 496;
+    EXPECT_EQ(run_well(WR_STATISTICS_SAVE), saved(file, counters_sample(5), 26));
 }
 
 TEST_F(StatisticsTest, SavesFollowTheModel)
@@ -257,7 +265,7 @@ TEST_F(StatisticsTest, KeepsTheWordsThatAreNotItsOwn)
         for (const uint32_t kept : {0U, 0x12345678U, 0xFFFFFFFFU}) {
             Bytes file = file_sample();
             for (const size_t offset : {0U, 4U, 248U, 252U}) {
-                word_put(file, offset, kept + static_cast<uint32_t>(offset));
+                total_put(file, offset, kept + static_cast<uint32_t>(offset));
             }
             put(file, counters_sample(3));
             const Bytes after = run_well(command);

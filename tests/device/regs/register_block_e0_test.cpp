@@ -1,10 +1,8 @@
-// The register blocks 0xE0..0xF2 and 0x16E..0x176.
-#include "device/regs/register_map_test.h"
+// The register block 0xE0..0xF2.
+#include "device/regs/register_block_fixture.h"
 
 namespace
 {
-
-// Block 0xE0 --------------------------------------------------------------------------------
 
 const Course kReadsE0 = Course{opens_to_read()} + registers_read(0x00E0, 10) + Course{closes()};
 
@@ -33,30 +31,9 @@ const Course kPartsE0[] = {
     {register_write(0x00EC, 0x8506), register_write(0x00EE, 0x0708)},
 };
 
-class RegisterBlock : public RegisterMapTest
+class RegisterBlockE0 : public RegisterBlockTest
 {
   protected:
-    void SetUp() override { device_put(); }
-
-    // Both blocks and their neighbours.
-    void device_put()
-    {
-        board.fpga.registers = {
-            {0x00DE, 0x0101}, {0x00E0, 0x1122}, {0x00E2, 0x3344}, {0x00E4, 0x5566},
-            {0x00E6, 0x7788}, {0x00E8, 0x99AA}, {0x00EA, 0xBBCC}, {0x00EC, 0xDDEE},
-            {0x00EE, 0xFF10}, {0x00F0, 0xA5A2}, {0x00F2, 0xFAED}, {0x00F4, 0x0202},
-            {0x016C, 0x0303}, {0x016E, 0xB4C2}, {0x0170, 0x2132}, {0x0172, 0x4354},
-            {0x0174, 0x6576}, {0x0176, 0x8798}, {0x0178, 0x0404}};
-    }
-
-    std::function<void*()> fresh(const Bytes& record)
-    {
-        return [this, record] {
-            device_put();
-            return caller.put(record);
-        };
-    }
-
     // A read of the whole block, then the selected parts; the driver's high halves are not
     // written back, the block having been read on a descriptor of its own.
     static Course write_course_e0(const BlockE0& block)
@@ -86,7 +63,7 @@ class RegisterBlock : public RegisterMapTest
     }
 };
 
-TEST_F(RegisterBlock, TheReportOfBlockE0GivesItsRegisters)
+TEST_F(RegisterBlockE0, TheReportOfBlockE0GivesItsRegisters)
 {
     board.fpga.register_high = 0xBEEF;
     const Bytes callers(22, '\x5A');
@@ -96,7 +73,7 @@ TEST_F(RegisterBlock, TheReportOfBlockE0GivesItsRegisters)
     expect_untouched_on_failure(RD_REGE0_BLOCK, callers, kReadsE0);
 }
 
-TEST_F(RegisterBlock, EveryRegisterValueOfBlockE0IsReported)
+TEST_F(RegisterBlockE0, EveryRegisterValueOfBlockE0IsReported)
 {
     for_every_word([&](uint16_t word) {
         uint16_t held[10];
@@ -117,7 +94,7 @@ TEST_F(RegisterBlock, EveryRegisterValueOfBlockE0IsReported)
     });
 }
 
-TEST_F(RegisterBlock, EveryMaskWritesItsPartsOfBlockE0)
+TEST_F(RegisterBlockE0, EveryMaskWritesItsPartsOfBlockE0)
 {
     board.fpga.register_high = 0xBEEF;
     for (uint32_t valid = 0; valid <= 0xFF; ++valid) {
@@ -128,7 +105,7 @@ TEST_F(RegisterBlock, EveryMaskWritesItsPartsOfBlockE0)
     }
 }
 
-TEST_F(RegisterBlock, AFailedCallEndsTheWriteOfBlockE0)
+TEST_F(RegisterBlockE0, AFailedCallEndsTheWriteOfBlockE0)
 {
     for (const uint32_t valid :
          {0U, 0xFFU, 0x01U, 0x02U, 0x04U, 0x08U, 0x10U, 0x20U, 0x40U, 0x80U, 0x55U, 0x2AU}) {
@@ -137,7 +114,7 @@ TEST_F(RegisterBlock, AFailedCallEndsTheWriteOfBlockE0)
     }
 }
 
-TEST_F(RegisterBlock, ThePartsOfBlockE0BeforeAFailedWriteStayWritten)
+TEST_F(RegisterBlockE0, ThePartsOfBlockE0BeforeAFailedWriteStayWritten)
 {
     for (const uint32_t valid : {0U, 0x7FU, 0x22U, 0x5DU}) {
         const BlockE0 block{valid};
@@ -146,7 +123,7 @@ TEST_F(RegisterBlock, ThePartsOfBlockE0BeforeAFailedWriteStayWritten)
 }
 
 // Three bits are driven, one is reported.
-TEST_F(RegisterBlock, TheEnableFlagDrivesThreeBits)
+TEST_F(RegisterBlockE0, TheEnableFlagDrivesThreeBits)
 {
     for_every_word([&](uint16_t word) {
         for (const uint32_t enable : {0U, 1U, 2U, 3U, 255U}) {
@@ -162,7 +139,7 @@ TEST_F(RegisterBlock, TheEnableFlagDrivesThreeBits)
     });
 }
 
-TEST_F(RegisterBlock, TheFieldsOfF2LeaveItsOtherBits)
+TEST_F(RegisterBlockE0, TheFieldsOfF2LeaveItsOtherBits)
 {
     for_every_word([&](uint16_t word) {
         const uint32_t field_3 = (word / 7) % 8;
@@ -178,7 +155,7 @@ TEST_F(RegisterBlock, TheFieldsOfF2LeaveItsOtherBits)
     });
 }
 
-TEST_F(RegisterBlock, EveryPairOfFieldsIsWrittenOrRefused)
+TEST_F(RegisterBlockE0, EveryPairOfFieldsIsWrittenOrRefused)
 {
     board.recording = false;
     for (uint32_t field_3 = 0; field_3 <= 0xFF; ++field_3) {
@@ -204,7 +181,7 @@ TEST_F(RegisterBlock, EveryPairOfFieldsIsWrittenOrRefused)
 
 // A field out of range is found last, when the other parts have been written; then nothing is run
 // again.
-TEST_F(RegisterBlock, AFieldOutOfRangeLeavesThePartsBeforeItWritten)
+TEST_F(RegisterBlockE0, AFieldOutOfRangeLeavesThePartsBeforeItWritten)
 {
     const BlockE0 bad[] = {{0, 1, 8, 0x12},    {0xFF, 1, 255, 0x12},  {0x3F, 1, 8, 0x12},
                            {0, 1, 5, 32},      {0x5F, 1, 5, 255},     {0x25, 1, 8, 32},
@@ -226,14 +203,14 @@ TEST_F(RegisterBlock, AFieldOutOfRangeLeavesThePartsBeforeItWritten)
     }
 }
 
-TEST_F(RegisterBlock, WhatBlockE0HoldsAlreadyIsWrittenAgain)
+TEST_F(RegisterBlockE0, WhatBlockE0HoldsAlreadyIsWrittenAgain)
 {
     const BlockE0 block{};
     run(WR_REGE0_BLOCK, block.record());
     expect_sets(WR_REGE0_BLOCK, block.record(), write_course_e0(block));
 }
 
-TEST_F(RegisterBlock, WhatWasWrittenToBlockE0IsReported)
+TEST_F(RegisterBlockE0, WhatWasWrittenToBlockE0IsReported)
 {
     for (int round = 0; round < 5000; ++round) {
         Bytes record = draw_bytes(22);
@@ -244,134 +221,6 @@ TEST_F(RegisterBlock, WhatWasWrittenToBlockE0IsReported)
         bytes_put(expected, 1, byte(byte_at(record, 1) == 1 ? 1 : 0));
         const Bytes asked = byte(0) + Bytes(9, '\x33') + record.substr(10, 2) + Bytes(10, '\x33');
         ASSERT_EQ(run(RD_REGE0_BLOCK, asked), expected);
-        board.restart();
-    }
-}
-
-// Block 0x16E -------------------------------------------------------------------------------
-
-const Course kReads16E = Course{opens_to_read()} + registers_read(0x016E, 5) + Course{closes()};
-
-Bytes record_16e(uint32_t valid, uint32_t flag_a, uint32_t flag_b)
-{
-    return byte(valid) + hex("5A") + byte(flag_a) + byte(flag_b) + hex("C0 A8 01 FE 0A 8B 0C 8D");
-}
-
-// The course of a write with flag A 1 and flag B 0; held: B4 C2.
-Course write_course_16e(uint32_t valid)
-{
-    constexpr uint32_t kFlags[] = {0, 0xB4C3, 0xB4C0, 0xB4C1};
-    const uint32_t selected = valid == 0 ? 15 : valid % 16;
-    Course course = kReads16E + Course{opens_to_write()};
-    if (selected % 4 != 0) {
-        course.push_back(register_write(0x016E, kFlags[selected % 4]));
-    }
-    if (selected / 4 % 2 != 0) {
-        course.push_back(register_write(0x0170, 0xC0A8));
-        course.push_back(register_write(0x0172, 0x01FE));
-    }
-    if (selected / 8 != 0) {
-        course.push_back(register_write(0x0174, 0x0A8B));
-        course.push_back(register_write(0x0176, 0x0C8D));
-    }
-    course.push_back(closes());
-    return course;
-}
-
-TEST_F(RegisterBlock, TheReportOfBlock16EGivesItsRegisters)
-{
-    board.fpga.register_high = 0xBEEF;
-    const Bytes callers(12, '\x5A');
-    prove(RD_REG16E_BLOCK, fresh(callers), kReads16E);
-    EXPECT_EQ(run(RD_REG16E_BLOCK, callers), hex("5A 5A 00 01 21 32 43 54 65 76 87 98"));
-    expect_untouched_on_failure(RD_REG16E_BLOCK, callers, kReads16E);
-}
-
-TEST_F(RegisterBlock, EveryRegisterValueOfBlock16EIsReported)
-{
-    for_every_word([&](uint16_t word) {
-        Bytes expected = hex("5A 5A") + byte(word % 2) + byte(word / 2 % 2);
-        board.fpga.registers[0x016E] = word;
-        for (unsigned i = 0; i < 4; ++i) { // each register takes every value
-            const auto held = static_cast<uint16_t>((word + i) * (40503U + 2 * i));
-            board.fpga.registers[0x0170 + 2 * i] = held;
-            expected += byte(held / 256) + byte(held % 256);
-        }
-        ASSERT_EQ(run(RD_REG16E_BLOCK, Bytes(12, '\x5A')), expected);
-    });
-}
-
-TEST_F(RegisterBlock, EveryMaskWritesItsPartsOfBlock16E)
-{
-    board.fpga.register_high = 0xBEEF;
-    for (uint32_t valid = 0; valid <= 0xFF; ++valid) {
-        SCOPED_TRACE(valid);
-        device_put();
-        expect_sets(WR_REG16E_BLOCK, record_16e(valid, 1, 0), write_course_16e(valid));
-    }
-}
-
-TEST_F(RegisterBlock, AFailedCallEndsTheWriteOfBlock16E)
-{
-    for (const uint32_t valid : {0U, 1U, 2U, 3U, 4U, 8U, 12U, 16U, 0xFFU}) {
-        prove(WR_REG16E_BLOCK, fresh(record_16e(valid, 1, 0)), write_course_16e(valid));
-    }
-}
-
-TEST_F(RegisterBlock, ThePartsOfBlock16EBeforeAFailedWriteStayWritten)
-{
-    for (const uint32_t valid : {0U, 0x0FU, 0x05U, 0x0AU}) {
-        expect_earlier_writes_stay(WR_REG16E_BLOCK, fresh(record_16e(valid, 1, 0)),
-                                   write_course_16e(valid));
-    }
-}
-
-TEST_F(RegisterBlock, TheFlagsOf16ELeaveItsOtherBits)
-{
-    constexpr uint32_t kFlags[][2] = {{0, 1}, {1, 0}, {1, 1}, {2, 255}, {255, 1}, {1, 2}};
-    for_every_word([&](uint16_t word) {
-        const auto& [a, b] = kFlags[word % 6 == 5 ? word / 6 % 6 : word % 6];
-        for (const uint32_t valid : {0U, 1U, 2U, 3U, 0x0CU}) {
-            device_put();
-            board.fpga.registers[0x016E] = word;
-            uint32_t expected = word;
-            if (valid == 0 || valid == 1 || valid == 3) {
-                expected = expected / 2 * 2 + (a == 1 ? 1 : 0);
-            }
-            if (valid == 0 || valid == 2 || valid == 3) {
-                expected = (expected & ~2U) + (b == 1 ? 2 : 0);
-            }
-            run(WR_REG16E_BLOCK, record_16e(valid, a, b));
-            ASSERT_EQ(board.fpga.registers[0x016E], expected);
-        }
-    });
-}
-
-TEST_F(RegisterBlock, EveryFlagByteOf16EIsOneOrNot)
-{
-    for (uint32_t a = 0; a <= 0xFF; ++a) {
-        for (uint32_t b = 0; b <= 0xFF; ++b) {
-            run(WR_REG16E_BLOCK, record_16e(3, a, b));
-            ASSERT_EQ(board.fpga.registers[0x016E], 0xB4C0 + (a == 1 ? 1 : 0) + (b == 1 ? 2 : 0));
-            board.restart();
-        }
-    }
-}
-
-TEST_F(RegisterBlock, WhatBlock16EHoldsAlreadyIsWrittenAgain)
-{
-    run(WR_REG16E_BLOCK, record_16e(0, 1, 0));
-    expect_sets(WR_REG16E_BLOCK, record_16e(0, 1, 0), write_course_16e(0));
-}
-
-TEST_F(RegisterBlock, WhatWasWrittenToBlock16EIsReported)
-{
-    for (int round = 0; round < 5000; ++round) {
-        const Bytes addresses = draw_bytes(8);
-        const uint32_t flags = draw() % 4;
-        run(WR_REG16E_BLOCK, hex("00 5A") + byte(flags % 2) + byte(flags / 2) + addresses);
-        ASSERT_EQ(run(RD_REG16E_BLOCK, Bytes(12, '\x33')),
-                  hex("33 33") + byte(flags % 2) + byte(flags / 2) + addresses);
         board.restart();
     }
 }

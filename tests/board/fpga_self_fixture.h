@@ -1,0 +1,77 @@
+// What the simulated device's own tests start from.
+#pragma once
+
+#include <gtest/gtest-spi.h>
+
+#include "device/device_test.h"
+#include "device/fpga_device.h"
+
+// Longer than any record, to show what a request fills beyond its own.
+constexpr size_t kRoom = 300;
+
+class FpgaSelf : public DeviceTest
+{
+  protected:
+    int request(uint32_t number, Bytes& record)
+    {
+        const Fpga fpga = fpga_open(FpgaAccess::kWrite);
+        const int result = fpga_request(fpga, number, record.data());
+        fpga_close(fpga);
+        return result;
+    }
+
+    Bytes answer(uint32_t number, Bytes record)
+    {
+        EXPECT_EQ(request(number, record), 0);
+        return record;
+    }
+
+    int send(uint32_t number, uint32_t value)
+    {
+        const Fpga fpga = fpga_open(FpgaAccess::kWrite);
+        const int result = fpga_requestValue(fpga, number, value);
+        fpga_close(fpga);
+        return result;
+    }
+
+    // A word as the driver gives it for this request.
+    uint32_t word(uint32_t number)
+    {
+        const Bytes record = answer(number, Bytes(2, '\0'));
+        return static_cast<uint8_t>(record[0]) + 256U * static_cast<uint8_t>(record[1]);
+    }
+
+    // How many failures a proof reports, without being failed by them.
+    static int failures_of(const std::function<void()>& proof)
+    {
+        testing::TestPartResultArray results;
+        {
+            const testing::ScopedFakeTestPartResultReporter reporter(
+                testing::ScopedFakeTestPartResultReporter::INTERCEPT_ALL_THREADS, &results);
+            proof();
+        }
+        int failures = 0;
+        for (int i = 0; i < results.size(); ++i) {
+            failures += results.GetTestPartResult(i).failed() ? 1 : 0;
+        }
+        return failures;
+    }
+
+    // Closes what a command under a wrong proof has left open; how many there were.
+    size_t close_left_open()
+    {
+        const size_t left = board.open_descriptors();
+        while (!board.descriptors().empty()) {
+            board.closing(board.descriptors().begin()->first);
+        }
+        return left;
+    }
+};
+
+inline Bytes pattern(size_t size)
+{
+    Bytes bytes(size, '\xA5');
+    bytes[2] = 5; // a PHY register's number
+    bytes[3] = 0;
+    return bytes;
+}

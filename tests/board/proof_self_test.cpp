@@ -1,0 +1,137 @@
+// The tests of the proof that the command tests rest on.
+#include "board/fpga_self_fixture.h"
+
+namespace
+{
+
+// The group flag's setter is the subject: open, word read, value written, close.
+class ProofSelf : public FpgaSelf
+{
+  protected:
+    int failures(const Course& course, int32_t result = 0)
+    {
+        const int count = failures_of([&] {
+            prove(
+                WR_GROUP_FLAG,
+                [this] {
+                    board.fpga.words[0x6B2D] = 0xFE3B;
+                    flag_ = 1;
+                    return &flag_;
+                },
+                course, result);
+        });
+        close_left_open();
+        return count;
+    }
+
+    static Course right()
+    {
+        return {opens_to_write(), word_read(0x6B2D), value_write(0x6B2E, 0xFFFF), closes()};
+    }
+
+    // The right course but for one step.
+    static Course changed(size_t step, const Step& other)
+    {
+        Course course = right();
+        course[step] = other;
+        return course;
+    }
+
+  private:
+    uint8_t flag_ = 0;
+};
+
+TEST_F(ProofSelf, FindsNothingWrongInTheRightCourse)
+{
+    EXPECT_EQ(failures(right()), 0);
+}
+
+TEST_F(ProofSelf, NoticesAWrongCourse)
+{
+    EXPECT_GT(failures(changed(0, opens_to_read())), 0);
+    EXPECT_GT(failures(changed(1, word_read(0x6B03))), 0);
+    EXPECT_GT(failures(changed(1, map_read(0x6B2D))), 0);
+    EXPECT_GT(failures(changed(2, value_write(0x6B2E, 0xFFFE))), 0);
+    EXPECT_GT(failures(changed(2, value_write(0x6B04, 0xFFFF))), 0);
+    EXPECT_GT(failures({opens_to_write(), word_read(0x6B2D), closes()}), 0);
+    EXPECT_GT(failures({opens_to_write(), word_read(0x6B2D), value_write(0x6B2E, 0xFFFF)}), 0);
+    EXPECT_GT(failures(right() + Course{opens_to_write(), closes()}), 0);
+}
+
+TEST_F(ProofSelf, NoticesAWrongResult)
+{
+    EXPECT_GT(failures(right(), 1), 0);
+}
+
+TEST_F(ProofSelf, NoticesAWrongFailureCode)
+{
+    EXPECT_GT(failures(changed(0, opens_to_write(-2))), 0);
+    EXPECT_GT(failures(changed(1, word_read(0x6B2D, -4))), 0);
+    EXPECT_GT(failures(changed(2, value_write(0x6B2E, 0xFFFF, -2))), 0);
+    EXPECT_GT(failures(changed(2, value_write(0x6B2E, 0xFFFF, -5))), 0);
+}
+
+TEST_F(ProofSelf, NoticesAFailureThatIsNotIgnored)
+{
+    EXPECT_GT(failures(changed(1, word_read(0x6B2D, kIgnored))), 0);
+    EXPECT_GT(failures(changed(3, {"close /dev/fpga", -4})), 0);
+}
+
+TEST_F(ProofSelf, NoticesADescriptorThatStaysOpen)
+{
+    uint16_t word = 0;
+    const Course course{opens_to_read(), word_read(0x6B21), closes()};
+    // Only its failures leave the device open.
+    EXPECT_EQ(failures_of([&] { expect_course(RD_DEVICE_WORD_21, &word, course); }), 0);
+    EXPECT_GT(failures_of([&] {
+                  prove(
+                      RD_DEVICE_WORD_21,
+                      [&word] {
+                          word = 0;
+                          return &word;
+                      },
+                      course);
+              }),
+              0);
+    EXPECT_GT(close_left_open(), 0U);
+}
+
+// The descriptor alone, with a trace that is right.
+TEST_F(ProofSelf, NoticesADescriptorBehindARightTrace)
+{
+    uint8_t flag = 0;
+    const Fpga left = fpga_open(FpgaAccess::kRead);
+    EXPECT_EQ(
+        failures_of([&] {
+            expect_course(RD_GROUP_FLAG, &flag, {opens_to_read(), word_read(0x6B2D), closes()});
+        }),
+        1);
+    fpga_close(left);
+}
+
+TEST_F(ProofSelf, NoticesACommandThatIsNotRefused)
+{
+    uint16_t code = 2;
+    EXPECT_GT(failures_of([&] { expect_refused(WR_DEVICE_WORD_49, &code); }), 0);
+    code = 3;
+    EXPECT_EQ(failures_of([&] { expect_refused(WR_DEVICE_WORD_49, &code); }), 0);
+}
+
+// Command 62 is never repeated: neither is its course in the proof.
+TEST_F(ProofSelf, ExpectsNoSecondRunOfCommand62)
+{
+    uint16_t word = 0;
+    const auto prepare = [&word] {
+        word = 0;
+        return &word;
+    };
+    const Course course{opens_to_read(), word_read(0x6B40, -1), closes()};
+    EXPECT_EQ(failures_of([&] { prove(RD_DEVICE_WORD_40, prepare, course); }), 0);
+    EXPECT_GT(
+        failures_of([&] {
+            prove(RD_DEVICE_WORD_40, prepare, {opens_to_read(), word_read(0x6B40, -2), closes()});
+        }),
+        0);
+}
+
+} // namespace
