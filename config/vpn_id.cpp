@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "config/config_value.h"
+#include "device/work_record.h"
 #include "maint/fpga.h"
 #include "maint/system_log.h"
 
@@ -41,13 +42,13 @@ int32_t identity_read(const char* key, KeyResults results, uint32_t* id)
 
 int32_t Get_Conf_VpnId(int32_t index, uint32_t* id)
 {
-    uint16_t mapEnabled = 0;
-    if (Fpga_Register_Set(RD_VLANT_MAP_ENABLE, &mapEnabled) != DEVICE_OK) {
+    WorkRecord<uint16_t> answer{};
+    if (Fpga_Register_Set(RD_VLANT_MAP_ENABLE, answer.data()) != DEVICE_OK) {
         // For the log alone.
         systemLog_put("Get_Conf_VpnId 000 : Fpga_Register_Set(RD_VLANT_MAP_ENABLE) didn't read");
         return -1;
     }
-    if (mapEnabled != kMapEnabled) {
+    if (answer[0] != kMapEnabled) {
         return identity_read("OWN_VPN_ID", kOwnResults, id);
     }
     char key[kKeySize];

@@ -1,5 +1,5 @@
-// Room for what the driver may fill when a command reads one of its words for itself: how much that
-// is, is the driver's; this is the size of the largest record known.
+// Room for what a device command, or the driver behind it, may fill when one of its words is read
+// from within: how much that is, is theirs; this is the size of the largest record known.
 #pragma once
 
 #include <array>
