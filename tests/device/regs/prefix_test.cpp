@@ -6,7 +6,7 @@
 namespace
 {
 
-constexpr int kRounds = 300000;
+constexpr uint32_t kRounds = share_of(300000);
 
 // The value of four mask bytes, byte 0 first.
 uint32_t value_of(const PrefixBytes& bytes)
@@ -131,7 +131,7 @@ uint16_t ones_before_zero(uint32_t value)
 TEST_F(Prefix, AMaskWithGapsHasTheLengthOfItsLeadingOnes)
 {
     EXPECT_EQ(ones_before_zero(0xFF00FF00), 8);
-    for (int round = 0; round < kRounds; ++round) {
+    for (uint32_t round = 0; round < kRounds; ++round) {
         // A run of ones, a zero, and anything behind it.
         const uint32_t run = draw() % 32;
         const uint32_t value = (kMasks[run] | (draw() & ~kMasks[run + 1])) & ~(0x80000000U >> run);
