@@ -233,7 +233,7 @@ TEST_F(RegisterBlock, WhatBlockE0HoldsAlreadyIsWrittenAgain)
 
 TEST_F(RegisterBlock, WhatWasWrittenToBlockE0IsReported)
 {
-    for (int round = 0; round < 5000; ++round) {
+    for (uint32_t round = 0; round < share_of(5000); ++round) {
         Bytes record = draw_bytes(22);
         bytes_put(record, 0, byte(0));
         bytes_put(record, 20, byte(draw() % 8) + byte(draw() % 32));
@@ -347,13 +347,12 @@ TEST_F(RegisterBlock, TheFlagsOf16ELeaveItsOtherBits)
 
 TEST_F(RegisterBlock, EveryFlagByteOf16EIsOneOrNot)
 {
-    for (uint32_t a = 0; a <= 0xFF; ++a) {
-        for (uint32_t b = 0; b <= 0xFF; ++b) {
-            run(WR_REG16E_BLOCK, record_16e(3, a, b));
-            ASSERT_EQ(board.fpga.registers[0x016E], 0xB4C0 + (a == 1 ? 1 : 0) + (b == 1 ? 2 : 0));
-            board.restart();
-        }
-    }
+    for_every_word([&](uint16_t flags) {
+        const uint32_t a = flags >> 8;
+        const uint32_t b = flags & 0xFFU;
+        run(WR_REG16E_BLOCK, record_16e(3, a, b));
+        ASSERT_EQ(board.fpga.registers[0x016E], 0xB4C0 + (a == 1 ? 1 : 0) + (b == 1 ? 2 : 0));
+    });
 }
 
 TEST_F(RegisterBlock, WhatBlock16EHoldsAlreadyIsWrittenAgain)
@@ -364,7 +363,7 @@ TEST_F(RegisterBlock, WhatBlock16EHoldsAlreadyIsWrittenAgain)
 
 TEST_F(RegisterBlock, WhatWasWrittenToBlock16EIsReported)
 {
-    for (int round = 0; round < 5000; ++round) {
+    for (uint32_t round = 0; round < share_of(5000); ++round) {
         const Bytes addresses = draw_bytes(8);
         const uint32_t flags = draw() % 4;
         run(WR_REG16E_BLOCK, hex("00 5A") + byte(flags % 2) + byte(flags / 2) + addresses);
