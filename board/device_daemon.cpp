@@ -204,9 +204,17 @@ void read_answer(const Device& device, const fuse_in_header& header, const fuse_
     handle.position += size;
 }
 
+// What stands at the beginning of a message's part.
+template <class Part> Part part_at(const char* place)
+{
+    Part part;
+    memcpy(&part, place, sizeof part);
+    return part;
+}
+
 void serve(const Device& device)
 {
-    alignas(8) static char message[FUSE_MIN_READ_BUFFER + 65536];
+    static char message[FUSE_MIN_READ_BUFFER + 65536];
     if (read(device.cuse, message, sizeof message) < 0) {
         if (errno == EINTR || errno == ENOENT || errno == EAGAIN) {
             return;
@@ -214,28 +222,26 @@ void serve(const Device& device)
         perror(device.name);
         exit(1);
     }
-    const auto& header = *reinterpret_cast<const fuse_in_header*>(message);
+    const auto header = part_at<fuse_in_header>(message);
     char* const body = message + sizeof header;
     switch (header.opcode) {
     case CUSE_INIT:
         init_answer(device, header.unique);
         break;
     case FUSE_OPEN:
-        open_answer(device, header, *reinterpret_cast<const fuse_open_in*>(body));
+        open_answer(device, header, part_at<fuse_open_in>(body));
         break;
     case FUSE_RELEASE:
-        release_answer(device, header, *reinterpret_cast<const fuse_release_in*>(body));
+        release_answer(device, header, part_at<fuse_release_in>(body));
         break;
     case FUSE_IOCTL:
-        ioctl_answer(device, header, *reinterpret_cast<const fuse_ioctl_in*>(body),
-                     body + sizeof(fuse_ioctl_in));
+        ioctl_answer(device, header, part_at<fuse_ioctl_in>(body), body + sizeof(fuse_ioctl_in));
         break;
     case FUSE_WRITE:
-        write_answer(device, header, *reinterpret_cast<const fuse_write_in*>(body),
-                     body + sizeof(fuse_write_in));
+        write_answer(device, header, part_at<fuse_write_in>(body), body + sizeof(fuse_write_in));
         break;
     case FUSE_READ:
-        read_answer(device, header, *reinterpret_cast<const fuse_read_in*>(body));
+        read_answer(device, header, part_at<fuse_read_in>(body));
         break;
     case FUSE_FLUSH:
         answer(device, header.unique, 0);

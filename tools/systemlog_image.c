@@ -4,6 +4,7 @@
  * Shares nothing with the library but its public header: the layout is written out here a second
  * time, so that the two check each other.
  */
+#include <errno.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -297,8 +298,10 @@ static int usage(void)
 static int number_parse(const char* text, unsigned long limit, unsigned long* number)
 {
     char* end = NULL;
+    errno = 0;
     *number = strtoul(text, &end, 10);
-    return text[0] >= '0' && text[0] <= '9' && *end == '\0' && *number <= limit;
+    /* A number beyond the type comes as its largest, which may be the limit. */
+    return text[0] >= '0' && text[0] <= '9' && *end == '\0' && errno == 0 && *number <= limit;
 }
 
 int main(int argc, char** argv)

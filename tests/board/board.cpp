@@ -199,8 +199,9 @@ bool Board::waits_for_itself(int descriptor) const
     });
 }
 
-std::string Board::path_of(int descriptor) const
+const std::string& Board::path_of(int descriptor) const
 {
+    static const std::string kClosed = "(closed)";
     const auto entry = open_.find(descriptor);
-    return entry == open_.end() ? "(closed)" : entry->second;
+    return entry == open_.end() ? kClosed : entry->second;
 }

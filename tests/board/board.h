@@ -95,6 +95,8 @@ class Board
 
     // For the calls themselves.
     bool begin(const std::string& call); // records the call; false: it has to fail
+    // Whether anybody reads the texts of calls: they are empty otherwise.
+    [[nodiscard]] bool calls_read() const { return recording || before_call; }
     int device_open(const std::string& path);
     [[nodiscard]] bool is_device(int descriptor) const;
     void opened(int descriptor, const std::string& path);
@@ -104,7 +106,7 @@ class Board
     // Whether this very process holds a lock on the descriptor's file through another one: to wait
     // for it would be for ever. A lock taken before a fork is the other process's.
     [[nodiscard]] bool waits_for_itself(int descriptor) const;
-    std::string path_of(int descriptor) const;
+    [[nodiscard]] const std::string& path_of(int descriptor) const;
     // Runs before each call is answered, with its text; for tests that step in between calls.
     std::function<void(const std::string&)> before_call;
     // Runs after each close of a descriptor; for tests that play another thread of the process.

@@ -12,6 +12,8 @@
 #include <cstdarg>
 #include <cstdio>
 #include <string>
+#include <string_view>
+#include <type_traits>
 
 #include "board/board.h"
 #include "board/call_text.h"
@@ -25,6 +27,19 @@ constexpr const char* kRtcPath = "/dev/rtc";
 Board& board()
 {
     return Board::current();
+}
+
+std::string open_text(int flags, mode_t mode)
+{
+    char octal[16];
+    snprintf(octal, sizeof octal, " 0%o", mode);
+    return openFlags_text(flags) + ((flags & O_CREAT) != 0 ? octal : "");
+}
+
+std::string seek_text(long offset, int whence)
+{
+    const std::string from = whence == SEEK_SET ? "" : " from " + std::to_string(whence);
+    return std::to_string(offset) + from;
 }
 
 std::string lock_text(int operation)
@@ -41,15 +56,38 @@ std::string lock_text(int operation)
     }
 }
 
-std::string path_of(FILE* stream)
+const std::string& path_of(FILE* stream)
 {
     return board().path_of(fileno(stream));
 }
 
-// Records "call path detail"; false when the call has to fail, with errno set.
-bool begin(const std::string& call, const std::string& path, const std::string& detail = "")
+std::string detail_text(const std::string& text)
 {
-    if (board().begin(call + " " + path + (detail.empty() ? "" : " " + detail))) {
+    return text;
+}
+
+std::string detail_text(size_t number)
+{
+    return std::to_string(number);
+}
+
+template <class Make> auto detail_text(const Make& make) -> decltype(make())
+{
+    return make();
+}
+
+// Records "call path detail"; false when the call has to fail, with errno set. The detail is a
+// text, a number or what makes the text: nothing is put together that nobody reads.
+template <class Detail = std::string>
+bool begin(const char* call, std::string_view path, const Detail& detail = {})
+{
+    std::string text;
+    if (board().calls_read()) {
+        text.append(call).append(" ").append(path);
+        const std::string behind = detail_text(detail);
+        text += behind.empty() ? "" : " " + behind;
+    }
+    if (board().begin(text)) {
         return true;
     }
     errno = EIO;
@@ -91,33 +129,30 @@ std::string without_newline(std::string text)
 
 extern "C" {
 
-int board_open(const char* path, int flags, ...)
+int board_open(const char* name, int flags, ...)
 {
+    const std::string_view path = name;
     mode_t mode = 0;
-    std::string detail = openFlags_text(flags);
     if ((flags & O_CREAT) != 0) {
         va_list values;
         va_start(values, flags);
         mode = va_arg(values, mode_t);
         va_end(values);
-        char octal[16];
-        snprintf(octal, sizeof octal, " 0%o", mode);
-        detail += octal;
     }
-    if (!begin("open", path, detail)) {
+    if (!begin("open", path, [=] { return open_text(flags, mode); })) {
         return -1;
     }
-    const bool fpga = std::string(path) == kFpgaPath;
-    if (fpga || std::string(path) == kRtcPath) {
+    const bool fpga = path == kFpgaPath;
+    if (fpga || path == kRtcPath) {
         if (!(fpga ? board().fpga_present : board().rtc_present)) {
             errno = ENOENT;
             return -1;
         }
-        return board().device_open(path);
+        return board().device_open(name);
     }
-    const int descriptor = open(board().host(path).c_str(), flags, mode);
+    const int descriptor = open(board().host(name).c_str(), flags, mode);
     if (descriptor >= 0) {
-        board().opened(descriptor, path);
+        board().opened(descriptor, name);
     }
     return descriptor;
 }
@@ -135,22 +170,17 @@ int board_close(int descriptor)
 
 ssize_t board_read(int descriptor, void* data, size_t size)
 {
-    return begin("read", board().path_of(descriptor), std::to_string(size))
-               ? read(descriptor, data, size)
-               : -1;
+    return begin("read", board().path_of(descriptor), size) ? read(descriptor, data, size) : -1;
 }
 
 ssize_t board_write(int descriptor, const void* data, size_t size)
 {
-    return begin("write", board().path_of(descriptor), std::to_string(size))
-               ? write(descriptor, data, size)
-               : -1;
+    return begin("write", board().path_of(descriptor), size) ? write(descriptor, data, size) : -1;
 }
 
 off_t board_lseek(int descriptor, off_t offset, int whence)
 {
-    const std::string from = whence == SEEK_SET ? "" : " from " + std::to_string(whence);
-    return begin("lseek", board().path_of(descriptor), std::to_string(offset) + from)
+    return begin("lseek", board().path_of(descriptor), [=] { return seek_text(offset, whence); })
                ? lseek(descriptor, offset, whence)
                : -1;
 }
@@ -167,7 +197,7 @@ int board_unlink(const char* path)
 
 int board_flock(int descriptor, int operation)
 {
-    if (!begin("flock", board().path_of(descriptor), lock_text(operation))) {
+    if (!begin("flock", board().path_of(descriptor), [=] { return lock_text(operation); })) {
         return -1;
     }
     if ((operation & LOCK_NB) == 0 && board().own_wait_fails &&
@@ -205,30 +235,26 @@ int board_fclose(FILE* stream)
 
 size_t board_fread(void* data, size_t size, size_t count, FILE* stream)
 {
-    return begin("fread", path_of(stream), std::to_string(size * count))
-               ? fread(data, size, count, stream)
-               : items_inHalf(count);
+    return begin("fread", path_of(stream), size * count) ? fread(data, size, count, stream)
+                                                         : items_inHalf(count);
 }
 
 size_t board_fwrite(const void* data, size_t size, size_t count, FILE* stream)
 {
-    return begin("fwrite", path_of(stream), std::to_string(size * count))
-               ? fwrite(data, size, count, stream)
-               : items_inHalf(count);
+    return begin("fwrite", path_of(stream), size * count) ? fwrite(data, size, count, stream)
+                                                          : items_inHalf(count);
 }
 
 int board_fseek(FILE* stream, long offset, int whence)
 {
-    const std::string from = whence == SEEK_SET ? "" : " from " + std::to_string(whence);
-    return begin("fseek", path_of(stream), std::to_string(offset) + from)
+    return begin("fseek", path_of(stream), [=] { return seek_text(offset, whence); })
                ? fseek(stream, offset, whence)
                : -1;
 }
 
 char* board_fgets(char* text, int size, FILE* stream)
 {
-    return begin("fgets", path_of(stream), std::to_string(size)) ? fgets(text, size, stream)
-                                                                 : nullptr;
+    return begin("fgets", path_of(stream), size) ? fgets(text, size, stream) : nullptr;
 }
 
 int board_fprintf(FILE* stream, const char* format, ...)
@@ -237,7 +263,7 @@ int board_fprintf(FILE* stream, const char* format, ...)
     va_start(values, format);
     const std::string text = format_text(format, values);
     va_end(values);
-    if (!begin("fprintf", path_of(stream), std::to_string(text.size()))) {
+    if (!begin("fprintf", path_of(stream), text.size())) {
         return -1;
     }
     return static_cast<int>(fwrite(text.data(), 1, text.size(), stream));
@@ -281,8 +307,9 @@ int board_ioctl(int descriptor, unsigned long request, ...)
     va_start(values, request);
     const unsigned long argument = va_arg(values, unsigned long);
     va_end(values);
-    const std::string path = board().path_of(descriptor);
+    const std::string& path = board().path_of(descriptor);
     const auto number = static_cast<uint32_t>(request);
+    const bool fpga = path == kFpgaPath;
     const bool rtc = path == kRtcPath;
     const RequestForm* form = rtc ? rtcRequestForm_find(number) : requestForm_find(number);
     if (form == nullptr || request != form->number) {
@@ -293,8 +320,8 @@ int board_ioctl(int descriptor, unsigned long request, ...)
     if (form->argument == Argument::kNothing && argument != 0) {
         ADD_FAILURE() << "argument " << argument << " for a request that takes none";
     }
-    const bool good = board().begin(board().recording ? ioctl_text(path, *form, argument) : "");
-    if (!rtc && path != kFpgaPath) {
+    const bool good = board().begin(board().calls_read() ? ioctl_text(path, *form, argument) : "");
+    if (!rtc && !fpga) {
         errno = EBADF;
         return -1;
     }
@@ -330,13 +357,13 @@ int board_clock_settime(clockid_t clock, const timespec* now)
 
 unsigned board_sleep(unsigned seconds)
 {
-    board().begin("sleep " + std::to_string(seconds));
+    begin("sleep", std::to_string(seconds));
     return 0;
 }
 
 int board_usleep(useconds_t microseconds)
 {
-    board().begin("usleep " + std::to_string(microseconds));
+    begin("usleep", std::to_string(microseconds));
     return 0;
 }
 

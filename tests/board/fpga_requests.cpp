@@ -131,11 +131,17 @@ constexpr RequestForm kRequests[] = {
     word_in(0x6BA6),
 };
 
+constexpr bool below(const RequestForm& row, uint32_t number)
+{
+    return row.number < number;
+}
+static_assert(std::is_sorted(std::begin(kRequests), std::end(kRequests),
+                             [](const auto& a, const auto& b) { return below(a, b.number); }));
+
 } // namespace
 
 const RequestForm* requestForm_find(uint32_t number)
 {
-    const auto* form = std::find_if(std::begin(kRequests), std::end(kRequests),
-                                    [=](const RequestForm& row) { return row.number == number; });
-    return form == std::end(kRequests) ? nullptr : form;
+    const auto* form = std::lower_bound(std::begin(kRequests), std::end(kRequests), number, below);
+    return form == std::end(kRequests) || form->number != number ? nullptr : form;
 }

@@ -291,9 +291,10 @@ TEST_F(FpgaSelf, EveryWordIsTriedOnce)
     uint32_t tried = 0;
     for_every_word([&](uint16_t word) {
         EXPECT_FALSE(board.recording);
-        EXPECT_EQ(word, tried++);
+        EXPECT_EQ(word, std::min(kWordStep * tried++, 65535U));
     });
-    EXPECT_EQ(tried, 65536U);
+    EXPECT_EQ(tried, kWordsTried);
+    EXPECT_TRUE(kWordStep > 1 || tried == 65536U);
     EXPECT_TRUE(board.recording);
 }
 

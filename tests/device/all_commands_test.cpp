@@ -120,7 +120,8 @@ class AllCommands : public DeviceTest
         return failing + (middle ? 29 : 1);
     }
 
-    void check(const CommandForm& form, DeviceCommandCode command)
+    // Runs a command once, and then with its calls failing where that is asked for.
+    void check(const CommandForm& form, DeviceCommandCode command, bool failing_calls)
     {
         char name[32];
         snprintf(name, sizeof name, "command 0x%04X", command);
@@ -128,7 +129,8 @@ class AllCommands : public DeviceTest
         const Bytes record = record_draw();
         board_put();
         board.restart();
-        const size_t calls = run(form, command, record);
+        const size_t made = run(form, command, record);
+        const size_t calls = failing_calls ? made : 0;
         for (size_t failing = 1; failing <= calls && !HasFailure();
              failing = next_failing(failing, calls)) {
             SCOPED_TRACE(failing);
@@ -178,11 +180,12 @@ TEST_F(AllCommands, KeepTheirPromisesWhateverFails)
             issued_.clear();
             succeeded_ = false;
             // As many records as it takes for the command to succeed and to issue all its requests.
+            // Under an emulator calls fail with one of them, and with others until a run succeeds.
             const Requests& own = commandRequests_get(code);
-            for (int record = 0;
+            for (uint32_t record = 0;
                  record < 3 || (record < 400 && (!succeeded_ || issued_.size() < own.size()));
                  ++record) {
-                check(form, code);
+                check(form, code, kRoundsPerRound == 1 || record == 0 || !succeeded_);
                 ASSERT_FALSE(HasFailure());
             }
             EXPECT_TRUE(succeeded_) << "never got anywhere: command " << std::hex << code;

@@ -5,6 +5,7 @@
 #include <climits>
 
 #include "board/board_test.h"
+#include "board/share.h"
 #include "maint/fpga.h"
 
 // The failure of a call that a command ignores.
@@ -71,7 +72,8 @@ class DeviceTest : public BoardTest
     // then.
     void fail_in_both_runs(size_t n, size_t descriptors);
 
-    // Calls `check` for each of the 65,536 values of a word, without recording calls.
+    // Calls `check` for each of the 65,536 values of a word (under an emulator: see board/share.h),
+    // without recording calls.
     void for_every_word(const std::function<void(uint16_t)>& check);
 
   private:

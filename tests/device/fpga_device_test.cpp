@@ -11,7 +11,7 @@ namespace
 {
 
 constexpr uint32_t kSeed = 20060301; // every run draws the same values
-constexpr int kRounds = 200000;
+constexpr uint32_t kRounds = share_of(200000);
 
 using Words = std::initializer_list<uint16_t>;
 
@@ -70,7 +70,7 @@ uint16_t model_apply(BitChange change, uint16_t word)
 
 TEST_F(FpgaDevice, AChangeClearsAndThenSets)
 {
-    for (int round = 0; round < kRounds; ++round) {
+    for (uint32_t round = 0; round < kRounds; ++round) {
         const BitChange change{draw(), draw()};
         const uint16_t word = draw();
         ASSERT_EQ(bitChange_apply(change, word), model_apply(change, word))
@@ -80,7 +80,7 @@ TEST_F(FpgaDevice, AChangeClearsAndThenSets)
 
 TEST_F(FpgaDevice, AJoinedChangeIsTheFirstAndThenTheSecond)
 {
-    for (int round = 0; round < kRounds; ++round) {
+    for (uint32_t round = 0; round < kRounds; ++round) {
         const BitChange first{draw(), draw()};
         const BitChange second{draw(), draw()};
         const uint16_t word = draw();
@@ -288,7 +288,7 @@ TEST_F(FpgaDevice, AChangedRegisterIsWrittenWithTheHighHalfThatWasRead)
 
 TEST_F(FpgaDevice, EveryHighHalfOfARegisterIsKept)
 {
-    for (uint32_t high = 0; high <= 0xFFFF; ++high) {
+    for (uint32_t high = 0; high <= UINT16_MAX; high = wordTried_after(high)) {
         board.fpga.registers[0x0044] = static_cast<uint16_t>(~high);
         board.fpga.register_high = static_cast<uint16_t>(high);
         board.restart();

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <csignal>
+#include <cstddef>
 #include <vector>
 
 #include "board/failure_table.h"
@@ -18,8 +19,8 @@ constexpr const char* kLockFile = "/tmp/Saveing";
 // Something that is no null pointer and no stream, to see that lock has written its handle.
 FILE* stale_handle()
 {
-    static int nothing;
-    return reinterpret_cast<FILE*>(&nothing);
+    alignas(std::max_align_t) static int nothing;
+    return static_cast<FILE*>(static_cast<void*>(&nothing));
 }
 
 class SaveLock : public BoardTest

@@ -3,13 +3,14 @@
 #include <optional>
 #include <random>
 
+#include "board/share.h"
 #include "log/console_lines.h"
 #include "log/log_bytes.h"
 
 namespace
 {
 
-constexpr int kBoots = 2500;
+constexpr int kBoots = share_of(2500);
 
 class Draw
 {

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# A C program builds against an installed tree and runs, found by CMake and by pkg-config.
+# A C program builds against an installed tree and runs, found by CMake and by pkg-config. EMULATOR
+# runs programs of another processor.
 # usage: check_consumer.sh PREFIX CONSUMER_DIR
 . "$(dirname "$0")/common.sh"
 work_make
@@ -10,7 +11,7 @@ runs()
 {
     local libraries
     libraries=$(dirname "$(find "$prefix" -name 'libmaint.*' | head -n 1)")
-    LD_LIBRARY_PATH=$libraries "$work/$1" >"$work/said" || finding "$1 exits with $?"
+    LD_LIBRARY_PATH=$libraries ${EMULATOR:+"$EMULATOR"} "$work/$1" >"$work/said" || finding "$1 exits with $?"
     diff "$consumer/expected.txt" "$work/said" || finding "$1 says something else"
 }
 

@@ -119,6 +119,13 @@ fails_with 'the product on the board calls open, which' \
     check_board.sh "$pure" "$calls" "$work/escape.a"
 "$OBJCOPY" --redefine-syms="$calls" "$work/escape.a" "$work/kept.a"
 passes check_board.sh "$pure" "$calls" "$work/kept.a"
+archive divides 'unsigned __aeabi_uidiv(unsigned a, unsigned b);
+unsigned entry(unsigned a, unsigned b) { return __aeabi_uidiv(a, b); }'
+passes check_board.sh "$pure" "$calls" "$work/divides.a"
+archive unwinds 'void __aeabi_unwind_cpp_pr0(void);
+void entry(void) { __aeabi_unwind_cpp_pr0(); }'
+fails_with 'needs the C++ runtime: __aeabi_unwind_cpp_pr0' \
+    check_board.sh "$pure" "$calls" "$work/unwinds.a"
 
 # Linked files
 passes check_linked.sh "$pure" "$calls" "$work/libgood.so"

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # What systemlog_image shows and refuses.
-# usage: systemlog_image.sh SYSTEMLOG_IMAGE
+# usage: systemlog_image.sh [EMULATOR] SYSTEMLOG_IMAGE
 set -euo pipefail
 
-tool=$1
+tool=("$@")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
@@ -19,7 +19,7 @@ fail()
 shows()
 {
     cat >expected
-    "$tool" show "$1" >shown || fail "show $1 exits with $?"
+    "${tool[@]}" show "$1" >shown || fail "show $1 exits with $?"
     diff expected shown || fail "show $1 differs"
 }
 
@@ -28,7 +28,7 @@ refuses()
 {
     local message=$1 status=0
     shift
-    "$tool" "$@" >shown 2>error || status=$?
+    "${tool[@]}" "$@" >shown 2>error || status=$?
     [ "$status" -eq 1 ] || fail "$* exits with $status instead of 1"
     [ "$(cat error)" = "$message" ] || fail "$* says '$(cat error)' instead of '$message'"
 }
@@ -43,18 +43,18 @@ bytes_put()
 
 # Making
 
-"$tool" make three 3 77
+"${tool[@]}" make three 3 77
 [ "$(stat -c %s three)" -eq 312 ] || fail "an image of 3 records has not 312 bytes"
 [ "$(od -An -tx1 -N10 three | tr -d ' ')" = 4d000000030003000100 ] || fail "header of 3 records"
-"$tool" make three_again 3 77
+"${tool[@]}" make three_again 3 77
 cmp three three_again || fail "the same image twice is not the same"
 tail -c +13 three | cut -c -19 | LC_ALL=C sort -c || fail "time runs backwards"
 
-"$tool" make full 1640 4294967294
+"${tool[@]}" make full 1640 4294967294
 [ "$(stat -c %s full)" -eq 100012 ] || fail "a full image has not 100012 bytes"
 
 # A checksum worked out by hand, a byte at a time: first bytes of the words, then second bytes.
-"$tool" make one 1
+"${tool[@]}" make one 1
 low=0 high=0 index=0
 for byte in $(od -An -v -tu1 -j12 one); do
     if [ $((index % 2)) -eq 0 ]; then low=$((low + byte)); else high=$((high + byte)); fi
@@ -91,12 +91,12 @@ full
  1000  slot 639  2006/05/07 20:47:33 PPPoE session up, MTU 1454, attempt 8
 END
 
-"$tool" make just_full 1000
-"$tool" show just_full >shown
+"${tool[@]}" make just_full 1000
+"${tool[@]}" show just_full >shown
 grep -q '^    1  slot   0 ' shown || fail "location 1000: slot 0 is the oldest"
 grep -q '^ 1000  slot 999 ' shown || fail "location 1000: slot 999 is the newest"
 
-"$tool" make empty 0
+"${tool[@]}" make empty 0
 shows empty <<'END'
 empty
   seq_num 1  number 0  location 0  version 1  checksum 0x0000
@@ -112,7 +112,7 @@ END
 
 cp three odd
 bytes_put odd 39 033
-"$tool" show odd >shown
+"${tool[@]}" show odd >shown
 grep -q "checksum is not the header's" shown || fail "a wrong checksum is not shown"
 grep -q ' 2006/03/01 09:05:07 cold st?rt, reset' shown || fail "a control character is not masked"
 if LC_ALL=C grep -q $'\033' shown; then fail "a control character is shown raw"; fi
@@ -137,10 +137,10 @@ refuses 'absent: No such file or directory' show absent
 
 # Checking
 
-"$tool" check three >shown || fail "check refuses a good image"
+"${tool[@]}" check three >shown || fail "check refuses a good image"
 [ "$(cat shown)" = 'three: good image, 3 records' ] || fail "check says '$(cat shown)'"
-"$tool" check empty >shown || fail "check refuses an empty image"
-"$tool" check location >shown || fail "check looks at location, which the boot does not"
+"${tool[@]}" check empty >shown || fail "check refuses an empty image"
+"${tool[@]}" check location >shown || fail "check looks at location, which the boot does not"
 refuses "odd: damaged: the records' checksum is not the header's" check odd
 refuses 'erased: erased flash' check erased
 refuses 'version: damaged: version is 0' check version
@@ -150,7 +150,7 @@ for wrong in 'make' 'make f' 'make f x' 'make f 100001' 'make f -1' 'make f 1 42
     'show a b' 'burn f' ''; do
     status=0
     # shellcheck disable=SC2086  # words on purpose
-    "$tool" $wrong 2>error || status=$?
+    "${tool[@]}" $wrong 2>error || status=$?
     [ "$status" -eq 2 ] || fail "'$wrong' exits with $status instead of 2"
     grep -q '^usage: systemlog_image' error || fail "'$wrong' shows no usage"
     [ ! -e f ] || fail "'$wrong' makes a file"

@@ -12,7 +12,7 @@ namespace
 constexpr const char* kFlash = "/dev/mtd_systemlog";
 constexpr const char* kLog = "/conf/system.log";
 
-// SYSTEMLOG_IMAGE is the tool's path, from CMake.
+// SYSTEMLOG_IMAGE is the tool's path, from CMake, behind an emulator's where there is one.
 int tool_run(const std::string& arguments)
 {
     return std::system((SYSTEMLOG_IMAGE " " + arguments).c_str());

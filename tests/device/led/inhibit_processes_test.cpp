@@ -3,7 +3,7 @@
 #include <sched.h>
 #include <sys/mman.h>
 
-#include <atomic>
+#include <array>
 #include <new>
 #include <stdexcept>
 
@@ -55,8 +55,9 @@ class SharedPanel
   private:
     static constexpr std::array<uint32_t, 4> kRequests{kRegisterA, kRegisterB, kRegisterC,
                                                        kDeviceWord03};
-    using Words = std::array<std::atomic<uint16_t>, 4>;
-    static_assert(std::atomic<uint16_t>::is_always_lock_free);
+    // Each is read and written whole, and the commands' locks keep the order. An atomic would be
+    // more, but where the processor has none of this size, it is behind a lock of its process.
+    using Words = std::array<volatile uint16_t, 4>;
 
     Words* words_;
     std::array<uint16_t, 4> known_{}; // by this process

@@ -47,7 +47,8 @@ class LedRestore : public LedTest
     // The handler itself, once.
     int32_t restore()
     {
-        return write_led_restore(reinterpret_cast<LedStateRecord*>(memory_.data()));
+        void* const memory = memory_.data();
+        return write_led_restore(static_cast<LedStateRecord*>(memory));
     }
     void record_clear() { memory_.fill(static_cast<char>(0xA5)); }
     [[nodiscard]] Bytes record() const { return {memory_.data(), 44}; }

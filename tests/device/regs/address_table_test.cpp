@@ -165,7 +165,7 @@ TEST_F(AddressTable, AnUpdateSendsWhatTheDriverAnswered)
 TEST_F(AddressTable, WhatWasWrittenIsReported)
 {
     Bytes held = kHeld;
-    for (int round = 0; round < 20000; ++round) {
+    for (uint32_t round = 0; round < share_of(20000); ++round) {
         const Bytes written = draw_bytes(11);
         const uint32_t valid = draw_byte();
         const uint32_t selected = valid == 0 ? 7 : valid % 8;

@@ -5,7 +5,7 @@
 namespace
 {
 
-constexpr int kRounds = 300000;
+constexpr uint32_t kRounds = share_of(300000);
 
 class PrefixConversion : public RegisterMapTest
 {
@@ -38,7 +38,7 @@ TEST_F(PrefixConversion, EveryContiguousMaskBecomesItsLength)
 TEST_F(PrefixConversion, AMaskWithGapsHasTheLengthOfItsLeadingOnes)
 {
     EXPECT_EQ(ones_before_zero(0xFF00FF00), 8);
-    for (int round = 0; round < kRounds; ++round) {
+    for (uint32_t round = 0; round < kRounds; ++round) {
         // A run of ones, a zero, and anything behind it.
         const uint32_t run = draw() % 32;
         const uint32_t value = (kMasks[run] | (draw() & ~kMasks[run + 1])) & ~(0x80000000U >> run);

@@ -107,13 +107,12 @@ TEST_F(RegisterBlock16E, TheFlagsOf16ELeaveItsOtherBits)
 
 TEST_F(RegisterBlock16E, EveryFlagByteOf16EIsOneOrNot)
 {
-    for (uint32_t a = 0; a <= 0xFF; ++a) {
-        for (uint32_t b = 0; b <= 0xFF; ++b) {
-            run(WR_REG16E_BLOCK, record_16e(3, a, b));
-            ASSERT_EQ(board.fpga.registers[0x016E], 0xB4C0 + (a == 1 ? 1 : 0) + (b == 1 ? 2 : 0));
-            board.restart();
-        }
-    }
+    for_every_word([&](uint16_t flags) {
+        const uint32_t a = flags >> 8;
+        const uint32_t b = flags & 0xFFU;
+        run(WR_REG16E_BLOCK, record_16e(3, a, b));
+        ASSERT_EQ(board.fpga.registers[0x016E], 0xB4C0 + (a == 1 ? 1 : 0) + (b == 1 ? 2 : 0));
+    });
 }
 
 TEST_F(RegisterBlock16E, WhatBlock16EHoldsAlreadyIsWrittenAgain)
@@ -124,7 +123,7 @@ TEST_F(RegisterBlock16E, WhatBlock16EHoldsAlreadyIsWrittenAgain)
 
 TEST_F(RegisterBlock16E, WhatWasWrittenToBlock16EIsReported)
 {
-    for (int round = 0; round < 5000; ++round) {
+    for (uint32_t round = 0; round < share_of(5000); ++round) {
         const Bytes addresses = draw_bytes(8);
         const uint32_t flags = draw() % 4;
         run(WR_REG16E_BLOCK, hex("00 5A") + byte(flags % 2) + byte(flags / 2) + addresses);

@@ -157,26 +157,24 @@ TEST_F(RegisterBlockE0, TheFieldsOfF2LeaveItsOtherBits)
 
 TEST_F(RegisterBlockE0, EveryPairOfFieldsIsWrittenOrRefused)
 {
-    board.recording = false;
-    for (uint32_t field_3 = 0; field_3 <= 0xFF; ++field_3) {
-        for (uint32_t field_5 = 0; field_5 <= 0xFF; ++field_5) {
-            for (const uint32_t valid : {0x20U, 0x40U, 0x60U, 0x9FU}) {
-                const bool refused =
-                    ((valid & 0x20U) != 0 && field_3 > 7) || ((valid & 0x40U) != 0 && field_5 > 31);
-                device_put();
-                run(WR_REGE0_BLOCK, BlockE0{valid, 1, field_3, field_5}.record(), refused ? -5 : 0);
-                uint32_t expected = 0xFAED;
-                if (!refused && (valid & 0x20U) != 0) {
-                    expected = (expected & 0xF8FFU) | field_3 << 8;
-                }
-                if (!refused && (valid & 0x40U) != 0) {
-                    expected = (expected & 0xFFE0U) | field_5;
-                }
-                ASSERT_EQ(board.fpga.registers[0x00F2], expected);
+    for_every_word([&](uint16_t fields) {
+        const uint32_t field_3 = fields >> 8;
+        const uint32_t field_5 = fields & 0xFFU;
+        for (const uint32_t valid : {0x20U, 0x40U, 0x60U, 0x9FU}) {
+            const bool refused =
+                ((valid & 0x20U) != 0 && field_3 > 7) || ((valid & 0x40U) != 0 && field_5 > 31);
+            device_put();
+            run(WR_REGE0_BLOCK, BlockE0{valid, 1, field_3, field_5}.record(), refused ? -5 : 0);
+            uint32_t expected = 0xFAED;
+            if (!refused && (valid & 0x20U) != 0) {
+                expected = (expected & 0xF8FFU) | field_3 << 8;
             }
+            if (!refused && (valid & 0x40U) != 0) {
+                expected = (expected & 0xFFE0U) | field_5;
+            }
+            ASSERT_EQ(board.fpga.registers[0x00F2], expected);
         }
-    }
-    board.recording = true;
+    });
 }
 
 // A field out of range is found last, when the other parts have been written; then nothing is run
@@ -212,7 +210,7 @@ TEST_F(RegisterBlockE0, WhatBlockE0HoldsAlreadyIsWrittenAgain)
 
 TEST_F(RegisterBlockE0, WhatWasWrittenToBlockE0IsReported)
 {
-    for (int round = 0; round < 5000; ++round) {
+    for (uint32_t round = 0; round < share_of(5000); ++round) {
         Bytes record = draw_bytes(22);
         bytes_put(record, 0, byte(0));
         bytes_put(record, 20, byte(draw() % 8) + byte(draw() % 32));

@@ -107,7 +107,9 @@ TEST_F(RegisterState, EveryStateOtherThanTheNamedIsWrittenAsZeroIs)
 {
     for (const StateRow& row : kStates) {
         for (const uint16_t word : kSomeWords) {
-            for (uint32_t state = 0; state < (row.size == 1 ? 0x100U : 0x10000U); ++state) {
+            const uint32_t last = row.size == 1 ? UINT8_MAX : UINT16_MAX;
+            const uint32_t step = row.size == 1 ? 1 : kWordStep;
+            for (uint32_t state = 0; state <= last; state += step) {
                 at(row.address) = word;
                 put(state_bytes(row, state));
                 board.recording = false;

@@ -7,7 +7,7 @@
 namespace
 {
 
-constexpr int kRounds = 50000;
+constexpr uint32_t kRounds = share_of(50000);
 
 // Records as texts of hex pairs, with the offsets of their lines.
 const Bytes kCallers = hex("2A EE "             // 0: index, enabled
@@ -198,9 +198,7 @@ TEST_F(Rule, AnEntryThatIsNotEnabledReportsItsIndexAlone)
 
 TEST_F(Rule, EveryPresenceWordSelectsWhatIsReported)
 {
-    for (uint32_t present = 0; present <= UINT16_MAX && !HasFailure(); ++present) {
-        reported(2, le16(present));
-    }
+    for_every_word([&](uint16_t present) { reported(2, le16(present)); });
     // Without any: six-byte addresses and switches, which have no bit there.
     EXPECT_EQ(reported(2, le16(0)),
               hex("2A 01 00 00 00 00 00 00 00 00 00 00 00 00 00 01 02 AB CD EF 01 23") +
@@ -294,7 +292,7 @@ TEST_F(Rule, ASixByteAddressIsPresentWithAnyByte)
 
 TEST_F(Rule, AWordIsPresentUnlessItIsZeroAndTakesItsCompanionWithIt)
 {
-    for (uint32_t word = 0; word <= UINT16_MAX && !HasFailure(); ++word) {
+    for_every_word([&](uint16_t word) {
         const Bytes held = written(28, le16(word));
         ASSERT_EQ(word_at(held, 2), word == 0 ? 0x0237 : 0x023F);
         ASSERT_EQ(word_at(held, 22), word);
@@ -306,7 +304,7 @@ TEST_F(Rule, AWordIsPresentUnlessItIsZeroAndTakesItsCompanionWithIt)
         const Bytes value = written(22, le16(word));
         ASSERT_EQ(word_at(value, 2), word == 0 ? 0x023E : 0x023F);
         ASSERT_EQ(word_at(value, 4), word);
-    }
+    });
 }
 
 TEST_F(Rule, ByteEIsPresentUnlessItIsZero)
@@ -322,7 +320,7 @@ TEST_F(Rule, ByteEIsPresentUnlessItIsZero)
 
 TEST_F(Rule, WhatWasWrittenIsReportedInItsNormalForm)
 {
-    for (int round = 0; round < kRounds && !HasFailure(); ++round) {
+    for (uint32_t round = 0; round < kRounds && !HasFailure(); ++round) {
         Bytes record = draw_record(kCallersSize);
         record[0] = static_cast<char>(draw() % 128);
         const uint16_t index = byte_at(record, 0);
@@ -342,7 +340,7 @@ TEST_F(Rule, WhatWasWrittenIsReportedInItsNormalForm)
 
 TEST_F(Rule, AnyDriversRecordIsReportedByItsPresence)
 {
-    for (int round = 0; round < kRounds && !HasFailure(); ++round) {
+    for (uint32_t round = 0; round < kRounds && !HasFailure(); ++round) {
         Bytes held = draw_record(80);
         bytes_put(held, 0, le16(draw() % 128));
         board.fpga.rules[word_at(held, 0)] = held;
