@@ -2,8 +2,8 @@
  * Saves the system log to the flash as whoever does it on the board must: erases the blocks, then
  * writes the header, with the next number and the checksum of the records, and the records.
  *
- * usage: image_save [STOP]     STOP: where to stop for good, as for a power cut: "erased", or the
- *                              number of records written
+ * usage: image_save [STOP]     STOP: where to stop for good, as for a power cut: "erased", "header"
+ *                              (after its first four bytes), or the number of records written
  */
 #include <fcntl.h>
 #include <mtd/mtd-user.h>
@@ -88,6 +88,12 @@ int main(int argc, char** argv)
 
     flash_erase(flash, sizeof header + sizeof records);
     if (strcmp(where, "erased") == 0) {
+        stop(where);
+    }
+    if (strcmp(where, "header") == 0) {
+        if (write(flash, &header, sizeof header.seq_num) != (ssize_t)sizeof header.seq_num) {
+            fail(flash_path);
+        }
         stop(where);
     }
     if (write(flash, &header, sizeof header) != (ssize_t)sizeof header) {

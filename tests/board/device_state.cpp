@@ -29,8 +29,8 @@ class Draw
 };
 
 // Entries of tables, enough for the small numbers that records mostly hold.
-constexpr uint32_t kEntries = 32;
-constexpr uint32_t kSelectors = 8;
+constexpr uint32_t kEntries = 16;
+constexpr uint32_t kSelectors[] = {0, 1, 32, 33};
 
 void tables_draw(Draw& draw, FpgaModel& fpga)
 {
@@ -46,7 +46,7 @@ void tables_draw(Draw& draw, FpgaModel& fpga)
         fpga.rules[short_entry] = draw.record(80);
         fpga.indexed_words[entry] = draw.number();
         fpga.switch_ports[static_cast<uint8_t>(entry)] = draw.record(8);
-        for (uint32_t selector = 0; selector < kSelectors; ++selector) {
+        for (const uint32_t selector : kSelectors) {
             fpga.counters[{entry, selector}] = draw.word();
             fpga.counters_alt[{entry, selector}] = draw.word();
         }
