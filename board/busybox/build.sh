@@ -24,7 +24,7 @@ apt=(apt-get -q -o APT::Architecture=armel -o APT::Architectures=armel -o APT::S
 "${apt[@]}" update
 cd "$2"
 "${apt[@]}" download busybox-static
-dpkg -x busybox-static_*_armel.deb "$folder/root"
-mv "$folder/root/bin/busybox" busybox
+dpkg -x busybox-static_*_armel.deb "$folder/unpacked"
+mv "$folder/unpacked/bin/busybox" busybox
 rm -rf "$folder" busybox-static_*_armel.deb
 ls -l "$2/busybox"
