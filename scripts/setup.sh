@@ -38,8 +38,7 @@ setup_need()
     fi
     printf 'Missing: %s. Installing: %s\n' "${missing[*]}" "${packages[*]}"
     apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive apt-get install -qq -y --no-install-recommends \
-        "${packages[@]}" >/dev/null
+    DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${packages[@]}"
     for need in "$@"; do
         present "${need%%=*}" || die "still missing after the installation: ${need%%=*}"
     done

@@ -3,8 +3,9 @@
 #include <sched.h>
 
 #include <array>
+#include <cstdio>
+#include <cstdlib>
 #include <map>
-#include <stdexcept>
 
 #include "log/log_bytes.h"
 #include "maint/system_log.h"
@@ -21,7 +22,8 @@ struct Pipe {
     Pipe()
     {
         if (pipe(ends.data()) != 0) {
-            throw std::runtime_error("no pipe");
+            perror("pipe");
+            abort();
         }
     }
     ~Pipe()

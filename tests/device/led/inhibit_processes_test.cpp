@@ -4,8 +4,9 @@
 #include <sys/mman.h>
 
 #include <array>
+#include <cstdio>
+#include <cstdlib>
 #include <new>
-#include <stdexcept>
 
 #include "board/lock_holder.h"
 #include "device/led/inhibit_test.h"
@@ -25,7 +26,8 @@ class SharedPanel
         void* memory =
             mmap(nullptr, sizeof(Words), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         if (memory == MAP_FAILED) {
-            throw std::runtime_error("no shared memory");
+            perror("shared memory");
+            abort();
         }
         words_ = new (memory) Words;
     }
