@@ -254,7 +254,8 @@ int board_fseek(FILE* stream, long offset, int whence)
 
 char* board_fgets(char* text, int size, FILE* stream)
 {
-    return begin("fgets", path_of(stream), size) ? fgets(text, size, stream) : nullptr;
+    return begin("fgets", path_of(stream), static_cast<size_t>(size)) ? fgets(text, size, stream)
+                                                                      : nullptr;
 }
 
 int board_fprintf(FILE* stream, const char* format, ...)
