@@ -23,10 +23,10 @@
 #include <string>
 #include <vector>
 
-#include "board/call_text.h"
-#include "board/device_state.h"
-#include "board/fpga_model.h"
-#include "board/rtc_model.h"
+#include "sim/call_text.h"
+#include "sim/device_state.h"
+#include "sim/fpga_model.h"
+#include "sim/rtc_model.h"
 
 namespace
 {

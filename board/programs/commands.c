@@ -12,15 +12,16 @@
 #include <unistd.h>
 
 #include <maint/commands/address_entry.h>
-#include <maint/commands/address_map.h>
+#include <maint/commands/address_table.h>
 #include <maint/commands/bandwidth.h>
 #include <maint/commands/counter.h>
+#include <maint/commands/device_word.h>
 #include <maint/commands/id_entry.h>
 #include <maint/commands/led.h>
 #include <maint/commands/mtu.h>
 #include <maint/commands/phy.h>
 #include <maint/commands/port.h>
-#include <maint/commands/register_field.h>
+#include <maint/commands/register.h>
 #include <maint/commands/rule.h>
 #include <maint/commands/statistics.h>
 #include <maint/commands/unit.h>

@@ -13,11 +13,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <maint/commands/address_entry.h>
-#include <maint/commands/address_map.h>
 #include <maint/commands/counter.h>
 #include <maint/commands/phy.h>
-#include <maint/commands/register_field.h>
+#include <maint/commands/register.h>
 #include <maint/fpga.h>
 #include <maint/save_lock.h>
 #include <maint/system_log.h>

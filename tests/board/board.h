@@ -16,8 +16,8 @@
 #include <string>
 #include <vector>
 
-#include "board/fpga_model.h"
-#include "board/rtc_model.h"
+#include "sim/fpga_model.h"
+#include "sim/rtc_model.h"
 
 using Bytes = std::string;
 using Trace = std::vector<std::string>;

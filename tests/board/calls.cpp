@@ -16,7 +16,7 @@
 #include <type_traits>
 
 #include "board/board.h"
-#include "board/call_text.h"
+#include "sim/call_text.h"
 
 namespace
 {

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest-spi.h>
 
+#include "device/access/fpga.h"
 #include "device/device_test.h"
-#include "device/fpga_device.h"
 
 // Longer than any record, to show what a request fills beyond its own.
 constexpr size_t kRoom = 300;

@@ -5,11 +5,11 @@
 #include <map>
 #include <random>
 
-#include "board/device_state.h"
 #include "device/command_forms.h"
 #include "device/command_requests.h"
-#include "device/command_table.h"
 #include "device/device_test.h"
+#include "device/dispatch/command_table.h"
+#include "sim/device_state.h"
 
 namespace
 {

@@ -4,8 +4,8 @@
 
 #include <array>
 
-#include "device/command_table.h"
 #include "device/device_test.h"
+#include "device/dispatch/command_table.h"
 
 namespace
 {

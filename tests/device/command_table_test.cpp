@@ -1,5 +1,5 @@
 // The command table: its order, its codes and its handlers.
-#include "device/command_table.h"
+#include "device/dispatch/command_table.h"
 
 #include <set>
 

@@ -21,10 +21,10 @@
 #include <map>
 #include <random>
 
-#include "board/device_state.h"
 #include "device/command_forms.h"
 #include "device/command_requests.h"
 #include "device/device_test.h"
+#include "sim/device_state.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 // Finding a command and running it: at most twice, and once where a second run could not help.
-#include "device/dispatcher.h"
+#include "device/dispatch/dispatcher.h"
 
 #include <array>
 

@@ -1,6 +1,6 @@
 /*
- * Commands that move one word of the device. All on /dev/fpga; what the words mean is the device's.
- * A failed report stores nothing unless the driver does.
+ * Commands that move one word of the device, or flags in it. All on /dev/fpga; what the words mean
+ * is the device's. A failed report stores nothing unless the driver does.
  *
  * Passed through: the driver itself fills or reads what the argument points to. How much that is,
  * is the driver's, whose documentation counts; the types below are what is known of it here.
@@ -8,13 +8,13 @@
  *   RD_DEVICE_WORD_29 (0x0038)  uint16_t out: the unit's own identifier
  *   RD_DEVICE_WORD_21 (0x0040)  uint16_t out; see below
  *   RD_DEVICE_WORD_03 (0x0042)  uint16_t out
- *   RD_DEVICE_WORD_3B (0x0046)  uint32_t out: bitmap, bit n for unit or port n
+ *   RD_DEVICE_WORD_3B (0x0046)  uint32_t out: bitmap E, bit n for unit or port n
  *   RD_DEVICE_WORD_4E (0x0056)  uint16_t out; opens the device for writing
  *   WR_DEVICE_WORD_41 (0x003F)  uint16_t in
  *   WR_DEVICE_WORD_22 (0x0041)  uint16_t in; see below
- * Results: 0; -1 device not opened; -2 (RD) or -4 (WR) request failed. A failed request of
- * RD_DEVICE_WORD_21 and WR_DEVICE_WORD_22 leaves the device open, and as the command is then run
- * again, up to two descriptors for each call.
+ * Results: 0; -1 device not opened; -2 (RD) or -4 (WR) request failed. A failed request of word 21
+ * or 22 leaves the device open, and as the command is then run again, up to two descriptors for
+ * each call.
  *
  *   RD_DEVICE_WORD_40 (0x003E)  uint16_t out. Result: the driver's own, whatever it is, or -1 when
  *                               the device is not opened; never retried.
@@ -22,7 +22,7 @@
  * Sent by value:
  *   WR_DEVICE_WORD_28 (0x0037)  uint16_t in
  *   WR_DEVICE_WORD_2A (0x0039)  uint16_t in
- *   WR_DEVICE_WORD_04 (0x0043)  uint16_t in: replaces the whole word that RD_DEVICE_WORD_03 reads
+ *   WR_DEVICE_WORD_04 (0x0043)  uint16_t in: replaces the whole word 03
  * Results: 0; -1 device not opened; -4 request failed.
  *
  * One-hot code:
@@ -30,14 +30,40 @@
  *                               none of them (nothing is stored).
  *   WR_DEVICE_WORD_49 (0x0045)  uint16_t in: 2, 4 or 8. Results: 0; -1; -4; -5 any other value.
  *
- * Flags; setters keep the other bits:
- *   RD_GROUP_FLAG (0x003A)      uint8_t out: 1 if any of bits 2, 6, 7, 8 of the group word is set
- *   WR_GROUP_FLAG (0x003B)      uint8_t in: 1 sets these four bits, any other value clears them
- *   RD_REG44_FLAG (0x009C)      uint16_t out: bit 0 of register 0x0044
- *   WR_REG44_FLAG (0x009D)      uint16_t in: 1 sets the bit, any other value clears it
- * Results: 0; -1 device not opened; -2 read failed; -4 write failed.
+ * Flags. Reports hold 0 or 1; setters keep the other bits of the word:
+ *   RD_ENABLE_FLAG (0x000C)       uint8_t out: bit 0 of the enable word
+ *   RD_GROUP_FLAG (0x003A)        uint8_t out: 1 if any of bits 2, 6, 7, 8 of the group word is set
+ *   WR_GROUP_FLAG (0x003B)        uint8_t in: 1 sets these four bits, any other value clears them
+ *   RD_DEVICE_WORD_35 (0x004A)    uint16_t out: 1 if bit 6 or bit 7 of the word is set
+ *   WR_DEVICE_WORD_36 (0x004B)    uint16_t in: not 0 sets both bits, 0 clears both
+ *   RD_VLANT_MAP_ENABLE (0x004E)  uint16_t out: bit 12 of word 03
+ *   WR_VLANT_MAP_ENABLE (0x004F)  uint16_t in: 1 sets the bit, any other value clears it
+ * Results: 0; -1 device not opened; -2 word not read; -4 word not written.
+ *
+ *   WR_ENABLE_FLAG (0x000D)       uint8_t in: 1 writes the enable word as 1, any other value as 0,
+ *                                 without a read. Results: 0; -1; -4.
  */
 #ifndef MAINT_COMMANDS_DEVICE_WORD_H
 #define MAINT_COMMANDS_DEVICE_WORD_H
+
+#include <stdint.h>
+
+/*
+ * RD_CONTROL_BITS (0x0006), out: the first two; the third is not touched. Results: 0; -1; -2.
+ * WR_CONTROL_BITS (0x0007), in: all three; 1 sets a bit, any other value clears it, and every other
+ * bit of the control word is written as 0, without a read. Results: 0; -1; -4.
+ */
+typedef struct ControlBits {
+    uint8_t flags[3]; /* 0: bits 1, 0, 2 of the control word */
+} ControlBits;
+
+/*
+ * RD_INDEXED_WORD (0x0064): value out. Opens the device for writing. Results: 0; -1; -2.
+ * WR_INDEXED_WORD (0x0065): all in. Results: 0; -1; -4.
+ */
+typedef struct IndexedWord {
+    uint16_t index; /* 0 */
+    uint16_t value; /* 2 */
+} IndexedWord;
 
 #endif

@@ -1,6 +1,5 @@
 /*
- * Entries of peer identifiers, the latched register and the mode switch. All on /dev/fpga; what the
- * fields and the mode mean is the device's.
+ * Entries of peer identifiers. All on /dev/fpga; what the fields mean is the device's.
  *
  * Results, unless a command says otherwise: 0; -1 device not opened; -2 read request failed;
  * -4 write request failed (setters). A failed report stores nothing.
@@ -38,21 +37,5 @@ typedef struct IdEntryValue {
     uint16_t id;     /* 2: 1..30 */
     uint16_t value;  /* 4 */
 } IdEntryValue;
-
-/*
- * RD_REG_DA_LATCHED (0x0050), uint32_t out: the low 8 bits of register 0x00DA, taken while bit 5 of
- * register 0x00D8 is clear; the bit is set again afterwards. Writes, so it can return -4. A failure
- * between the two leaves the bit clear, and nothing is stored.
- */
-
-/*
- * RD_MODE_SWITCH (0x008E), uint16_t out: 1 when bits 0 and 1 of the group word (that of
- * RD_GROUP_FLAG) are clear, bits 0, 1 and 2 of register 0x0114 set and bits 0 and 2 of register
- * 0x0158 set; otherwise 0.
- *
- * WR_MODE_SWITCH (0x008F), uint16_t in: 1 gives these bits the values above, any other value the
- * opposite ones. Word and registers are written in this order; a failed write ends the command, and
- * what was written before stays.
- */
 
 #endif

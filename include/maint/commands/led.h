@@ -1,12 +1,12 @@
 /*
- * The indicators of the front panel, and the per-unit status that the remote panel rests on. On
+ * The indicators of the front panel, of which ledF is the line mode and group 2 the line flags. On
  * /dev/fpga; the LED state file /tmp/led_rewrite_inh and the save lock are used as said below.
  *
  * LED rewrite inhibit. While one of the fixed display patterns is shown, the LED state file exists.
  * It holds the LedStateRecord that the panel is to return to, and the setters below only merge
  * their bytes into it, under the save lock: then they return 1 and leave the panel alone. A
  * setter that cannot update the file drives the panel; a save lock that cannot be had stops
- * nothing. WR_LINE_MODE and WR_LINE_FLAGS (maint/commands/port.h) are never deferred.
+ * nothing. The setters of the line mode and the line flags are never deferred.
  */
 #ifndef MAINT_COMMANDS_LED_H
 #define MAINT_COMMANDS_LED_H
@@ -21,7 +21,10 @@ enum { LED_CHANGE_RECORDED = 1 };
 /*
  * Setters of one indicator; LedStateRecord in, of which only the named byte counts.
  *
- *   WR_LED_B (0x0015) ledB, WR_LED_C (0x0019) ledC, WR_LED_D (0x0017) ledD, WR_LED_E (0x0013) ledE
+ *   WR_LED_B (0x0015) ledB
+ *   WR_LED_C (0x0019) ledC
+ *   WR_LED_D (0x0017) ledD
+ *   WR_LED_E (0x0013) ledE
  *                     1: low bit of the pair alone; 2: high bit, the low one as it was; any other
  *                     value: neither
  *   WR_LED_A (0x0011) ledA
@@ -70,6 +73,18 @@ enum { LED_CHANGE_RECORDED = 1 };
  */
 
 /*
+ * WR_LINE_MODE (0x001B), LedStateRecord in: ledF. 1 sets bit 4 and clears bit 5 of the line control
+ * word; 2 sets bit 5 and keeps bit 4; any other value clears both. Not deferred while the LED
+ * rewrite inhibit is on, nor changed by its end.
+ *
+ * WR_LINE_FLAGS (0x001F), LedStateRecord in: group2. Elements 0, 1, 2 drive bits 2, 0, 1 of the
+ * line control word; mask bits 0, 1, 2 select them in that order. Not deferred while the LED
+ * rewrite inhibit is on, whose end brings back the flags saved at its beginning.
+ *
+ * Results: 0; -1 device not opened; -2 word not read; -4 word not written.
+ */
+
+/*
  * RD_LED_STATE (0x000E): ownId and targetId in, indicators and elements out; valid masks and
  * reserved bytes are not touched. Another unit is shown dark (every element and ledC to ledF 0)
  * when the hardware says so or when its VPN identity is not the configured one, which is looked up
@@ -110,19 +125,5 @@ enum { LED_CHANGE_RECORDED = 1 };
  * read, -4 a write failed, of a register or of device word 03. On failure the inhibit stays on,
  * with what was restored before.
  */
-
-/*
- * RD_UNIT_STATUS_MAP (0x003C), uint32_t out: bit n for unit n. Set are the units that are present
- * and that the hardware marks, and units of 1..30 that are present with another VPN identity than
- * the configured one; never the own unit. Each identity is looked up as for RD_LED_STATE.
- * Results: 0; -1 device not opened; -2 a read failed (the word may hold the hardware's own map).
- */
-
-/* RD_UNIT_STATUS_FLAG (0x00A9). Results: 0; -1 device not opened; -2 read failed (no change). */
-typedef struct UnitStatusFlag {
-    uint32_t status; /* 0, out: 1 on the hardware's mark or an identity mismatch, else 0 */
-    uint16_t unit;   /* 4, in; above 31 the hardware has no mark */
-    uint16_t spare;  /* 6: not used */
-} UnitStatusFlag;
 
 #endif

@@ -1,6 +1,5 @@
 /*
- * The data size that the device accepts on the WAN side, the file of data sizes, and two flags that
- * go with them.
+ * The data size that the device accepts on the WAN side, and the file of data sizes.
  *
  * Sizes are in bytes. Configuration values are looked up in /conf/config as GetIniFileString does,
  * before the first site section, under the save lock (blocking); a missing configuration or key
@@ -60,7 +59,7 @@ typedef struct MtuLimit {
  * RD_MTU_DATASIZE reads the file; the device is not touched. Results: 0; -1 the file cannot be
  * opened or is shorter (what it had is in the record).
  *
- * WR_MTU_DATASIZE reads a flag on /dev/fpga (bit 8 of the word that RD_DEVICE_WORD_03 reads), fills
+ * WR_MTU_DATASIZE reads a flag on /dev/fpga (bit 8 of device word 03), fills
  * data_size and line_size and writes the record, creating or replacing the file. Results: 0; -1
  * device or file not opened, or file not written; -2 flag not read (the record stays as it was).
  * When the file fails, the record has been filled all the same. The file is written through a
@@ -75,14 +74,5 @@ typedef struct MtuDatasize {
     uint16_t line_size[3]; /* 12: size while the flag is set, else size less 8, modulo 65536 */
     uint16_t kept;         /* 18: the caller's, written as it stands */
 } MtuDatasize;
-
-/*
- * Flags, on /dev/fpga. Results: 0; -1 device not opened; -2 word not read; -4 word not written.
- *
- * RD_DEVICE_WORD_35 (0x004A), uint16_t out: 1 if bit 6 or bit 7 of the word is set, else 0
- * WR_DEVICE_WORD_36 (0x004B), uint16_t in: not 0 sets both bits, 0 clears both
- * RD_VLANT_MAP_ENABLE (0x004E), uint16_t out: bit 12 of the word that RD_DEVICE_WORD_03 reads
- * WR_VLANT_MAP_ENABLE (0x004F), uint16_t in: 1 sets the bit, any other value clears it
- */
 
 #endif

@@ -1,9 +1,7 @@
 /*
- * Status inputs, control bits, port flags, line control bits and identity of the device. All on
- * /dev/fpga.
+ * Commands on ports: flags, entries, mask, bits and state. All on /dev/fpga.
  *
- * Flags are single bytes. Reports hold exactly 0 or 1; setters take 1 as set and any other value
- * as clear.
+ * Flags are 0 or 1 in reports; setters take 1 as set and any other value as clear.
  *
  * Results, unless a command says otherwise: 0; -1 device not opened; -2 read request failed;
  * -4 write request failed (setters). A failed report leaves the record as it was.
@@ -12,33 +10,6 @@
 #define MAINT_COMMANDS_PORT_H
 
 #include <stdint.h>
-
-#include "maint/led_state.h"
-
-/*
- * RD_DEVICE_INFO (0x0000): the device's four identity words, each with its bytes exchanged; of the
- * third, the text of its four lowercase hexadecimal digits.
- */
-typedef struct DeviceInfo {
-    uint8_t bytes[4]; /* 0: words 0 and 1 */
-    char text[4];     /* 4: word 2, without a terminating zero; word 3 is lost */
-} DeviceInfo;
-
-/* RD_STATUS_WORD_FLAG (0x0002), uint8_t out: bit 8 of the status word. */
-
-/* RD_STATUS_INPUTS (0x0004), out: the active-low bits 4..7 of the status word, 1 when clear. */
-typedef struct StatusInputs {
-    uint8_t input[4]; /* 0: bits 4, 5, 6, 7 */
-} StatusInputs;
-
-/*
- * RD_CONTROL_BITS (0x0006), out: the first two; the third is not touched.
- * WR_CONTROL_BITS (0x0007), in: all three; every other bit of the control word is written as 0,
- * without a read. Cannot return -2.
- */
-typedef struct ControlBits {
-    uint8_t flags[3]; /* 0: bits 1, 0, 2 of the control word */
-} ControlBits;
 
 /*
  * RD_PORT_FLAGS (0x0008), out: flags; mask is not touched.
@@ -50,27 +21,52 @@ typedef struct PortFlags {
     uint8_t flags[10]; /* 2: bits 8, 1, 2, 0, 3, 4, 5, 6, 7, 12 of the port flags word */
 } PortFlags;
 
-/* RD_ENABLE_FLAG (0x000C), uint8_t out: bit 0 of the enable word. */
-/* WR_ENABLE_FLAG (0x000D), uint8_t in: writes 1 or 0. Cannot return -2. */
+/*
+ * RD_PORT_ENTRY (0x009E): value out.
+ * WR_PORT_ENTRY (0x009F): all in.
+ * WR_PORT_ENTRY_RANGED (0x00A6): all in; -2 for a port outside 1..29, after the device was opened.
+ * The entry's address is index + 8 * port, in 16 bits.
+ */
+typedef struct PortEntry {
+    uint16_t port;  /* 0 */
+    uint16_t flag;  /* 2 */
+    uint16_t index; /* 4 */
+    uint16_t value; /* 6 */
+} PortEntry;
 
 /*
- * WR_LINE_MODE (0x001B), LedStateRecord in: ledF. 1 sets bit 4 and clears bit 5 of the line control
- * word; 2 sets bit 5 and keeps bit 4; any other value clears both. Not deferred while the LED
- * rewrite inhibit is on, nor changed by its end.
+ * RD_PORT_MASK (0x00A0): mask out.
+ * WR_PORT_MASK_BIT (0x00A1): port and value in, mask out; the port's bit of the device's mask is
+ * set for the value 1 and cleared for any other. The record holds the new mask even when its write
+ * fails. Further result: -5 port outside 1..29, tested before the device is opened.
  */
+typedef struct PortMask {
+    uint16_t port;  /* 0: setter only: 1..29 */
+    uint16_t value; /* 2 */
+    uint32_t mask;  /* 4: bit n for port n */
+} PortMask;
 
 /*
- * WR_LINE_FLAGS (0x001F), LedStateRecord in: group2. Elements 0, 1, 2 drive bits 2, 0, 1 of the
- * line control word; mask bits 0, 1, 2 select them in that order. Not deferred while the LED
- * rewrite inhibit is on, whose end brings back the flags saved at its beginning.
+ * WR_PORT_BIT_SET (0x00A4), WR_PORT_BIT_CLEAR (0x00A5), in. Ports 1..15: the port's bit of register
+ * 0x005E; ports 16..29: bit port - 16 of register 0x005C.
+ * Results: 0; -1 device not opened; -2 port outside 1..29 (the device was opened); -3 read failed;
+ * -4 write failed.
  */
+typedef struct PortBit {
+    uint16_t spare[2]; /* 0 */
+    uint16_t port;     /* 4 */
+} PortBit;
 
 /*
- * RD_ID_REGISTERS (0x002C), out: registers 0x0180, 0x0182 .. 0x018C. Registers read before a
- * failed one are filled.
+ * RD_PORT_STATE_CODE (0x0400). Code out: 0 the port is not in the device's bitmap, or a reading
+ * failed; 2 any of status bits 13..15; with bit 12 alone of these, by bits 9 and 8: 00 gives 1, 01
+ * gives 3, 11 gives 4. In every other case the code is not written: preset it (a first run that
+ * fails and is repeated has written 0).
+ * Results: 0; -1 a reading failed.
  */
-typedef struct IdRegisters {
-    uint16_t value[7]; /* 0 */
-} IdRegisters;
+typedef struct PortStateCode {
+    uint16_t port; /* 0, in: 0..31; its low byte is the number of its bit, above 31 there is none */
+    uint16_t code; /* 2, out */
+} PortStateCode;
 
 #endif

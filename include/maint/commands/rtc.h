@@ -9,8 +9,8 @@
 #include <stdint.h>
 
 /*
- * RD_RTC_TIME (0x200), out. The weekday is computed from the date; the driver's own is not used.
- * WR_RTC_TIME (0x201), in; the weekday is ignored and nothing is checked for its range. Sets the
+ * RD_RTC_TIME (0x0200), out. The weekday is computed from the date; the driver's own is not used.
+ * WR_RTC_TIME (0x0201), in; the weekday is ignored and nothing is checked for its range. Sets the
  * system clock, too, taking the record as local standard time; whether that succeeds is not told.
  */
 typedef struct RtcDateTime {
@@ -24,7 +24,7 @@ typedef struct RtcDateTime {
 } RtcDateTime;
 
 /*
- * RD_RTC_STATUS (0x202), uint32_t out; WR_RTC_STATUS (0x203), uint32_t in: a value of the driver's,
+ * RD_RTC_STATUS (0x0202), uint32_t out; WR_RTC_STATUS (0x0203), uint32_t in: a value of the driver's,
  * filled or read by the driver itself.
  */
 

@@ -9,13 +9,13 @@
 /*
  * A rule entry, 496 bytes, of which the first 38 are used.
  *
- * RD_RULE_ENTRY (0x11C): index in; the whole record out: cleared, then filled with what is present
+ * RD_RULE_ENTRY (0x011C): index in; the whole record out: cleared, then filled with what is present
  * in an enabled entry. Of a disabled entry only index and enabled are given, all else is 0. Opens
  * the device for writing.
- * WR_RULE_ENTRY (0x11D): all but `enabled` in; the entry is always enabled. A part that is 0 is
+ * WR_RULE_ENTRY (0x011D): all but `enabled` in; the entry is always enabled. A part that is 0 is
  * written as absent; so is an address whose first byte is 0, with its prefix, and the companion of
  * a word that is 0.
- * WR_RULE_DELETE (0x11E): index in; the entry is cleared and disabled.
+ * WR_RULE_DELETE (0x011E): index in; the entry is cleared and disabled.
  *
  * Results: 0; -1 device not opened; -2 read failed (the record stays as it was); -4 write failed;
  * -5 index above 127, tested before the device is opened.

@@ -11,9 +11,9 @@ enum { STATISTICS_PORTS = 30 };
 /*
  * The file, 496 bytes. A total is kib * 1024 + rest bytes; element p - 1 belongs to port p.
  *
- * WR_STATISTICS_SAVE (0x100): reads every counter of the device, which restarts it, adds it to the
+ * WR_STATISTICS_SAVE (0x0100): reads every counter of the device, which restarts it, adds it to the
  * file's totals, and hands the new file to the caller, out.
- * WR_STATISTICS_CLEAR (0x102): reads every counter, which restarts it, and sets all totals to 0;
+ * WR_STATISTICS_CLEAR (0x0102): reads every counter, which restarts it, and sets all totals to 0;
  * the new file, out.
  *
  * A stream's bytes are its byte counter plus, for every counted item, 18 bytes, or 26 while bit 8

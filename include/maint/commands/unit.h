@@ -1,5 +1,5 @@
 /*
- * Facts about the unit.
+ * Facts about the units: the own one's identity, the status of each.
  */
 #ifndef MAINT_COMMANDS_UNIT_H
 #define MAINT_COMMANDS_UNIT_H
@@ -7,7 +7,25 @@
 #include <stdint.h>
 
 /*
- * RD_SERIAL_NUMBER (0x300), out: the first 9 bytes of /tmp/serialno, without a terminating zero.
+ * RD_DEVICE_INFO (0x0000), out: the device's four identity words, each with its bytes exchanged; of
+ * the third, the text of its four lowercase hexadecimal digits. On /dev/fpga. Results: 0; -1 device
+ * not opened; -2 not read (the record stays as it was).
+ */
+typedef struct DeviceInfo {
+    uint8_t bytes[4]; /* 0: words 0 and 1 */
+    char text[4];     /* 4: word 2, without a terminating zero; word 3 is lost */
+} DeviceInfo;
+
+/*
+ * RD_ID_REGISTERS (0x002C), out: registers 0x0180, 0x0182 .. 0x018C. On /dev/fpga. Results: 0; -1
+ * device not opened; -2 a register not read; those before it are filled.
+ */
+typedef struct IdRegisters {
+    uint16_t value[7]; /* 0 */
+} IdRegisters;
+
+/*
+ * RD_SERIAL_NUMBER (0x0300), out: the first 9 bytes of /tmp/serialno, without a terminating zero.
  * Results: 0; -1 file not opened; -2 file not read; -3 file of less than 9 bytes (what was read is
  * in the record).
  */
@@ -16,15 +34,21 @@ typedef struct SerialNumber {
 } SerialNumber;
 
 /*
- * RD_PORT_STATE_CODE (0x400). Code out: 0 the port is not in the device's bitmap, or a reading
- * failed; 2 any of status bits 13..15; with bit 12 alone of these, by bits 9 and 8: 00 gives 1, 01
- * gives 3, 11 gives 4. In every other case the code is not written: preset it (a first run that
- * fails and is repeated has written 0).
- * Results: 0; -1 a reading failed.
+ * RD_UNIT_STATUS_MAP (0x003C), uint32_t out: bit n for unit n. Set are the units that are present
+ * and that the hardware marks, and units of 1..30 that are present with another VPN identity than
+ * the configured one; never the own unit. On /dev/fpga; each identity is looked up in /conf/config
+ * under the save lock, as for RD_LED_STATE (maint/commands/led.h).
+ * Results: 0; -1 device not opened; -2 a read failed (the word may hold the hardware's own map).
  */
-typedef struct PortStateCode {
-    uint16_t port; /* 0, in: 0..31; its low byte is the number of its bit, above 31 there is none */
-    uint16_t code; /* 2, out */
-} PortStateCode;
+
+/*
+ * RD_UNIT_STATUS_FLAG (0x00A9): unit in, status out. On /dev/fpga and /conf/config, as
+ * RD_UNIT_STATUS_MAP. Results: 0; -1 device not opened; -2 read failed (no change).
+ */
+typedef struct UnitStatusFlag {
+    uint32_t status; /* 0, out: 1 on the hardware's mark or an identity mismatch, else 0 */
+    uint16_t unit;   /* 4, in; above 31 the hardware has no mark */
+    uint16_t spare;  /* 6: not used */
+} UnitStatusFlag;
 
 #endif

@@ -1,0 +1,11 @@
+// The register blocks 0xE0-0xF2 and 0x16E-0x176.
+#pragma once
+
+#include <cstdint>
+
+#include "maint/commands/register_block.h"
+
+int32_t read_rege0_block(RegE0Block* record);
+int32_t write_rege0_block(const RegE0Block* record);
+int32_t read_reg16e_block(Reg16EBlock* record);
+int32_t write_reg16e_block(const Reg16EBlock* record);

@@ -1,0 +1,235 @@
+// The device commands in stored order. The order is the system's own and is kept: the dispatcher
+// scans from the top.
+#include "device/dispatch/command_table.h"
+
+#include "device/commands/address_entry.h"
+#include "device/commands/address_table.h"
+#include "device/commands/bandwidth.h"
+#include "device/commands/counter.h"
+#include "device/commands/device_word.h"
+#include "device/commands/device_word_flag.h"
+#include "device/commands/driver.h"
+#include "device/commands/id_entry.h"
+#include "device/commands/led_indicator.h"
+#include "device/commands/led_pattern.h"
+#include "device/commands/led_read.h"
+#include "device/commands/mode_switch.h"
+#include "device/commands/mtu_datasize.h"
+#include "device/commands/mtu_limit.h"
+#include "device/commands/phy.h"
+#include "device/commands/port_entry.h"
+#include "device/commands/prefix.h"
+#include "device/commands/register_block.h"
+#include "device/commands/register_field.h"
+#include "device/commands/register_field_record.h"
+#include "device/commands/register_field_state.h"
+#include "device/commands/rtc.h"
+#include "device/commands/rule.h"
+#include "device/commands/statistics.h"
+#include "device/commands/status.h"
+#include "device/commands/switch_tables.h"
+#include "device/commands/unit.h"
+#include "device/dispatch/handler.h"
+#include "maint/device_commands.h"
+
+namespace
+{
+
+constexpr DeviceCommand kCommands[kCommandCount] = {
+    {RD_REGISTER, handler<read_register>()},
+    {WR_REGISTER, handler<write_register>()},
+    {RD_DEVICE_INFO, handler<read_device_info>()},
+    {RD_STATUS_WORD_FLAG, handler<read_status_word_flag>()},
+    {RD_STATUS_INPUTS, handler<read_status_inputs>()},
+    {RD_CONTROL_BITS, handler<read_control_bits>()},
+    {WR_CONTROL_BITS, handler<write_control_bits>()},
+    {RD_PORT_FLAGS, handler<read_port_flags>()},
+    {WR_PORT_FLAGS, handler<write_port_flags>()},
+    {RD_BANDWIDTH, handler<read_bandwidth>()},
+    {WR_BANDWIDTH, handler<write_bandwidth>()},
+    {RD_ENABLE_FLAG, handler<read_enable_flag>()},
+    {WR_ENABLE_FLAG, handler<write_enable_flag>()},
+    {RD_LED_STATE, handler<read_led_state>()},
+    {WR_LED_A, handler<write_led_a>()},
+    {WR_LED_B, handler<write_led_b>()},
+    {WR_LED_C, handler<write_led_c>()},
+    {WR_LED_D, handler<write_led_d>()},
+    {WR_LED_E, handler<write_led_e>()},
+    {WR_LINE_MODE, handler<write_line_mode>()},
+    {WR_LED_GROUP_1, handler<write_led_group_1>()},
+    {WR_LED_GROUP_3, handler<write_led_group_3>()},
+    {WR_LED_GROUP_4, handler<write_led_group_4>()},
+    {WR_LED_GROUP_5, handler<write_led_group_5>()},
+    {WR_LED_GROUP_6, handler<write_led_group_6>()},
+    {WR_LED_GROUP_7, handler<write_led_group_7>()},
+    {WR_LINE_FLAGS, handler<write_line_flags>()},
+    {RD_CHANNEL_WORD, handler<read_channel_word>()},
+    {WR_CHANNEL_WORD, handler<write_channel_word>()},
+    {RD_PHY_STATUS, handler<read_phy>()},
+    {WR_PHY_CONFIG, handler<write_phy_config>()},
+    {RD_ID_REGISTERS, handler<read_id_registers>()},
+    {RD_ADDR_ENTRY, handler<read_addr_entry>()},
+    {WR_ADDR_ENTRY, handler<write_addr_entry>()},
+    {WR_ADDR_ENTRY_VALUE, handler<write_addr_entry_value>()},
+    {RD_ADDR_SET, handler<read_addr_set>()},
+    {WR_ADDR_SET, handler<write_addr_set>()},
+    {WR_ADDR_SET_VALUE, handler<write_addr_set_value>()},
+    {RD_DEVICE_WORD_27, handler<read_device_word_27>()},
+    {WR_DEVICE_WORD_28, handler<write_device_word_28>()},
+    {RD_DEVICE_WORD_29, handler<read_device_word_29>()},
+    {WR_DEVICE_WORD_2A, handler<write_device_word_2a>()},
+    {RD_GROUP_FLAG, handler<read_group_flag>()},
+    {WR_GROUP_FLAG, handler<write_group_flag>()},
+    {RD_UNIT_STATUS_MAP, handler<read_unit_status_map>()},
+    {RD_UNIT_STATUS_FLAG, handler<read_unit_status_flag>()},
+    {RD_DEVICE_WORD_40, handler<read_device_word_40>()},
+    {WR_DEVICE_WORD_41, handler<write_device_word_41>()},
+    {RD_DEVICE_WORD_21, handler<read_device_word_21>()},
+    {WR_DEVICE_WORD_22, handler<write_device_word_22>()},
+    {RD_DEVICE_WORD_03, handler<read_device_word_03>()},
+    {WR_DEVICE_WORD_04, handler<write_device_word_04>()},
+    {RD_DEVICE_WORD_48, handler<read_device_word_48>()},
+    {WR_DEVICE_WORD_49, handler<write_device_word_49>()},
+    {RD_DEVICE_WORD_3B, handler<read_device_word_3b>()},
+    {RD_MTU_LIMIT, handler<read_mtu_limit>()},
+    {WR_MTU_LIMIT, handler<write_mtu_limit>()},
+    {RD_DEVICE_WORD_35, handler<read_device_word_35>()},
+    {WR_DEVICE_WORD_36, handler<write_device_word_36>()},
+    {RD_MTU_DATASIZE, handler<read_mtu_datasize>()},
+    {WR_MTU_DATASIZE, handler<write_mtu_datasize>()},
+    {RD_VLANT_MAP_ENABLE, handler<read_vlant_map_enable>()},
+    {WR_VLANT_MAP_ENABLE, handler<write_vlant_map_enable>()},
+    {RD_REG_DA_LATCHED, handler<read_reg_da_latched>()},
+    {RD_ID_ENTRY, handler<read_id_entry>()},
+    {WR_ID_ENTRY, handler<write_id_entry>()},
+    {RD_ID_ENTRY_VALUE, handler<read_id_entry_value>()},
+    {RD_DEVICE_WORD_4E, handler<read_device_word_4e>()},
+    {RD_MODE_SWITCH, handler<read_mode_switch>()},
+    {WR_MODE_SWITCH, handler<write_mode_switch>()},
+    {RD_REG132_VALUE, handler<read_reg132_value>()},
+    {WR_REG132_VALUE, handler<write_reg132_value>()},
+    {RD_ADDR_TABLE_ENTRY, handler<read_addr_table_entry>()},
+    {WR_ADDR_TABLE_ENTRY, handler<write_addr_table_entry>()},
+    {WR_ADDR_TABLE_DELETE, handler<write_addr_table_delete>()},
+    {RD_PREFIX0_LENGTH, handler<read_prefix0_length>()},
+    {WR_PREFIX0, handler<write_prefix0>()},
+    {RD_PREFIX1, handler<read_prefix1>()},
+    {WR_PREFIX1, handler<write_prefix1>()},
+    {RD_REG110_BYTES, handler<read_reg110_bytes>()},
+    {WR_REG110_BYTES, handler<write_reg110_bytes>()},
+    {RD_REG11E_BIT0, handler<read_reg11e_bit0>()},
+    {WR_REG11E_BIT0, handler<write_reg11e_bit0>()},
+    {RD_INDEXED_WORD, handler<read_indexed_word>()},
+    {WR_INDEXED_WORD, handler<write_indexed_word>()},
+    {RD_REGE0_BLOCK, handler<read_rege0_block>()},
+    {WR_REGE0_BLOCK, handler<write_rege0_block>()},
+    {RD_REGF4_FLAGS, handler<read_regf4_flags>()},
+    {RD_REG168_MODE, handler<read_reg168_mode>()},
+    {WR_REG168_MODE, handler<write_reg168_mode>()},
+    {RD_REG168_SELECT, handler<read_reg168_select>()},
+    {WR_REG168_SELECT, handler<write_reg168_select>()},
+    {RD_REG168_VALUE, handler<read_reg168_value>()},
+    {WR_REG168_VALUE, handler<write_reg168_value>()},
+    {RD_REG16A_BLOCK, handler<read_reg16a_block>()},
+    {WR_REG16A_BLOCK, handler<write_reg16a_block>()},
+    {RD_REG158_BIT5, handler<read_reg158_bit5>()},
+    {WR_REG158_BIT5, handler<write_reg158_bit5>()},
+    {RD_REG158_BIT6, handler<read_reg158_bit6>()},
+    {WR_REG158_BIT6, handler<write_reg158_bit6>()},
+    {RD_REG158_BIT7, handler<read_reg158_bit7>()},
+    {WR_REG158_BIT7, handler<write_reg158_bit7>()},
+    {RD_REG158_BIT15, handler<read_reg158_bit15>()},
+    {WR_REG158_BIT15, handler<write_reg158_bit15>()},
+    {RD_REG158_BIT14, handler<read_reg158_bit14>()},
+    {WR_REG158_BIT14, handler<write_reg158_bit14>()},
+    {RD_REG158_STATE, handler<read_reg158_state>()},
+    {WR_REG158_STATE, handler<write_reg158_state>()},
+    {RD_REG158_BIT8, handler<read_reg158_bit8>()},
+    {RD_REG158_BIT4, handler<read_reg158_bit4>()},
+    {WR_REG158_BIT4, handler<write_reg158_bit4>()},
+    {RD_REG158_BIT3, handler<read_reg158_bit3>()},
+    {WR_REG158_BIT3, handler<write_reg158_bit3>()},
+    {RD_REG158_BIT2, handler<read_reg158_bit2>()},
+    {WR_REG158_BIT2, handler<write_reg158_bit2>()},
+    {RD_REG158_BIT1, handler<read_reg158_bit1>()},
+    {WR_REG158_BIT1, handler<write_reg158_bit1>()},
+    {RD_REG158_BIT0, handler<read_reg158_bit0>()},
+    {WR_REG158_BIT0, handler<write_reg158_bit0>()},
+    {RD_REG15A_FIELDS, handler<read_reg15a_fields>()},
+    {WR_REG15A_FIELDS, handler<write_reg15a_fields>()},
+    {RD_REG15C_PAIR, handler<read_reg15c_pair>()},
+    {WR_REG15C_PAIR, handler<write_reg15c_pair>()},
+    {RD_REG16E_BLOCK, handler<read_reg16e_block>()},
+    {WR_REG16E_BLOCK, handler<write_reg16e_block>()},
+    {WR_LED_PATTERN_3, handler<write_led_pattern_3>()},
+    {WR_LED_PATTERN_2, handler<write_led_pattern_2>()},
+    {WR_LED_RESTORE, handler<write_led_restore>()},
+    {WR_LED_PATTERN_1, handler<write_led_pattern_1>()},
+    {RD_REGFE_MODE, handler<read_regfe_mode>()},
+    {WR_REGFE_MODE, handler<write_regfe_mode>()},
+    {RD_REGFE_NIBBLE, handler<read_regfe_nibble>()},
+    {WR_REGFE_NIBBLE, handler<write_regfe_nibble>()},
+    {RD_REG44_FLAG, handler<read_reg44_flag>()},
+    {WR_REG44_FLAG, handler<write_reg44_flag>()},
+    {RD_PORT_ENTRY, handler<read_port_entry>()},
+    {WR_PORT_ENTRY, handler<write_port_entry>()},
+    {WR_PORT_ENTRY_RANGED, handler<write_port_entry_ranged>()},
+    {RD_PORT_MASK, handler<read_port_mask>()},
+    {WR_PORT_MASK_BIT, handler<write_port_mask_bit>()},
+    {WR_STATISTICS_SAVE, handler<write_statistics_save>()},
+    {WR_STATISTICS_CLEAR, handler<write_statistics_clear>()},
+    {RD_FLAG_SET, handler<read_flag_set>()},
+    {WR_FLAG_SET, handler<write_flag_set>()},
+    {RD_ADDR_PAIR, handler<read_addr_pair>()},
+    {WR_ADDR_PAIR, handler<write_addr_pair>()},
+    {WR_ADDR_PAIR_COPY, handler<write_addr_pair>()},
+    {WR_PAIR_ENABLE, handler<write_pair_enable>()},
+    {RD_CONTROL_WORD, handler<read_control_word>()},
+    {WR_CONTROL_BLOCK, handler<write_control_block>()},
+    {WR_KEY_BYTES, handler<write_key_bytes>()},
+    {WR_CONTROL_BIT7_CLEAR, handler<write_control_bit7_clear>()},
+    {WR_BYTE_ACTION, handler<write_byte_action>()},
+    {WR_PAIR_WORDS, handler<write_pair_words>()},
+    {WR_WORD_ACTION, handler<write_word_action>()},
+    {RD_RULE_ENTRY, handler<read_rule_entry>()},
+    {WR_RULE_ENTRY, handler<write_rule_entry>()},
+    {WR_RULE_DELETE, handler<write_rule_delete>()},
+    {WR_SWITCH_TABLES_1, handler<write_switch_tables_1>()},
+    {WR_SWITCH_TABLES_2, handler<write_switch_tables_2>()},
+    {RD_RTC_TIME, handler<read_rtc_time>()},
+    {WR_RTC_TIME, handler<write_rtc_time>()},
+    {RD_RTC_STATUS, handler<read_rtc_status>()},
+    {WR_RTC_STATUS, handler<write_rtc_status>()},
+    {RD_SERIAL_NUMBER, handler<read_serial_number>()},
+    {RD_PORT_STATE_CODE, handler<read_port_state_code>()},
+    {RD_STATUS_BIT, handler<read_status_bit>()},
+    {WR_STATUS_WORD, handler<write_status_word>()},
+    {RD_COUNTER, handler<read_counter>()},
+    {WR_COUNTER, handler<write_counter>()},
+    {RD_COUNTER_ALT, handler<read_counter_alt>()},
+    {WR_COUNTER_ALT, handler<write_counter_alt>()},
+    {WR_COUNTER_BLOCK_SMALL, handler<write_counter_block_small>()},
+    {WR_COUNTER_BLOCK_LARGE, handler<write_counter_block_large>()},
+    {WR_PORT_BIT_SET, handler<write_port_bit_set>()},
+    {WR_PORT_BIT_CLEAR, handler<write_port_bit_clear>()},
+    {RD_PHY_REGISTER, handler<read_phy_register>()},
+    {WR_PHY_REGISTER, handler<write_phy_register>()},
+    {RD_EXT_STATUS_A, handler<read_ext_status_a>()},
+    {WR_EXT_CONTROL_A, handler<write_ext_control_a>()},
+    {RD_EXT_STATUS_B, handler<read_ext_status_b>()},
+    {WR_EXT_CONTROL_B, handler<write_ext_control_b>()},
+    {RD_REG1B4_BIT0, handler<read_reg1b4_bit0>()},
+    {WR_REG1B4_BIT0, handler<write_reg1b4_bit0>()},
+    {RD_DRIVER_STATE, handler<read_driver_state>()},
+    {RD_REG158_BIT10, handler<read_reg158_bit10>()},
+    {WR_REG158_BIT10, handler<write_reg158_bit10>()},
+    {RD_REG16C_ENABLE, handler<read_reg16c_enable>()},
+    {WR_REG16C_ENABLE, handler<write_reg16c_enable>()},
+};
+
+} // namespace
+
+std::span<const DeviceCommand, kCommandCount> commandTable_get()
+{
+    return kCommands;
+}

@@ -1,0 +1,11 @@
+// Finding and running a command.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "device/dispatch/handler.h"
+
+// Scans the table from the top for the command and runs its handler, at most twice.
+int32_t command_dispatch(std::span<const DeviceCommand> table, DeviceCommandCode command,
+                         void* argument);

@@ -1,0 +1,43 @@
+/*
+ * Words and records that go to the driver behind /dev/fpga, or come from it, as they are; what they
+ * mean is the driver's.
+ *
+ * Results, unless a command says otherwise: 0; -1 device not opened; -2 (RD) or -4 (WR) request
+ * failed.
+ */
+#ifndef MAINT_COMMANDS_DRIVER_H
+#define MAINT_COMMANDS_DRIVER_H
+
+#include <stdint.h>
+
+/*
+ * RD_CONTROL_WORD (0x010C), uint16_t out, filled by the driver.
+ * WR_CONTROL_BLOCK (0x010F), in: a block of the driver's own size and layout.
+ * WR_CONTROL_BIT7_CLEAR (0x0114), uint16_t out: reads the control word into it, clears bit 7 and
+ *                               writes it from there; it stays so when the write fails. -2 not
+ *                               read, -4 not written.
+ * WR_BYTE_ACTION (0x0117), uint8_t in.
+ * WR_WORD_ACTION (0x011B), uint16_t in.
+ */
+
+/* WR_KEY_BYTES (0x0111), in. */
+typedef struct KeyBytes {
+    uint8_t number;   /* 0 */
+    uint8_t bytes[4]; /* 1 */
+} KeyBytes;
+
+/* WR_PAIR_WORDS (0x0119), in. */
+typedef struct PairWords {
+    uint32_t words[2]; /* 0 */
+} PairWords;
+
+/*
+ * RD_DRIVER_STATE (0x0500), uint16_t out: what the driver's request returned, a failure as well.
+ * Results: 0; -1 device not opened.
+ *
+ * RD_EXT_STATUS_A (0x0602), RD_EXT_STATUS_B (0x0604), out; WR_EXT_CONTROL_A (0x0603),
+ * WR_EXT_CONTROL_B (0x0605), in: uint16_t, filled or read by the driver. Results: -2 request
+ * failed, of the setters, too.
+ */
+
+#endif

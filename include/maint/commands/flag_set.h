@@ -1,0 +1,22 @@
+/*
+ * The flag sets of the switch ports. On /dev/fpga; what a flag means is the driver's.
+ */
+#ifndef MAINT_COMMANDS_FLAG_SET_H
+#define MAINT_COMMANDS_FLAG_SET_H
+
+#include <stdint.h>
+
+/*
+ * RD_FLAG_SET (0x0104): flags out, each 0 or 1. Opens the device for writing.
+ * WR_FLAG_SET (0x0105): all in; 1 sets a flag, any other value clears it.
+ *
+ * Results: 0; -1 device not opened; -2 set not read; -4 set not written; -5 another set than these,
+ * tested before the device is opened.
+ */
+typedef struct FlagSet {
+    uint8_t set;      /* 0: the switch port: 1, 2 or 4 */
+    uint8_t valid;    /* 1: setter: bit n selects flag n, 0 all */
+    uint8_t flags[7]; /* 2 */
+} FlagSet;
+
+#endif

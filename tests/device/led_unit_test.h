@@ -1,0 +1,55 @@
+// What the tests that ask for other units start from: maps of units, and the identity of each, in
+// the hardware and in the configuration.
+#pragma once
+
+#include "device/caller_record.h"
+#include "device/led_panel_words.h"
+
+constexpr uint32_t kUnitMapD = 0x6B3D;
+constexpr uint32_t kUnitMapE = 0x6B3B;
+constexpr uint32_t kUnitMapR = 0x6B8D;
+constexpr uint32_t kMapEnabled = 0x1000; // device word 03: each unit has a key of its own
+constexpr uint16_t kIdentity = 100;      // of unit n: 100 + n
+
+// So many bytes as a caller's memory holds them.
+inline Bytes untouched(size_t size)
+{
+    return Bytes(size, static_cast<char>(kUntouched));
+}
+
+// The question for one unit's identity, with so many lines read of the configuration.
+inline Trace match_calls(uint32_t unit, size_t lines)
+{
+    Bytes text;
+    for (const char byte : le32(unit)) {
+        char pair[8];
+        snprintf(pair, sizeof pair, " %02X", static_cast<unsigned char>(byte));
+        text += pair;
+    }
+    return Trace{"open /dev/fpga O_RDONLY|O_NONBLOCK",
+                 "ioctl 6B4C" + text + " 00 00 00 00 00 00 01 00 00 00 00 00",
+                 "open /dev/fpga O_RDONLY|O_NONBLOCK", "ioctl 6B03 00 00", "close /dev/fpga"} +
+           lookup_calls(kConfig, lines) + Trace{"close /dev/fpga"};
+}
+
+class UnitTest : public LedTest
+{
+  protected:
+    void SetUp() override
+    {
+        log_clear(board);
+        board.fpga.words[kDeviceWord03] = kMapEnabled;
+        Bytes keys;
+        for (uint32_t unit = 0; unit <= 34; ++unit) {
+            char key[48];
+            snprintf(key, sizeof key, "PPPOEOFF_VPN_ID%02u='%u'\n", unit, kIdentity + unit);
+            keys += key;
+            identity_put(unit, static_cast<uint16_t>(kIdentity + unit));
+        }
+        board.file_put(kConfig, keys);
+    }
+
+    // What the hardware holds for a unit; the configured identity is 100 + unit.
+    void identity_put(uint32_t unit, uint16_t value) { board.fpga.id_values[unit] = value; }
+    void identity_put_other(uint32_t unit) { identity_put(unit, 1); }
+};
