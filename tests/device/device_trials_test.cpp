@@ -1,4 +1,4 @@
-// Trials of all 189 commands that can be made again on a real device: each with the devices' state,
+// Trials of all commands that can be made again on a real device: each with the devices' state,
 // the files and the record that it starts from, and what came of it here. The board's client
 // repeats them through the kernel; both texts must be alike.
 //
@@ -21,8 +21,7 @@
 #include <map>
 #include <random>
 
-#include "device/command_forms.h"
-#include "device/command_requests.h"
+#include "device/command_facts.h"
 #include "device/device_test.h"
 #include "sim/device_state.h"
 
@@ -241,16 +240,13 @@ using Kind = std::pair<int32_t, Trace>;
 class CommandTrials
 {
   public:
-    CommandTrials(uint32_t command, const CommandForm& form)
-        : form_(form), own_(commandRequests_get(command))
-    {
-    }
+    explicit CommandTrials(const CommandFacts& command) : command_(command) {}
 
     [[nodiscard]] bool wants_more() const
     {
-        constexpr int kDraws = 400;    // before a command is said to get nowhere
+        constexpr int kDraws = 4000;   // before a command is said to get nowhere
         constexpr int kVainDraws = 40; // after which no more courses are looked for
-        const bool complete = succeeded_ && reached_.size() == own_.size();
+        const bool complete = succeeded_ && reached_.size() == command_.requests.size();
         return draws_ < kDraws && (!complete || vain_draws_ < kVainDraws);
     }
 
@@ -283,7 +279,7 @@ class CommandTrials
     bool takes_answered(int answer, const Outcome& outcome)
     {
         if (answer < 0) {
-            EXPECT_EQ(form_.results.count(outcome.result), 1U) << "result " << outcome.result;
+            EXPECT_EQ(command_.results.count(outcome.result), 1U) << "result " << outcome.result;
         } else if (sleeps_ + outcome.sleeps > kSleeps) {
             return false;
         }
@@ -294,7 +290,7 @@ class CommandTrials
     void expect_complete() const
     {
         EXPECT_TRUE(succeeded_);
-        EXPECT_EQ(reached_, own_);
+        EXPECT_EQ(reached_, command_.requests);
     }
 
     // For each request a trial that reaches it.
@@ -303,8 +299,7 @@ class CommandTrials
   private:
     static constexpr unsigned kSleeps = 8; // seconds that a command's trials may take on a board
 
-    const CommandForm& form_;
-    const Requests& own_;
+    const CommandFacts& command_;
     std::set<Kind> courses_;
     Requests reached_;
     std::map<uint32_t, Trial> examples_;
@@ -322,26 +317,24 @@ TEST_F(DeviceTrials, OfEachCommandReachAllItsRequestsAndHaveEachOfThemRefused)
         all += text(trial, outcome);
         ++count;
     };
-    for (const CommandForm& form : commandForms_get()) {
-        for (const uint32_t command : form.codes) {
-            SCOPED_TRACE(command);
-            CommandTrials trials(command, form);
-            while (trials.wants_more()) {
-                const Trial trial = trial_draw(command, form.record);
-                const Outcome outcome = make(trial);
-                if (trials.takes(trial, outcome)) {
-                    keep(trial, outcome);
-                }
+    for (const CommandFacts& command : commandFacts_get()) {
+        SCOPED_TRACE(command_name(command.number));
+        CommandTrials trials(command);
+        while (trials.wants_more()) {
+            const Trial trial = trial_draw(command.number, command.record);
+            const Outcome outcome = make(trial);
+            if (trials.takes(trial, outcome)) {
+                keep(trial, outcome);
             }
-            trials.expect_complete();
-            for (const auto& [request, example] : trials.examples()) {
-                for (const int answer : {-1, 3}) {
-                    Trial trial = example;
-                    trial.answers = {{request, answer}};
-                    const Outcome outcome = make(trial);
-                    if (trials.takes_answered(answer, outcome)) {
-                        keep(trial, outcome);
-                    }
+        }
+        trials.expect_complete();
+        for (const auto& [request, example] : trials.examples()) {
+            for (const int answer : {-1, 3}) {
+                Trial trial = example;
+                trial.answers = {{request, answer}};
+                const Outcome outcome = make(trial);
+                if (trials.takes_answered(answer, outcome)) {
+                    keep(trial, outcome);
                 }
             }
         }
