@@ -8,33 +8,49 @@ LockedFile lockedFile_open(const char* path, const char* mode, LogSink sink, con
                            const char* lockError)
 {
     LockedFile file{fopen(path, mode), path, sink};
-    if (file.stream == nullptr) {
+    if (!lockedFile_good(file)) {
         report_format(sink, openError, path);
     } else if (flock(fileno(file.stream), LOCK_EX) != 0) {
         lockedFile_fail(file, lockError);
-        file.stream = nullptr;
     }
     return file;
 }
 
-int32_t lockedFile_fail(const LockedFile& file, const char* error)
+void lockedFile_fail(LockedFile& file, const char* error)
 {
+    if (lockedFile_good(file)) {
+        fclose(file.stream);
+        file.stream = nullptr;
+        report_format(file.sink, error, file.path);
+    }
+}
+
+void lockedFile_read(LockedFile& file, void* data, size_t size, const char* error)
+{
+    if (lockedFile_good(file) && fread(data, size, 1, file.stream) != 1) {
+        lockedFile_fail(file, error);
+    }
+}
+
+void lockedFile_write(LockedFile& file, const void* data, size_t size, const char* error)
+{
+    if (lockedFile_good(file) && fwrite(data, size, 1, file.stream) != 1) {
+        lockedFile_fail(file, error);
+    }
+}
+
+void lockedFile_seek(LockedFile& file, size_t offset, const char* error)
+{
+    if (lockedFile_good(file) && fseek(file.stream, static_cast<long>(offset), SEEK_SET) != 0) {
+        lockedFile_fail(file, error);
+    }
+}
+
+int32_t lockedFile_close(const LockedFile& file)
+{
+    if (!lockedFile_good(file)) {
+        return -1;
+    }
     fclose(file.stream);
-    report_format(file.sink, error, file.path);
-    return -1;
-}
-
-bool lockedFile_read(const LockedFile& file, void* data, size_t size)
-{
-    return fread(data, size, 1, file.stream) == 1;
-}
-
-bool lockedFile_write(const LockedFile& file, const void* data, size_t size)
-{
-    return fwrite(data, size, 1, file.stream) == 1;
-}
-
-bool lockedFile_seek(const LockedFile& file, long offset)
-{
-    return fseek(file.stream, offset, SEEK_SET) == 0;
+    return 0;
 }

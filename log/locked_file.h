@@ -1,5 +1,9 @@
-// The way in which every log file is used: open the stream, lock it, work, close; on a failure
-// close first (which releases the lock), then report, then return -1.
+// The way in which every log file is used: open the stream, lock it, work, close. The first failure
+// stands: the file is closed at once (which releases the lock), the failure's message is reported,
+// nothing after it touches the file, and the closing returns -1.
+//
+// The messages are formats with one %s for the path; they stand whole where the call is, so that
+// they can be searched for.
 #pragma once
 
 #include <cstdint>
@@ -8,19 +12,26 @@
 #include "maint/system_log.h"
 
 struct LockedFile {
-    FILE* stream; // null: not open
+    FILE* stream; // null: it has failed
     const char* path;
     LogSink sink; // of the messages about this file
 };
 
-// Opens and locks (exclusive, blocking). On failure nothing stays open, the message in question
-// (a format with one %s for the path) is reported, and the stream is null.
+// Opens and locks (exclusive, blocking).
 LockedFile lockedFile_open(const char* path, const char* mode, LogSink sink, const char* openError,
                            const char* lockError);
 
-// Closes, reports the message (a format with one %s for the path) and returns -1.
-int32_t lockedFile_fail(const LockedFile& file, const char* error);
+constexpr bool lockedFile_good(const LockedFile& file)
+{
+    return file.stream != nullptr;
+}
 
-bool lockedFile_read(const LockedFile& file, void* data, size_t size);
-bool lockedFile_write(const LockedFile& file, const void* data, size_t size);
-bool lockedFile_seek(const LockedFile& file, long offset);
+// A failure that is no call's, such as a value that must not be.
+void lockedFile_fail(LockedFile& file, const char* error);
+
+void lockedFile_read(LockedFile& file, void* data, size_t size, const char* error);
+void lockedFile_write(LockedFile& file, const void* data, size_t size, const char* error);
+void lockedFile_seek(LockedFile& file, size_t offset, const char* error);
+
+// 0, or -1 after a failure.
+int32_t lockedFile_close(const LockedFile& file);

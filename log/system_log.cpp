@@ -41,39 +41,32 @@ int32_t systemLog_put(const char* text)
     char stamp[kStampSize];
     stamp_format(now, stamp);
 
-    const LockedFile file = lockedFile_open(kSystemLogPath, "r+", LOG_SINK_CONSOLE,
-                                            "systemLog_put : 002 : %s file open error",
-                                            "systemLog_put : 003 : %s file lock error");
-    if (file.stream == nullptr) {
-        return -1;
-    }
-    SystemLogHeader header;
-    if (!lockedFile_read(file, &header, sizeof header)) {
-        return lockedFile_fail(file, "systemLog_put : 004 : %s file header read error");
-    }
+    LockedFile file = lockedFile_open(kSystemLogPath, "r+", LOG_SINK_CONSOLE,
+                                      "systemLog_put : 002 : %s file open error",
+                                      "systemLog_put : 003 : %s file lock error");
+    SystemLogHeader header{};
+    lockedFile_read(file, &header, sizeof header,
+                    "systemLog_put : 004 : %s file header read error");
     // Only a full ring wraps; any other location is used as it stands.
     if (header.number == SYSTEM_LOG_SLOTS && header.location >= SYSTEM_LOG_SLOTS) {
         header.location = 0;
     }
-    const size_t offset = sizeof header + size_t{SYSTEM_LOG_RECORD_SIZE} * header.location;
-    if (!lockedFile_seek(file, static_cast<long>(offset))) {
-        return lockedFile_fail(file, "systemLog_put : 005 : %s file seek error");
+    lockedFile_seek(file, sizeof header + size_t{SYSTEM_LOG_RECORD_SIZE} * header.location,
+                    "systemLog_put : 005 : %s file seek error");
+    if (lockedFile_good(file)) {
+        fprintf(file.stream, "%s %-79.79s\n", stamp, text);
     }
-    fprintf(file.stream, "%s %-79.79s\n", stamp, text);
-
     // There is no message 006.
-    if (!lockedFile_seek(file, 0)) {
-        return lockedFile_fail(file, "systemLog_put : 007 : %s file seek error");
+    lockedFile_seek(file, 0, "systemLog_put : 007 : %s file seek error");
+    if (!lockedFile_good(file)) {
+        return -1;
     }
     if (header.number < SYSTEM_LOG_SLOTS) {
         ++header.number;
     }
     ++header.location;
-    if (!lockedFile_write(file, &header, sizeof header)) {
-        // The record is in place, so the caller sees the append as done.
-        lockedFile_fail(file, "systemLog_put : 008 : %s file header write error");
-        return 0;
-    }
-    fclose(file.stream);
-    return 0;
+    lockedFile_write(file, &header, sizeof header,
+                     "systemLog_put : 008 : %s file header write error");
+    lockedFile_close(file);
+    return 0; // the record is in place: the caller sees the append as done
 }

@@ -34,26 +34,26 @@ void header_print(const SystemLogHeader& header)
 
 int32_t image_load(LogImage& image)
 {
-    const LockedFile flash = lockedFile_open(kFlashImagePath, "rb", LOG_SINK_BOTH,
-                                             "systemLogFileMake : 001 : %s file open error",
-                                             "systemLogFileMake : 002 : %s file lock error");
-    if (flash.stream == nullptr) {
-        return -1;
-    }
-    if (!lockedFile_read(flash, &image.header, sizeof image.header)) {
-        return lockedFile_fail(flash, "systemLogFileMake : 003 : %s file header read error");
-    }
+    LockedFile flash = lockedFile_open(kFlashImagePath, "rb", LOG_SINK_BOTH,
+                                       "systemLogFileMake : 001 : %s file open error",
+                                       "systemLogFileMake : 002 : %s file lock error");
+    lockedFile_read(flash, &image.header, sizeof image.header,
+                    "systemLogFileMake : 003 : %s file header read error");
     if (image.header.number > SYSTEM_LOG_SLOTS) {
-        return lockedFile_fail(flash, "systemLogFileMake : 004 : %s file header data error");
+        lockedFile_fail(flash, "systemLogFileMake : 004 : %s file header data error");
     }
     if (image.header.version == 0) {
-        return lockedFile_fail(flash, "systemLogFileMake : 005 : %s file header version error");
+        lockedFile_fail(flash, "systemLogFileMake : 005 : %s file header version error");
     }
-    header_print(image.header);
+    if (lockedFile_good(flash)) {
+        header_print(image.header);
+    }
     if (image.header.number > 0) {
-        if (!lockedFile_read(flash, image.records.data(), records_size(image.header))) {
-            // Two failures share number 005; both texts are kept.
-            return lockedFile_fail(flash, "systemLogFileMake : 005 : %s file log data error");
+        // Two failures share number 005; both texts are kept.
+        lockedFile_read(flash, image.records.data(), records_size(image.header),
+                        "systemLogFileMake : 005 : %s file log data error");
+        if (!lockedFile_good(flash)) {
+            return -1;
         }
         const uint16_t checksum = recordChecksum_compute(
             image.records.data(), static_cast<int32_t>(records_size(image.header)));
@@ -64,27 +64,21 @@ int32_t image_load(LogImage& image)
             return -2;
         }
     }
-    fclose(flash.stream);
-    return 0;
+    return lockedFile_close(flash);
 }
 
 int32_t image_store(const LogImage& image)
 {
-    const LockedFile log = lockedFile_open(kSystemLogPath, "w+b", LOG_SINK_BOTH,
-                                           "systemLogFileMake : 007 : %s file create error",
-                                           "systemLogFileMake : 008 : %s file lock error");
-    if (log.stream == nullptr) {
-        return -1;
+    LockedFile log = lockedFile_open(kSystemLogPath, "w+b", LOG_SINK_BOTH,
+                                     "systemLogFileMake : 007 : %s file create error",
+                                     "systemLogFileMake : 008 : %s file lock error");
+    lockedFile_write(log, &image.header, sizeof image.header,
+                     "systemLogFileMake : 009 : %s file header write error");
+    if (image.header.number > 0) {
+        lockedFile_write(log, image.records.data(), records_size(image.header),
+                         "systemLogFileMake : 010 : %s file write error");
     }
-    if (!lockedFile_write(log, &image.header, sizeof image.header)) {
-        return lockedFile_fail(log, "systemLogFileMake : 009 : %s file header write error");
-    }
-    if (image.header.number > 0 &&
-        !lockedFile_write(log, image.records.data(), records_size(image.header))) {
-        return lockedFile_fail(log, "systemLogFileMake : 010 : %s file write error");
-    }
-    fclose(log.stream);
-    return 0;
+    return lockedFile_close(log);
 }
 
 } // namespace
@@ -110,34 +104,24 @@ int32_t read_systemlog_header(SystemLogHeader* out)
 // Reports to the console only: the file that it could not read is the system log itself.
 int32_t zev_maintlog_head_read(SystemLogHeader* out)
 {
-    const LockedFile log = lockedFile_open(kSystemLogPath, "rb", LOG_SINK_CONSOLE,
-                                           "zev_maintlog_head_read : 001 : %s file open error",
-                                           "zev_maintlog_head_read : 002 : %s file lock error");
-    if (log.stream == nullptr) {
-        return -1;
-    }
-    if (!lockedFile_read(log, out, sizeof *out)) {
-        // The text says "write" although a read failed; it is kept.
-        return lockedFile_fail(log, "zev_maintlog_head_read : 003 : %s file header write error");
-    }
-    fclose(log.stream);
-    return 0;
+    LockedFile log = lockedFile_open(kSystemLogPath, "rb", LOG_SINK_CONSOLE,
+                                     "zev_maintlog_head_read : 001 : %s file open error",
+                                     "zev_maintlog_head_read : 002 : %s file lock error");
+    // The text says "write" although a read failed; it is kept.
+    lockedFile_read(log, out, sizeof *out,
+                    "zev_maintlog_head_read : 003 : %s file header write error");
+    return lockedFile_close(log);
 }
 
 int32_t systemLogFileInit()
 {
     constexpr SystemLogHeader kFresh{0, 0, 0, SYSTEM_LOG_VERSION, 0};
-    const LockedFile log = lockedFile_open(kSystemLogPath, "w+b", LOG_SINK_BOTH,
-                                           "systemLogFileInit : 001 : %s file open error",
-                                           "systemLogFileInit : 002 : %s file lock error");
-    if (log.stream == nullptr) {
-        return -1;
-    }
-    if (!lockedFile_write(log, &kFresh, sizeof kFresh)) {
-        return lockedFile_fail(log, "systemLogFileInit : 003 : %s file header write error");
-    }
-    fclose(log.stream);
-    return 0;
+    LockedFile log = lockedFile_open(kSystemLogPath, "w+b", LOG_SINK_BOTH,
+                                     "systemLogFileInit : 001 : %s file open error",
+                                     "systemLogFileInit : 002 : %s file lock error");
+    lockedFile_write(log, &kFresh, sizeof kFresh,
+                     "systemLogFileInit : 003 : %s file header write error");
+    return lockedFile_close(log);
 }
 
 int32_t systemLogFileMake()

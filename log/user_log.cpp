@@ -45,39 +45,26 @@ void marker_raise()
 
 int32_t record_append(const UserLogRecord& record)
 {
-    const LockedFile file = lockedFile_open(kUserLogPath, "r+b", LOG_SINK_BOTH,
-                                            "userLog_put : 007 : %s file open error",
-                                            "userLog_put : 008 : %s file lock error");
-    if (file.stream == nullptr) {
-        return -1;
-    }
-    UserLogHeader header;
-    if (!lockedFile_read(file, &header, sizeof header)) {
-        return lockedFile_fail(file, "userLog_put : 009 : %s file header read error");
-    }
+    LockedFile file = lockedFile_open(kUserLogPath, "r+b", LOG_SINK_BOTH,
+                                      "userLog_put : 007 : %s file open error",
+                                      "userLog_put : 008 : %s file lock error");
+    UserLogHeader header{};
+    lockedFile_read(file, &header, sizeof header, "userLog_put : 009 : %s file header read error");
     // Unlike the system log's, this ring wraps whatever `number` holds.
     if (header.location >= USER_LOG_SLOTS) {
         header.location = 0;
     }
-    if (!lockedFile_seek(file,
-                         static_cast<long>(sizeof header + sizeof record * header.location))) {
-        return lockedFile_fail(file, "userLog_put : 010 : %s file seek error");
-    }
-    if (!lockedFile_write(file, &record, sizeof record)) {
-        return lockedFile_fail(file, "userLog_put : 011 : %s file write error");
-    }
+    lockedFile_seek(file, sizeof header + sizeof record * header.location,
+                    "userLog_put : 010 : %s file seek error");
+    lockedFile_write(file, &record, sizeof record, "userLog_put : 011 : %s file write error");
     if (header.number < USER_LOG_SLOTS) {
         ++header.number;
     }
     ++header.location;
-    if (!lockedFile_seek(file, 0)) {
-        return lockedFile_fail(file, "userLog_put : 012 : %s file seek error");
-    }
-    if (!lockedFile_write(file, &header, sizeof header)) {
-        return lockedFile_fail(file, "userLog_put : 013 : %s file header write error");
-    }
-    fclose(file.stream);
-    return 0;
+    lockedFile_seek(file, 0, "userLog_put : 012 : %s file seek error");
+    lockedFile_write(file, &header, sizeof header,
+                     "userLog_put : 013 : %s file header write error");
+    return lockedFile_close(file);
 }
 
 } // namespace

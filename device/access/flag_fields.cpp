@@ -1,22 +1,20 @@
 #include "device/access/flag_fields.h"
 
-BitChange flagFields_change(std::span<const FlagField> fields, unsigned mask, const uint8_t* flags)
+BitChange flagFields_change(const uint16_t* bits, size_t count, unsigned mask, const uint8_t* flags)
 {
-    BitChange change{0, 0};
+    BitChange change = kNoChange;
     const unsigned selected = validMask_of(mask);
-    unsigned selector = 1;
-    for (const FlagField& field : fields) {
-        if ((selected & selector) != 0) {
-            change = bitChange_join(change, bits_set(field.bit, flags[field.flag] == 1));
+    for (size_t n = 0; n < count; ++n) {
+        if ((selected & (1U << n)) != 0) {
+            change = bitChange_join(change, bits_assign(bits[n], flags[n] == 1));
         }
-        selector <<= 1;
     }
     return change;
 }
 
-void flagFields_extract(std::span<const FlagField> fields, uint16_t word, uint8_t* flags)
+void flagFields_extract(const uint16_t* bits, size_t count, uint16_t word, uint8_t* flags)
 {
-    for (const FlagField& field : fields) {
-        flags[field.flag] = (word & field.bit) != 0 ? 1 : 0;
+    for (size_t n = 0; n < count; ++n) {
+        flags[n] = (word & bits[n]) != 0 ? 1 : 0;
     }
 }

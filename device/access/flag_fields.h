@@ -3,10 +3,10 @@
 // value clears it.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <span>
 
-#include "device/access/fpga.h"
+#include "device/access/bit_change.h"
 
 // The parts that a valid mask selects.
 constexpr unsigned validMask_of(unsigned valid)
@@ -14,13 +14,22 @@ constexpr unsigned validMask_of(unsigned valid)
     return valid == 0 ? ~0U : valid;
 }
 
-struct FlagField {
-    uint8_t flag; // place of the field's byte among the record's flags
-    uint16_t bit; // of the word or register
-};
+// The bits of the record's flags, in order: flags[n] stands for bits[n].
+BitChange flagFields_change(const uint16_t* bits, size_t count, unsigned mask,
+                            const uint8_t* flags);
+void flagFields_extract(const uint16_t* bits, size_t count, uint16_t word, uint8_t* flags);
 
 // The selected fields' change, from the record's flags.
-BitChange flagFields_change(std::span<const FlagField> fields, unsigned mask, const uint8_t* flags);
+template <size_t kCount>
+BitChange flagFields_change(const uint16_t (&bits)[kCount], unsigned mask,
+                            const uint8_t (&flags)[kCount])
+{
+    return flagFields_change(bits, kCount, mask, flags);
+}
 
 // Every field's flag, 0 or 1, from the word.
-void flagFields_extract(std::span<const FlagField> fields, uint16_t word, uint8_t* flags);
+template <size_t kCount>
+void flagFields_extract(const uint16_t (&bits)[kCount], uint16_t word, uint8_t (&flags)[kCount])
+{
+    flagFields_extract(bits, kCount, word, flags);
+}

@@ -10,155 +10,194 @@ constexpr const char* kFpgaPath = "/dev/fpga";
 
 constexpr uint32_t kBesideRegister = 0xFFFF0000; // of a register record's value
 
+int request_issue(Fpga& fpga, RequestNumber request, unsigned long argument, int32_t failure)
+{
+    if (!fpga_good(fpga)) {
+        return 0;
+    }
+    const int result =
+        ioctl(fpga.descriptor, kRequestBase + static_cast<unsigned>(request), argument);
+    if (result < 0) {
+        fpga.status = failure;
+    }
+    return result;
+}
+
+int32_t command_issue(RequestNumber request, unsigned long argument, FpgaAccess access,
+                      int32_t failure)
+{
+    Fpga fpga = fpga_open(access);
+    request_issue(fpga, request, argument, failure);
+    return fpga_close(fpga);
+}
+
+unsigned long address_of(const void* record)
+{
+    // The driver only reads what a write request points to.
+    return reinterpret_cast<unsigned long>(record);
+}
+
+int32_t value_orStatus(const Fpga& fpga, uint16_t value)
+{
+    const int32_t status = fpga_close(fpga);
+    return status == DEVICE_OK ? value : status;
+}
+
 } // namespace
 
 Fpga fpga_open(FpgaAccess access)
 {
-    return {open(kFpgaPath, static_cast<int>(access) | O_NONBLOCK)};
+    const int descriptor = open(kFpgaPath, static_cast<int>(access) | O_NONBLOCK);
+    return {descriptor, descriptor < 0 ? DEVICE_OPEN_FAILED : DEVICE_OK};
 }
 
-void fpga_close(Fpga fpga)
+int32_t fpga_close(const Fpga& fpga)
 {
-    close(fpga.descriptor);
-}
-
-int32_t fpga_runOpened(FpgaAccess access, int32_t (*work)(Fpga, void*), void* context)
-{
-    const Fpga fpga = fpga_open(access);
-    if (fpga.descriptor < 0) {
-        return DEVICE_OPEN_FAILED;
+    if (fpga.descriptor >= 0) {
+        close(fpga.descriptor);
     }
-    const int32_t status = work(fpga, context);
-    fpga_close(fpga);
-    return status;
+    return fpga.status;
 }
 
-int fpga_request(Fpga fpga, FpgaRequest request, void* record)
+int record_issue(Fpga& fpga, RequestNumber request, void* record, int32_t failure)
 {
-    return ioctl(fpga.descriptor, request, record);
+    return request_issue(fpga, request, address_of(record), failure);
 }
 
-int fpga_requestValue(Fpga fpga, FpgaRequest request, uint32_t value)
+int value_issue(Fpga& fpga, RequestNumber request, uint32_t value, int32_t failure)
 {
-    return ioctl(fpga.descriptor, request, static_cast<unsigned long>(value));
+    return request_issue(fpga, request, value, failure);
 }
 
-int32_t record_read(Fpga fpga, FpgaRequest request, void* record)
+void record_read(Fpga& fpga, RequestNumber request, void* record)
 {
-    return fpga_request(fpga, request, record) < 0 ? DEVICE_READ_FAILED : DEVICE_OK;
+    request_issue(fpga, request, address_of(record), DEVICE_READ_FAILED);
 }
 
-int32_t record_write(Fpga fpga, FpgaRequest request, const void* record)
+void record_write(Fpga& fpga, RequestNumber request, const void* record)
 {
-    // The driver only reads what a write request points to.
-    return fpga_request(fpga, request, const_cast<void*>(record)) < 0 ? DEVICE_WRITE_FAILED
-                                                                      : DEVICE_OK;
+    request_issue(fpga, request, address_of(record), DEVICE_WRITE_FAILED);
 }
 
-int32_t value_write(Fpga fpga, FpgaRequest request, uint32_t value)
+void value_write(Fpga& fpga, RequestNumber request, uint32_t value)
 {
-    return fpga_requestValue(fpga, request, value) < 0 ? DEVICE_WRITE_FAILED : DEVICE_OK;
+    request_issue(fpga, request, value, DEVICE_WRITE_FAILED);
 }
 
-int32_t command_readRecord(FpgaRequest request, void* record)
-{
-    return fpga_run(FpgaAccess::kRead,
-                    [=](Fpga fpga) { return record_read(fpga, request, record); });
-}
-
-int32_t command_writeRecord(FpgaRequest request, const void* record)
-{
-    return fpga_run(FpgaAccess::kWrite,
-                    [=](Fpga fpga) { return record_write(fpga, request, record); });
-}
-
-int32_t status_failingAsRead(int32_t status)
-{
-    return status == DEVICE_WRITE_FAILED ? DEVICE_READ_FAILED : status;
-}
-
-int32_t command_writeRecordFailingAsRead(FpgaRequest request, const void* record)
-{
-    return status_failingAsRead(command_writeRecord(request, record));
-}
-
-int32_t command_writeValue(FpgaRequest request, uint32_t value)
-{
-    return fpga_run(FpgaAccess::kWrite,
-                    [=](Fpga fpga) { return value_write(fpga, request, value); });
-}
-
-int32_t word_read(Fpga fpga, FpgaRequest request, uint16_t& word)
-{
-    word = 0;
-    return record_read(fpga, request, &word);
-}
-
-int32_t word_change(Fpga fpga, FpgaWord word, BitChange change)
+uint16_t word_read(Fpga& fpga, Word word)
 {
     uint16_t value = 0;
-    const int32_t status = word_read(fpga, word.read, value);
-    return status != DEVICE_OK ? status
-                               : value_write(fpga, word.write, bitChange_apply(change, value));
+    record_read(fpga, request_reading(word), &value);
+    return fpga_good(fpga) ? value : 0;
 }
 
-int32_t command_changeWord(FpgaWord word, BitChange change)
+void word_write(Fpga& fpga, Word word, uint16_t value)
 {
-    return fpga_run(FpgaAccess::kWrite, [=](Fpga fpga) { return word_change(fpga, word, change); });
+    value_write(fpga, request_writing(word), value);
 }
 
-int32_t command_readWord(FpgaRequest request, uint16_t& word)
+void word_change(Fpga& fpga, Word word, BitChange change)
 {
-    uint16_t value = 0;
-    const int32_t status = command_readRecord(request, &value);
-    if (status == DEVICE_OK) {
-        word = value;
-    }
-    return status;
+    word_write(fpga, word, bitChange_apply(change, word_read(fpga, word)));
 }
 
-int32_t register_read(Fpga fpga, uint32_t address, uint16_t& value)
+uint16_t register_read(Fpga& fpga, uint32_t address)
 {
     RegisterAccessRequest access{address, 0};
-    const int32_t status = record_read(fpga, kRegisterRead, &access);
-    if (status == DEVICE_OK) {
-        value = static_cast<uint16_t>(access.value);
-    }
-    return status;
+    record_read(fpga, kRegisterRead, &access);
+    return fpga_good(fpga) ? static_cast<uint16_t>(access.value) : 0;
 }
 
-int32_t register_write(Fpga fpga, uint32_t address, uint16_t value)
+void register_write(Fpga& fpga, uint32_t address, uint16_t value)
 {
     const RegisterAccessRequest access{address, value};
-    return record_write(fpga, kRegisterWrite, &access);
+    record_write(fpga, kRegisterWrite, &access);
 }
 
-int32_t register_change(Fpga fpga, uint32_t address, BitChange change)
+void register_change(Fpga& fpga, uint32_t address, BitChange change)
 {
     RegisterAccessRequest access{address, 0};
-    const int32_t status = record_read(fpga, kRegisterRead, &access);
-    if (status != DEVICE_OK) {
-        return status;
+    record_read(fpga, kRegisterRead, &access);
+    access.value = (access.value & kBesideRegister) | bitChange_apply(change, access.value);
+    record_write(fpga, kRegisterWrite, &access);
+}
+
+void registers_read(Fpga& fpga, uint32_t address, uint16_t* values, size_t count)
+{
+    for (; count > 0; --count) {
+        *values++ = register_read(fpga, address);
+        address += kRegisterStep;
     }
-    access.value = (access.value & kBesideRegister) |
-                   bitChange_apply(change, static_cast<uint16_t>(access.value));
-    return record_write(fpga, kRegisterWrite, &access);
 }
 
-int32_t command_readRegister(uint32_t address, uint16_t& value)
+void registerBytes_write(Fpga& fpga, uint32_t address, const uint8_t* bytes, size_t size)
 {
-    return fpga_run(FpgaAccess::kRead,
-                    [&](Fpga fpga) { return register_read(fpga, address, value); });
+    for (; size > 0; size -= 2) {
+        register_write(fpga, address, static_cast<uint16_t>(bytes[0] * 256U + bytes[1]));
+        bytes += 2;
+        address += kRegisterStep;
+    }
 }
 
-int32_t command_writeRegister(uint32_t address, uint16_t value)
+void registerBytes_unpack(const uint16_t* values, uint8_t* bytes, size_t size)
 {
-    return fpga_run(FpgaAccess::kWrite,
-                    [=](Fpga fpga) { return register_write(fpga, address, value); });
+    for (; size > 0; size -= 2) {
+        *bytes++ = static_cast<uint8_t>(*values >> 8);
+        *bytes++ = static_cast<uint8_t>(*values++);
+    }
+}
+
+int32_t command_readRecord(RequestNumber request, void* record, FpgaAccess access)
+{
+    return command_issue(request, address_of(record), access, DEVICE_READ_FAILED);
+}
+
+int32_t command_writeRecord(RequestNumber request, const void* record, int32_t failure)
+{
+    return command_issue(request, address_of(record), FpgaAccess::kWrite, failure);
+}
+
+int32_t command_writeValue(RequestNumber request, uint32_t value)
+{
+    return command_issue(request, value, FpgaAccess::kWrite, DEVICE_WRITE_FAILED);
+}
+
+int32_t command_changeWord(Word word, BitChange change)
+{
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    word_change(fpga, word, change);
+    return fpga_close(fpga);
 }
 
 int32_t command_changeRegister(uint32_t address, BitChange change)
 {
-    return fpga_run(FpgaAccess::kWrite,
-                    [=](Fpga fpga) { return register_change(fpga, address, change); });
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    register_change(fpga, address, change);
+    return fpga_close(fpga);
+}
+
+int32_t command_readWord(Word word, FpgaAccess access)
+{
+    Fpga fpga = fpga_open(access);
+    const uint16_t value = word_read(fpga, word);
+    return value_orStatus(fpga, value);
+}
+
+int32_t command_readRegister(uint32_t address, FpgaAccess access)
+{
+    Fpga fpga = fpga_open(access);
+    const uint16_t value = register_read(fpga, address);
+    return value_orStatus(fpga, value);
+}
+
+int32_t command_readWordFlag(Word word, unsigned mask)
+{
+    const int32_t value = command_readWord(word);
+    return value < 0 ? value : (value & static_cast<int32_t>(mask)) != 0;
+}
+
+int32_t command_readRegisterFlag(uint32_t address, unsigned mask)
+{
+    const int32_t value = command_readRegister(address);
+    return value < 0 ? value : (value & static_cast<int32_t>(mask)) != 0;
 }

@@ -3,9 +3,8 @@
 #include <cstddef>
 #include <cstring>
 
-#include "device/access/big_endian.h"
 #include "device/access/fpga.h"
-#include "device/access/peer_id.h"
+#include "device/access/numbers.h"
 
 static_assert(sizeof(AddressEntry) == 32);
 static_assert(offsetof(AddressEntry, bytes) == 8);
@@ -19,7 +18,7 @@ namespace
 
 constexpr size_t kSetSize = sizeof AddressSet{}.number / sizeof(uint32_t);
 
-// kAddressRead and kAddressWrite use value, kAddressSetRead and kAddressSetWrite the set.
+// The requests on the table take an entry's value in `value`, a set's in `set`.
 struct AddressEntryRequest {
     uint32_t id;
     uint32_t write_mode;
@@ -36,122 +35,115 @@ static_assert(offsetof(AddressEntryRequest, set) == 12);
 constexpr uint32_t kWriteBytes = 0;
 constexpr uint32_t kWriteNumbers = 1;
 
-uint32_t littleEndian_load(const uint8_t* bytes)
+// An entry has one value, a set four.
+struct Kind {
+    size_t count;
+    RequestNumber ownRead; // the own one's bytes as they stand
+    RequestNumber ownWrite;
+    RequestNumber read;
+    RequestNumber write;
+};
+constexpr Kind kEntry{1, kOwnAddressRead, kOwnAddressWrite, kAddressRead, kAddressWrite};
+constexpr Kind kSet{kSetSize, kOwnAddressSetRead, kOwnAddressSetWrite, kAddressSetRead,
+                    kAddressSetWrite};
+
+using Bytes = uint8_t[sizeof(uint32_t)]; // a value in the caller's record
+
+uint32_t* values_of(const Kind& kind, AddressEntryRequest& request)
 {
-    return uint32_t{bytes[3]} << 24 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[1]} << 8 | bytes[0];
+    return kind.count == 1 ? &request.value : request.set;
 }
 
-// Whether a raw writer has anything to do.
-bool table_holds(uint32_t own_id, uint32_t id)
+// Of the own set, unlike of every other number here, the first byte is the least significant; kept
+// as the system has it.
+uint32_t ownNumber_of(const Kind& kind, const Bytes& bytes)
 {
-    return peerId_isValid(id) && id != own_id;
+    const uint32_t number = bigEndian_load(bytes);
+    return kind.count == 1 ? number : __builtin_bswap32(number);
+}
+
+int32_t values_read(const Kind& kind, uint32_t own_id, uint32_t id, Bytes* bytes, uint32_t* numbers)
+{
+    if (!peerId_isValid(id)) {
+        return DEVICE_BAD_ARGUMENT;
+    }
+    const bool own = id == own_id;
+    AddressEntryRequest request{};
+    request.id = id;
+    const int32_t status =
+        own ? command_readRecord(kind.ownRead, bytes) : command_readRecord(kind.read, &request);
+    if (status != DEVICE_OK) {
+        return status;
+    }
+    for (size_t i = 0; i < kind.count; ++i) {
+        if (own) {
+            numbers[i] = ownNumber_of(kind, bytes[i]);
+        } else {
+            numbers[i] = values_of(kind, request)[i];
+            bigEndian_store(numbers[i], bytes[i]);
+        }
+    }
+    return DEVICE_OK;
+}
+
+int32_t values_write(const Kind& kind, uint32_t own_id, uint32_t id, const Bytes* bytes)
+{
+    if (!peerId_isValid(id)) {
+        return DEVICE_BAD_ARGUMENT;
+    }
+    if (id == own_id) {
+        return command_writeRecord(kind.ownWrite, bytes);
+    }
+    AddressEntryRequest request{};
+    request.id = id;
+    request.write_mode = kWriteNumbers;
+    for (size_t i = 0; i < kind.count; ++i) {
+        values_of(kind, request)[i] = bigEndian_load(bytes[i]);
+    }
+    return command_writeRecord(kind.write, &request);
+}
+
+// Unlike with the other writer, an identifier that has no place in the table is no error.
+int32_t values_writeBytes(const Kind& kind, uint32_t own_id, uint32_t id, const Bytes* bytes)
+{
+    if (!peerId_isValid(id) || id == own_id) {
+        return DEVICE_OK;
+    }
+    AddressEntryRequest request{};
+    request.id = id;
+    request.write_mode = kWriteBytes;
+    memcpy(values_of(kind, request), bytes, kind.count * sizeof(uint32_t));
+    return command_writeRecord(kind.write, &request);
 }
 
 } // namespace
 
 int32_t read_addr_entry(AddressEntry* entry)
 {
-    if (!peerId_isValid(entry->id)) {
-        return DEVICE_BAD_ARGUMENT;
-    }
-    if (entry->id == entry->own_id) {
-        const int32_t status = command_readRecord(kOwnAddressRead, entry->bytes);
-        if (status == DEVICE_OK) {
-            entry->number = bigEndian_load(entry->bytes);
-        }
-        return status;
-    }
-    AddressEntryRequest request{};
-    request.id = entry->id;
-    const int32_t status = command_readRecord(kAddressRead, &request);
-    if (status == DEVICE_OK) {
-        entry->number = request.value;
-        bigEndian_store(request.value, entry->bytes);
-    }
-    return status;
+    return values_read(kEntry, entry->own_id, entry->id, &entry->bytes, &entry->number);
 }
 
 int32_t write_addr_entry(const AddressEntry* entry)
 {
-    if (!peerId_isValid(entry->id)) {
-        return DEVICE_BAD_ARGUMENT;
-    }
-    if (entry->id == entry->own_id) {
-        return command_writeRecord(kOwnAddressWrite, entry->bytes);
-    }
-    AddressEntryRequest request{};
-    request.id = entry->id;
-    request.write_mode = kWriteNumbers;
-    request.value = bigEndian_load(entry->bytes);
-    return command_writeRecord(kAddressWrite, &request);
+    return values_write(kEntry, entry->own_id, entry->id, &entry->bytes);
 }
 
-// Unlike write_addr_entry, an identifier that has no place in the table is no error.
 int32_t write_addr_entry_value(const AddressEntry* entry)
 {
-    if (!table_holds(entry->own_id, entry->id)) {
-        return DEVICE_OK;
-    }
-    AddressEntryRequest request{};
-    request.id = entry->id;
-    request.write_mode = kWriteBytes;
-    memcpy(&request.value, entry->bytes, sizeof entry->bytes);
-    return command_writeRecord(kAddressWrite, &request);
+    return values_writeBytes(kEntry, entry->own_id, entry->id, &entry->bytes);
 }
 
 int32_t read_addr_set(AddressSet* set)
 {
-    if (!peerId_isValid(set->id)) {
-        return DEVICE_BAD_ARGUMENT;
-    }
-    if (set->id == set->own_id) {
-        const int32_t status = command_readRecord(kOwnAddressSetRead, set->bytes);
-        if (status == DEVICE_OK) {
-            // The opposite byte order of every other number here, kept as the system has it.
-            for (size_t i = 0; i < kSetSize; ++i) {
-                set->number[i] = littleEndian_load(set->bytes[i]);
-            }
-        }
-        return status;
-    }
-    AddressEntryRequest request{};
-    request.id = set->id;
-    const int32_t status = command_readRecord(kAddressSetRead, &request);
-    if (status == DEVICE_OK) {
-        for (size_t i = 0; i < kSetSize; ++i) {
-            set->number[i] = request.set[i];
-            bigEndian_store(request.set[i], set->bytes[i]);
-        }
-    }
-    return status;
+    return values_read(kSet, set->own_id, set->id, set->bytes, set->number);
 }
 
 int32_t write_addr_set(const AddressSet* set)
 {
-    if (!peerId_isValid(set->id)) {
-        return DEVICE_BAD_ARGUMENT;
-    }
-    if (set->id == set->own_id) {
-        return command_writeRecord(kOwnAddressSetWrite, set->bytes);
-    }
-    AddressEntryRequest request{};
-    request.id = set->id;
-    request.write_mode = kWriteNumbers;
-    for (size_t i = 0; i < kSetSize; ++i) {
-        request.set[i] = bigEndian_load(set->bytes[i]);
-    }
-    return command_writeRecord(kAddressSetWrite, &request);
+    return values_write(kSet, set->own_id, set->id, set->bytes);
 }
 
-// As write_addr_entry_value.
 int32_t write_addr_set_value(const AddressSet* set)
 {
-    if (!table_holds(set->own_id, set->id)) {
-        return DEVICE_OK;
-    }
-    AddressEntryRequest request{};
-    request.id = set->id;
-    request.write_mode = kWriteBytes;
-    memcpy(request.set, set->bytes, sizeof set->bytes);
-    return command_writeRecord(kAddressSetWrite, &request);
+    return values_writeBytes(kSet, set->own_id, set->id, set->bytes);
 }

@@ -34,7 +34,7 @@ constexpr unsigned kValidAddress6 = 0x02;
 constexpr unsigned kValidAttribute = 0x04;
 
 // The table only bounds the index; the driver is not told of it.
-bool index_valid(const AddressTableEntry& entry)
+bool index_isValid(const AddressTableEntry& entry)
 {
     return entry.index <= (entry.table == 0 ? kLargeTableLast : kSmallTableLast);
 }
@@ -50,7 +50,7 @@ AddressTableRequest request_for(const AddressTableEntry& entry)
 
 int32_t read_addr_table_entry(AddressTableEntry* entry)
 {
-    if (!index_valid(*entry)) {
+    if (!index_isValid(*entry)) {
         return DEVICE_BAD_ARGUMENT;
     }
     AddressTableRequest request = request_for(*entry);
@@ -65,33 +65,30 @@ int32_t read_addr_table_entry(AddressTableEntry* entry)
 
 int32_t write_addr_table_entry(const AddressTableEntry* entry)
 {
-    if (!index_valid(*entry)) {
+    if (!index_isValid(*entry)) {
         return DEVICE_BAD_ARGUMENT;
     }
-    return fpga_run(FpgaAccess::kWrite, [entry](Fpga fpga) {
-        const unsigned valid = validMask_of(entry->valid);
-        AddressTableRequest request = request_for(*entry);
-        const int32_t status = record_read(fpga, kAddressTableRead, &request);
-        if (status != DEVICE_OK) {
-            return status;
-        }
-        if ((valid & kValidAddress) != 0) {
-            memcpy(request.address, entry->address, sizeof request.address);
-        }
-        if ((valid & kValidAddress6) != 0) {
-            memcpy(request.address_6, entry->address_6, sizeof request.address_6);
-        }
-        if ((valid & kValidAttribute) != 0) {
-            request.attribute = entry->attribute;
-        }
-        request.valid = 1;
-        return record_write(fpga, kAddressTableWrite, &request);
-    });
+    const unsigned valid = validMask_of(entry->valid);
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    AddressTableRequest request = request_for(*entry);
+    record_read(fpga, kAddressTableRead, &request);
+    if ((valid & kValidAddress) != 0) {
+        memcpy(request.address, entry->address, sizeof request.address);
+    }
+    if ((valid & kValidAddress6) != 0) {
+        memcpy(request.address_6, entry->address_6, sizeof request.address_6);
+    }
+    if ((valid & kValidAttribute) != 0) {
+        request.attribute = entry->attribute;
+    }
+    request.valid = 1;
+    record_write(fpga, kAddressTableWrite, &request);
+    return fpga_close(fpga);
 }
 
 int32_t write_addr_table_delete(const AddressTableEntry* entry)
 {
-    if (!index_valid(*entry)) {
+    if (!index_isValid(*entry)) {
         return DEVICE_BAD_ARGUMENT;
     }
     const AddressTableRequest request = request_for(*entry);

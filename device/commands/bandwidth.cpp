@@ -1,7 +1,6 @@
 #include "device/commands/bandwidth.h"
 
-#include <algorithm>
-#include <array>
+#include <cstddef>
 
 #include "device/access/fpga.h"
 #include "device/commands/phy.h"
@@ -13,7 +12,7 @@ namespace
 
 constexpr uint32_t kBandwidthRegister = 0x0012;
 
-using BandwidthTable = std::array<uint16_t, BANDWIDTH_ID_MAX + 1>;
+using BandwidthTable = uint16_t[BANDWIDTH_ID_MAX + 1];
 
 // The register's value for each identifier: port 0 not at 100 Mb/s, and at 100 Mb/s.
 constexpr BandwidthTable kSlowTable = {21333, 12800, 6400, 3200, 2133, 1600, 1280,
@@ -24,40 +23,37 @@ constexpr BandwidthTable kFastTable = {21333, 12800, 6400, 3200, 2133, 1600, 128
                                        160,   128,   106,  91,   80,   71,   64};
 
 // Which table applies now, or null when the PHY cannot be read.
-const BandwidthTable* table_choose()
+const uint16_t* table_choose()
 {
     PhyStatus phy{};
     phy.port = kLinePort;
     if (read_phy(&phy) != DEVICE_OK) {
         return nullptr;
     }
-    return phy.speed100 != 0 ? &kFastTable : &kSlowTable;
+    return phy.speed100 != 0 ? kFastTable : kSlowTable;
 }
 
 } // namespace
 
 int32_t read_bandwidth(uint16_t* id)
 {
-    const BandwidthTable* table = table_choose();
+    const uint16_t* table = table_choose();
     if (table == nullptr) {
         return DEVICE_READ_FAILED;
     }
-    // Opened for writing, although it only reads.
-    return fpga_run(FpgaAccess::kWrite, [=](Fpga fpga) -> int32_t {
-        uint16_t value = 0;
-        const int32_t status = register_read(fpga, kBandwidthRegister, value);
-        if (status != DEVICE_OK) {
-            return status;
+    const int32_t value = command_readRegister(kBandwidthRegister, FpgaAccess::kWrite);
+    if (value < 0) {
+        return value;
+    }
+    // The first match counts: the slow table repeats its last value.
+    for (uint16_t n = 0; n <= BANDWIDTH_ID_MAX; ++n) {
+        if (table[n] == value) {
+            *id = n;
+            return DEVICE_OK;
         }
-        // The first match counts: the slow table repeats its last value.
-        const auto* entry = std::find(table->begin(), table->end(), value);
-        if (entry == table->end()) {
-            *id = BANDWIDTH_ID_MAX;
-            return DEVICE_UNMAPPED;
-        }
-        *id = static_cast<uint16_t>(entry - table->begin());
-        return DEVICE_OK;
-    });
+    }
+    *id = BANDWIDTH_ID_MAX;
+    return DEVICE_UNMAPPED;
 }
 
 int32_t write_bandwidth(const uint16_t* id)
@@ -65,9 +61,10 @@ int32_t write_bandwidth(const uint16_t* id)
     if (*id > BANDWIDTH_ID_MAX) {
         return DEVICE_BAD_ARGUMENT;
     }
-    const BandwidthTable* table = table_choose();
+    const uint16_t* table = table_choose();
     if (table == nullptr) {
         return DEVICE_READ_FAILED;
     }
-    return command_writeRegister(kBandwidthRegister, (*table)[*id]);
+    const RegisterAccessRequest access{kBandwidthRegister, table[*id]};
+    return command_writeRecord(kRegisterWrite, &access);
 }

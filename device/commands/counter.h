@@ -1,27 +1,24 @@
-// Counters and the driver's own state.
+// Counters.
 #pragma once
 
 #include <cstdint>
 
-#include "device/access/pass_through.h"
+#include "device/access/families.h"
 #include "maint/commands/counter.h"
-#include "maint/commands/driver.h"
 
-int32_t read_counter(CounterRecord* record);
-int32_t read_counter_alt(CounterRecord* record);
-int32_t read_driver_state(uint16_t* state);
+// The driver gets a copy of the caller's record, the caller the value alone.
+int32_t counterRecord_read(CounterRecord* record, RequestNumber request);
 
-constexpr auto write_counter = record_writeCopyFailingAsRead<kCounterWrite, CounterRecord>;
-constexpr auto write_counter_alt = record_writeCopyFailingAsRead<kCounterAltWrite, CounterRecord>;
-constexpr auto write_counter_block_large =
-    record_writeCopyFailingAsRead<kCounterBlockLargeWrite, CounterBlockLarge>;
-constexpr auto write_counter_block_small =
-    record_writeCopyFailingAsRead<kCounterBlockSmallWrite, CounterBlockSmall>;
+constexpr CommandCall read_counter = call_of<counterRecord_read>(kCounterRead);
+constexpr CommandCall read_counter_alt = call_of<counterRecord_read>(kCounterAltRead);
 
-constexpr auto read_ext_status_a = record_readThrough<kExtStatusARead, uint16_t>;
-constexpr auto read_ext_status_b = record_readThrough<kExtStatusBRead, uint16_t>;
-int32_t write_ext_control_a(const uint16_t* word);
-int32_t write_ext_control_b(const uint16_t* word);
+constexpr CommandCall write_counter = copy_sent<CounterRecord>(kCounterWrite, DEVICE_READ_FAILED);
+constexpr CommandCall write_counter_alt =
+    copy_sent<CounterRecord>(kCounterAltWrite, DEVICE_READ_FAILED);
+constexpr CommandCall write_counter_block_large =
+    copy_sent<CounterBlockLarge>(kCounterBlockLargeWrite, DEVICE_READ_FAILED);
+constexpr CommandCall write_counter_block_small =
+    copy_sent<CounterBlockSmall>(kCounterBlockSmallWrite, DEVICE_READ_FAILED);
 
 // One counter of the traffic statistics.
 enum class CounterSelector : uint32_t { kBytes = 32, kItems = 33 };

@@ -1,72 +1,74 @@
 #include "device/commands/device_word.h"
 
-#include "device/access/bit_flag.h"
+#include "device/access/driver_records.h"
+#include "device/access/flag_fields.h"
+#include "device/access/fpga.h"
+#include "device/access/shared_words.h"
+
+static_assert(sizeof(IndexedWord) == 4);
+static_assert(sizeof(ControlBits) == 3);
 
 namespace
 {
 
-constexpr uint16_t kGroupFlag = 0x01C4;
-
 // The device's code 1, 2, 3 is bit 1, 2, 3 at the caller's side; 0 has no meaning.
 constexpr uint16_t kWord48Code = 0x0003;
 
-constexpr uint32_t kRegister44 = 0x0044;
-constexpr uint16_t kRegister44Flag = 0x0001;
+// The record of the indexed word requests.
+struct IndexedWordRequest {
+    uint32_t index;
+    uint32_t value; // the word in the low half
+};
+static_assert(sizeof(IndexedWordRequest) == 8);
 
-// One request, after which the device is closed only if it succeeded: a failed request of these two
-// commands leaves the descriptor open, which is kept as the system has it.
-template <class Request> int32_t request_leaveOpen(FpgaAccess access, Request request)
+// Closes the device only if all went well: a failed request of the two commands that use this
+// leaves the descriptor open, which is kept as the system has it.
+int32_t fpga_closeIfGood(const Fpga& fpga)
 {
-    const Fpga fpga = fpga_open(access);
-    if (fpga.descriptor < 0) {
-        return DEVICE_OPEN_FAILED;
-    }
-    const int32_t status = request(fpga);
-    if (status == DEVICE_OK) {
-        fpga_close(fpga);
-    }
+    return fpga_good(fpga) ? fpga_close(fpga) : fpga.status;
+}
+
+// A word that passes through, read into room for all that the driver may fill.
+template <class Number> int32_t passed_read(RequestNumber request, Number& number)
+{
+    WorkRecord<Number> record{};
+    const int32_t status = command_readRecord(request, record.data());
+    number = record[0];
     return status;
 }
 
 } // namespace
 
-int32_t read_group_flag(uint8_t* flag)
-{
-    return wordFlag_read(kGroupFlagWord.read, kGroupFlag, flag);
-}
-
-int32_t write_group_flag(const uint8_t* flag)
-{
-    return command_changeWord(kGroupFlagWord, bits_set(kGroupFlag, *flag == 1));
-}
-
 // Hands back the request's own result.
 int32_t read_device_word_40(uint16_t* word)
 {
-    return fpga_run(FpgaAccess::kRead,
-                    [word](Fpga fpga) { return fpga_request(fpga, kWord40Read, word); });
+    Fpga fpga = fpga_open(FpgaAccess::kRead);
+    const int result = record_issue(fpga, kWord40Read, word, DEVICE_OK);
+    const int32_t status = fpga_close(fpga);
+    return status == DEVICE_OK ? result : status;
 }
 
 int32_t read_device_word_21(uint16_t* word)
 {
-    return request_leaveOpen(FpgaAccess::kRead,
-                             [word](Fpga fpga) { return record_read(fpga, kWord21Read, word); });
+    Fpga fpga = fpga_open(FpgaAccess::kRead);
+    record_read(fpga, kWord21Read, word);
+    return fpga_closeIfGood(fpga);
 }
 
 int32_t write_device_word_22(const uint16_t* word)
 {
-    return request_leaveOpen(FpgaAccess::kWrite,
-                             [word](Fpga fpga) { return record_write(fpga, kWord22Write, word); });
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    record_write(fpga, kWord22Write, word);
+    return fpga_closeIfGood(fpga);
 }
 
 int32_t read_device_word_48(uint16_t* code)
 {
-    uint16_t word = 0;
-    const int32_t status = command_readWord(kWord48.read, word);
-    if (status != DEVICE_OK) {
-        return status;
+    const int32_t word = command_readWord(kWord48);
+    if (word < 0) {
+        return word;
     }
-    const unsigned held = word & kWord48Code;
+    const unsigned held = static_cast<unsigned>(word) & kWord48Code;
     if (held == 0) {
         return DEVICE_UNMAPPED;
     }
@@ -78,25 +80,44 @@ int32_t write_device_word_49(const uint16_t* code)
 {
     for (unsigned held = 1; held <= kWord48Code; ++held) {
         if (*code == 1U << held) {
-            return command_writeValue(kWord48.write, held);
+            return command_writeValue(request_writing(kWord48), held);
         }
     }
     return DEVICE_BAD_ARGUMENT;
 }
 
-// Opened for writing, although the request reads.
-int32_t read_device_word_4e(uint16_t* word)
+int32_t read_indexed_word(IndexedWord* record)
 {
-    return fpga_run(FpgaAccess::kWrite,
-                    [word](Fpga fpga) { return record_read(fpga, kWord4ERead, word); });
+    IndexedWordRequest request{record->index, 0};
+    const int32_t status = command_readRecord(kIndexedWordRead, &request, FpgaAccess::kWrite);
+    if (status == DEVICE_OK) {
+        record->value = static_cast<uint16_t>(request.value);
+    }
+    return status;
 }
 
-int32_t read_reg44_flag(uint16_t* flag)
+int32_t write_indexed_word(const IndexedWord* record)
 {
-    return registerFlag_read(kRegister44, kRegister44Flag, flag);
+    const IndexedWordRequest request{record->index, record->value};
+    return command_writeRecord(kIndexedWordWrite, &request);
 }
 
-int32_t write_reg44_flag(const uint16_t* flag)
+int32_t ownId_read(uint16_t& id)
 {
-    return command_changeRegister(kRegister44, bits_set(kRegister44Flag, *flag == 1));
+    return passed_read(request_reading(kOwnId), id);
+}
+
+int32_t deviceWord03_read(uint16_t& word)
+{
+    return passed_read(request_reading(kWord03), word);
+}
+
+int32_t unitMapE_read(uint32_t& map)
+{
+    return passed_read(kUnitMapERead, map);
+}
+
+int32_t deviceWord03_setBit6(int32_t flag)
+{
+    return command_changeWord(kWord03, bits_assign(kWord03Alert, flag == 1));
 }

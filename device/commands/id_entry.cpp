@@ -2,11 +2,10 @@
 
 #include <cstddef>
 
+#include "device/access/driver_records.h"
 #include "device/access/flag_fields.h"
 #include "device/access/fpga.h"
-#include "device/access/peer_id.h"
-#include "device/access/unit_bit.h"
-#include "device/access/unit_records.h"
+#include "device/access/numbers.h"
 
 static_assert(sizeof(IdEntry) == 10);
 static_assert(offsetof(IdEntry, field_a) == 4);
@@ -34,58 +33,50 @@ constexpr unsigned kFieldC = 0x04;
 constexpr uint16_t kFieldBMax = 4095;
 constexpr uint16_t kFieldCMax = 7;
 
-// The selected fields into the request, as far as they are in range.
-int32_t idEntry_change(const IdEntry& entry, IdEntryRequest& request)
+// The selected fields into the request. One that is out of range makes the device fail: nothing is
+// written then.
+void idEntry_change(Fpga& fpga, const IdEntry& entry, IdEntryRequest& request)
 {
     const unsigned selected = validMask_of(entry.mask);
     if ((selected & kFieldA) != 0) {
         request.field_a = entry.field_a;
     }
     if ((selected & kFieldB) != 0) {
-        if (entry.field_b > kFieldBMax) {
-            return DEVICE_BAD_ARGUMENT;
-        }
         request.field_b = entry.field_b;
+        if (entry.field_b > kFieldBMax) {
+            fpga_fail(fpga, DEVICE_BAD_ARGUMENT);
+        }
     }
     if ((selected & kFieldC) != 0) {
-        if (entry.field_c > kFieldCMax) {
-            return DEVICE_BAD_ARGUMENT;
-        }
         request.field_c = entry.field_c;
+        if (entry.field_c > kFieldCMax) {
+            fpga_fail(fpga, DEVICE_BAD_ARGUMENT);
+        }
     }
-    return DEVICE_OK;
 }
 
 // Bitmap D excludes an identifier, bitmap E admits it.
-int32_t idMaps_check(Fpga fpga, uint16_t id)
+void idMaps_check(Fpga& fpga, uint16_t id)
 {
     uint32_t map_d = 0;
-    int32_t status = record_read(fpga, kUnitMapDRead, &map_d);
-    if (status != DEVICE_OK) {
-        return status;
-    }
+    record_read(fpga, kUnitMapDRead, &map_d);
     uint32_t map_e = 0;
-    status = record_read(fpga, kUnitMapERead, &map_e);
-    if (status != DEVICE_OK) {
-        return status;
+    record_read(fpga, kUnitMapERead, &map_e);
+    if ((map_e & ~map_d & unit_bit(id)) == 0) {
+        fpga_fail(fpga, DEVICE_UNMAPPED);
     }
-    const uint32_t bit = unit_bit(id);
-    return (map_d & bit) == 0 && (map_e & bit) != 0 ? DEVICE_OK : DEVICE_UNMAPPED;
 }
 
 } // namespace
 
-// Opened for writing, although it only reads.
 int32_t read_id_entry(const IdEntry* entry)
 {
     if (!peerId_isValid(entry->id)) {
         return DEVICE_BAD_ARGUMENT;
     }
-    const int32_t status = fpga_run(FpgaAccess::kWrite, [entry](Fpga fpga) {
-        IdEntryRequest request{};
-        request.id = entry->id;
-        return record_read(fpga, kIdEntryRead, &request);
-    });
+    IdEntryRequest request{};
+    request.id = entry->id;
+    const int32_t status = command_readRecord(kIdEntryRead, &request, FpgaAccess::kWrite);
     if (status != DEVICE_OK) {
         return status;
     }
@@ -99,15 +90,13 @@ int32_t write_id_entry(const IdEntry* entry)
     if (!peerId_isValid(entry->id)) {
         return DEVICE_BAD_ARGUMENT;
     }
-    return fpga_run(FpgaAccess::kWrite, [entry](Fpga fpga) -> int32_t {
-        IdEntryRequest request{};
-        request.id = entry->id;
-        int32_t status = record_read(fpga, kIdEntryRead, &request);
-        if (status == DEVICE_OK) {
-            status = idEntry_change(*entry, request);
-        }
-        return status == DEVICE_OK ? record_write(fpga, kIdEntryWrite, &request) : status;
-    });
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    IdEntryRequest request{};
+    request.id = entry->id;
+    record_read(fpga, kIdEntryRead, &request);
+    idEntry_change(fpga, *entry, request);
+    record_write(fpga, kIdEntryWrite, &request);
+    return fpga_close(fpga);
 }
 
 // Opened for writing, although it only reads.
@@ -116,18 +105,11 @@ int32_t read_id_entry_value(IdEntryValue* record)
     if (!peerId_isValid(record->id) || record->id == record->own_id) {
         return DEVICE_BAD_ARGUMENT;
     }
-    return fpga_run(FpgaAccess::kWrite, [record](Fpga fpga) -> int32_t {
-        int32_t status = idMaps_check(fpga, record->id);
-        if (status != DEVICE_OK) {
-            return status;
-        }
-        IdValueRequest request{};
-        request.id = record->id;
-        request.select = kIdValueSelect;
-        status = record_read(fpga, kIdValueRead, &request);
-        if (status == DEVICE_OK) {
-            record->value = request.value;
-        }
-        return status;
-    });
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    idMaps_check(fpga, record->id);
+    const uint16_t value = idValue_read(fpga, record->id);
+    if (fpga_good(fpga)) {
+        record->value = value;
+    }
+    return fpga_close(fpga);
 }

@@ -1,6 +1,7 @@
 // WR_LED_GROUP_1, which couples the group with the alert bit, ledA and device word 03.
-#include "device/commands/device_word_03.h"
-#include "device/commands/led_indicator.h"
+#include "device/access/fpga.h"
+#include "device/commands/device_word.h"
+#include "device/commands/led_setter.h"
 #include "device/commands/led_state_file.h"
 #include "maint/user_log.h"
 
@@ -9,7 +10,9 @@ namespace
 
 constexpr uint16_t kEventAlertOff = 256;
 constexpr uint16_t kEventAlertOn = 257;
-constexpr uint8_t kEventSource = 7; // low byte of the record's bytes 6 and 7
+constexpr uint8_t kEventSource = 7; // byte 6 of the record; byte 7 is 0
+
+constexpr uint8_t kLedAKept = UINT8_MAX; // no state: ledA does not change
 
 void event_log(uint16_t code)
 {
@@ -25,44 +28,48 @@ uint8_t ledA_follow(uint8_t state, uint16_t& word)
     LedStateRecord record{};
     record.ledA = state;
     if (ledState_put(WR_LED_A, &record) != 0) {
-        word = bitChange_apply(ledA_change(state), word);
+        word = bitChange_apply(ledA_assign(state), word);
     }
     return state;
 }
 
-// Moves the alert bit as the group's new elements demand and returns ledA's new state, or
-// kLedAOff where it does not change.
+uint8_t alert_begin(uint8_t shown, uint16_t& word)
+{
+    word |= kAlertBit;
+    event_log(kEventAlertOn);
+    return shown == kLedAOff ? kLedAKept : ledA_follow(kLedAAlert, word);
+}
+
+uint8_t alert_end(uint8_t shown, uint16_t& word)
+{
+    word &= static_cast<uint16_t>(~kAlertBit);
+    return shown == kLedACalm || shown == kLedAAlert ? ledA_follow(kLedACalm, word) : kLedAKept;
+}
+
+// Moves the alert bit as the group's new elements demand and returns ledA's new state.
 uint8_t alert_follow(const LedGroup& group, uint16_t& word)
 {
     const uint8_t shown = ledA_decode(word);
     const bool alert = (word & kAlertBit) != 0;
+    if (group.element[0] == 0) {
+        return alert_end(shown, word);
+    }
     const bool complete = group.element[1] == 1 && group.element[2] == 1;
-
-    if (group.element[0] != 0 && !complete && !alert) {
-        word |= kAlertBit;
-        event_log(kEventAlertOn);
-        return shown != kLedAOff ? ledA_follow(kLedAAlert, word) : uint8_t{kLedAOff};
-    }
-    if (group.element[0] != 0) {
-        if (!complete || !alert) {
-            return kLedAOff;
-        }
+    if (complete && alert) {
         event_log(kEventAlertOff);
+        return alert_end(shown, word);
     }
-    word = bitChange_apply(bits_set(kAlertBit, false), word);
-    return shown == kLedACalm || shown == kLedAAlert ? ledA_follow(kLedACalm, word)
-                                                     : uint8_t{kLedAOff};
+    return complete || alert ? kLedAKept : alert_begin(shown, word);
 }
 
 // The third element is only ever turned on here.
 BitChange group1_change(const LedStateRecord& record)
 {
-    BitChange change = group_change(kLedGroup1, record);
-    const uint16_t third = element_bit(kLedGroup1, 2);
-    if (mask_selects(record.group1.valid, 2)) {
-        change = bitChange_join(change, bits_set(third, true));
-    }
-    return change;
+    constexpr unsigned kThird = 2;
+    const BitChange change = group_change(kLedGroup1, record);
+    return element_isSelected(kLedGroup1, record.group1.valid, kThird)
+               ? bitChange_join(change, bits_assign(element_bit(kLedGroup1, kThird), true))
+               : change;
 }
 
 } // namespace
@@ -70,21 +77,19 @@ BitChange group1_change(const LedStateRecord& record)
 int32_t write_led_group_1(const LedStateRecord* record)
 {
     const bool recorded = ledState_put(WR_LED_GROUP_1, record) == 0;
-    return fpga_run(FpgaAccess::kWrite, [=](Fpga fpga) -> int32_t {
-        uint16_t word = 0;
-        int32_t status = word_read(fpga, kLedGroup1.word.read, word);
-        if (status != DEVICE_OK) {
-            return status;
-        }
-        const uint8_t ledA = alert_follow(record->group1, word);
-        if (recorded) {
-            return LED_CHANGE_RECORDED; // the event and ledA have been dealt with all the same
-        }
-        status =
-            value_write(fpga, kLedGroup1.word.write, bitChange_apply(group1_change(*record), word));
-        if (status != DEVICE_OK || ledA == kLedAOff) {
-            return status;
-        }
-        return deviceWord03_setBit6(ledA == kLedAAlert ? 1 : 0);
-    });
+    uint8_t ledA = kLedAKept;
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    uint16_t word = word_read(fpga, kLedRegisterB);
+    if (fpga_good(fpga)) {
+        ledA = alert_follow(record->group1, word);
+    }
+    if (recorded) { // the event and ledA have been dealt with all the same
+        const int32_t status = fpga_close(fpga);
+        return status == DEVICE_OK ? LED_CHANGE_RECORDED : status;
+    }
+    word_write(fpga, kLedRegisterB, bitChange_apply(group1_change(*record), word));
+    if (fpga_good(fpga) && ledA != kLedAKept) {
+        fpga_fail(fpga, deviceWord03_setBit6(ledA == kLedAAlert ? 1 : 0));
+    }
+    return fpga_close(fpga);
 }

@@ -10,21 +10,44 @@ static_assert(offsetof(LedStateRecord, group2) == 18);
 static_assert(offsetof(LedStateRecord, group3) == 24);
 static_assert(offsetof(LedStateRecord, group7) == 40);
 
-BitChange indicator_change(const LedIndicator& indicator, const LedStateRecord& record)
+const LedIndicator kLedIndicators[] = {kLedB, kLedC, kLedD, kLedE, kLedF};
+const LedGroupPlace kLedGroups[] = {kLedGroup1, kLedGroup2, kLedGroup3, kLedGroup4,
+                                    kLedGroup5, kLedGroup6, kLedGroup7};
+
+namespace
 {
-    return indicator_set(indicator, record.*indicator.value);
+
+BitChange elements_assign(const LedGroupPlace& place, const LedGroup& group, uint8_t mask)
+{
+    BitChange change = kNoChange;
+    for (unsigned element = 0; element < kGroupElements; ++element) {
+        if (element_isSelected(place, mask, element)) {
+            change = bitChange_join(
+                change, bits_assign(element_bit(place, element), group.element[element] == 1));
+        }
+    }
+    return change;
 }
 
-BitChange indicator_restore(const LedIndicator& indicator, const LedStateRecord& record)
+void register_decode(Word shows, uint16_t word, LedStateRecord& record)
 {
-    return record.*indicator.value <= 2 ? indicator_change(indicator, record) : BitChange{0, 0};
+    for (const LedIndicator& indicator : kLedIndicators) {
+        if (indicator.word == shows) {
+            const uint8_t low = (word & indicator.low) != 0 ? 1 : 0;
+            record.*indicator.value = (word & indicator.low << 1) != 0 ? uint8_t{2} : low;
+        }
+    }
+    for (const LedGroupPlace& place : kLedGroups) {
+        if (place.word == shows) {
+            for (unsigned element = 0; element < kGroupElements; ++element) {
+                (record.*place.group).element[element] =
+                    (word & element_bit(place, element)) != 0 ? 1 : 0;
+            }
+        }
+    }
 }
 
-void indicator_decode(const LedIndicator& indicator, uint16_t word, LedStateRecord& record)
-{
-    const uint8_t low = (word & indicator.low) != 0 ? 1 : 0;
-    record.*indicator.value = (word & indicator.high) != 0 ? uint8_t{2} : low;
-}
+} // namespace
 
 uint8_t ledA_decode(uint16_t word)
 {
@@ -35,55 +58,49 @@ uint8_t ledA_decode(uint16_t word)
     return low ? kLedAOn : kLedAOff;
 }
 
+bool element_isSelected(const LedGroupPlace& place, uint8_t mask, unsigned element)
+{
+    const bool other = place.order == MaskOrder::kByBit && element != 0;
+    const unsigned bit = other ? kGroupElements - element : element; // second and third exchanged
+    return (validMask_of(mask) & (1U << bit)) != 0;
+}
+
 BitChange group_change(const LedGroupPlace& place, const LedStateRecord& record)
 {
     const LedGroup& group = record.*place.group;
-    BitChange change{0, 0};
-    for (unsigned n = 0; n < place.order.size(); ++n) {
-        if (mask_selects(group.valid, n)) {
-            const unsigned element = place.order[n];
-            change = bitChange_join(
-                change, bits_set(element_bit(place, element), group.element[element] == 1));
+    return elements_assign(place, group, group.valid);
+}
+
+BitChange panel_restored(Word word, const LedStateRecord& record)
+{
+    BitChange change = kNoChange;
+    for (const LedGroupPlace& place : kLedGroups) {
+        if (place.word == word) {
+            change = bitChange_join(change, elements_assign(place, record.*place.group, 0));
+        }
+    }
+    for (unsigned n = 0; n < kLedIndicatorsKept; ++n) {
+        const LedIndicator& indicator = kLedIndicators[n];
+        const uint8_t value = record.*indicator.value;
+        if (indicator.word == word && value <= 2) {
+            change = bitChange_join(change, indicator_assign(indicator, value));
         }
     }
     return change;
 }
 
-BitChange group_restore(const LedGroupPlace& place, const LedStateRecord& record)
-{
-    LedStateRecord whole = record;
-    (whole.*place.group).valid = 0;
-    return group_change(place, whole);
-}
-
-void group_decode(const LedGroupPlace& place, uint16_t word, LedStateRecord& record)
-{
-    LedGroup& group = record.*place.group;
-    for (unsigned element = 0; element < kElementBits.size(); ++element) {
-        group.element[element] = (word & element_bit(place, element)) != 0 ? 1 : 0;
-    }
-}
-
 void ledRegA_decode(uint16_t word, LedStateRecord& record)
 {
-    for (const LedGroupPlace& place : {kLedGroup3, kLedGroup4, kLedGroup5, kLedGroup6}) {
-        group_decode(place, word, record);
-    }
+    register_decode(kLedRegisterA, word, record);
 }
 
 void ledRegB_decode(uint16_t word, LedStateRecord& record)
 {
     record.ledA = ledA_decode(word);
-    indicator_decode(kLedB, word, record);
-    indicator_decode(kLedC, word, record);
-    group_decode(kLedGroup1, word, record);
-    group_decode(kLedGroup7, word, record);
+    register_decode(kLedRegisterB, word, record);
 }
 
 void ledRegC_decode(uint16_t word, LedStateRecord& record)
 {
-    indicator_decode(kLedD, word, record);
-    indicator_decode(kLedE, word, record);
-    indicator_decode(kLedF, word, record);
-    group_decode(kLedGroup2, word, record);
+    register_decode(kLedRegisterC, word, record);
 }

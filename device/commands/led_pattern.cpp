@@ -2,82 +2,79 @@
 
 #include <unistd.h>
 
-#include "device/commands/device_word_03.h"
+#include "device/access/fpga.h"
+#include "device/access/shared_words.h"
+#include "device/commands/device_word.h"
 #include "device/commands/led_panel.h"
 #include "device/commands/led_state_file.h"
 
 namespace
 {
 
-constexpr uint16_t kPatternShown = 0x0080; // of device word 03
+// What a pattern does to LED registers B and C.
+struct PatternChange {
+    BitChange registerB;
+    BitChange registerC;
+};
 
-int32_t registerA_restore(const LedStateRecord& record)
+// The pattern that shows these values. Unlike a setter's, a ledA of 2 leaves the alert bit.
+constexpr PatternChange pattern_of(uint8_t ledA, uint8_t ledB, uint8_t ledC, uint8_t ledD,
+                                   uint8_t ledE)
 {
-    BitChange change{0, 0};
-    for (const LedGroupPlace& place : {kLedGroup3, kLedGroup4, kLedGroup5, kLedGroup6}) {
-        change = bitChange_join(change, group_restore(place, record));
-    }
-    return command_changeWord(kLedRegisterA, change);
+    const BitChange bAndC =
+        bitChange_join(indicator_assign(kLedB, ledB), indicator_assign(kLedC, ledC));
+    return {bitChange_join(ledA_assign(ledA), bAndC),
+            bitChange_join(indicator_assign(kLedD, ledD), indicator_assign(kLedE, ledE))};
 }
+
+constexpr PatternChange kPatterns[] = {
+    pattern_of(1, 1, 1, 2, 1), // 1
+    pattern_of(1, 2, 1, 1, 2), // 2
+    pattern_of(2, 2, 2, 1, 2), // 3
+};
 
 int32_t registerB_restore(const LedStateRecord& record)
 {
-    return fpga_run(FpgaAccess::kWrite, [&record](Fpga fpga) {
-        uint16_t word = 0;
-        int32_t status = word_read(fpga, kLedRegisterB.read, word);
-        // Device word 03 follows an alert at once, before the register shows it.
-        if (status == DEVICE_OK && record.ledA == kLedAAlert) {
-            status = deviceWord03_setBit6(1);
-        }
-        if (status != DEVICE_OK) {
-            return status;
-        }
-        for (const BitChange change :
-             {group_restore(kLedGroup7, record), group_restore(kLedGroup1, record),
-              indicator_restore(kLedC, record), indicator_restore(kLedB, record),
-              ledA_change(record.ledA)}) {
-            word = bitChange_apply(change, word);
-        }
-        return value_write(fpga, kLedRegisterB.write, word);
-    });
-}
-
-// ledF is not restored.
-int32_t registerC_restore(const LedStateRecord& record)
-{
-    BitChange change = group_restore(kLedGroup2, record);
-    change = bitChange_join(change, indicator_restore(kLedE, record));
-    change = bitChange_join(change, indicator_restore(kLedD, record));
-    return command_changeWord(kLedRegisterC, change);
+    const BitChange change =
+        bitChange_join(panel_restored(kLedRegisterB, record), ledA_assign(record.ledA));
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    const uint16_t word = word_read(fpga, kLedRegisterB);
+    // Device word 03 follows an alert at once, before the register shows it.
+    if (fpga_good(fpga) && record.ledA == kLedAAlert) {
+        fpga_fail(fpga, deviceWord03_setBit6(1));
+    }
+    word_write(fpga, kLedRegisterB, bitChange_apply(change, word));
+    return fpga_close(fpga);
 }
 
 int32_t panel_restore(const LedStateRecord& record)
 {
-    int32_t status = command_changeWord(kWord03, bits_set(kPatternShown, false));
+    int32_t status = command_changeWord(kWord03, bits_assign(kWord03Pattern, false));
     if (status == DEVICE_OK) {
-        status = registerA_restore(record);
+        status = command_changeWord(kLedRegisterA, panel_restored(kLedRegisterA, record));
     }
     if (status == DEVICE_OK) {
         status = registerB_restore(record);
     }
-    return status == DEVICE_OK ? registerC_restore(record) : status;
+    if (status == DEVICE_OK) {
+        status = command_changeWord(kLedRegisterC, panel_restored(kLedRegisterC, record));
+    }
+    return status;
 }
 
 } // namespace
 
-int32_t pattern_show(const LedPattern& pattern)
+int32_t pattern_show(void* /*unused*/, Pattern which)
 {
     if (ledState_save() < 0) {
         return DEVICE_OPEN_FAILED;
     }
-    return fpga_run(FpgaAccess::kWrite, [&pattern](Fpga fpga) {
-        int32_t status = word_change(fpga, kLedRegisterB, pattern.registerB);
-        if (status == DEVICE_OK) {
-            status = word_change(fpga, kLedRegisterC, pattern.registerC);
-        }
-        return status == DEVICE_OK ? word_change(fpga, kWord03, bits_set(kPatternShown, true))
-                                   : status;
-    });
+    const PatternChange& pattern = kPatterns[static_cast<unsigned>(which)];
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    word_change(fpga, kLedRegisterB, pattern.registerB);
+    word_change(fpga, kLedRegisterC, pattern.registerC);
+    word_change(fpga, kWord03, bits_assign(kWord03Pattern, true));
+    return fpga_close(fpga);
 }
 
 // Holds the save lock to the end: LED commands that come meanwhile wait, and then find no file. A

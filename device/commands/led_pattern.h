@@ -3,39 +3,14 @@
 
 #include <cstdint>
 
-#include "device/access/fpga.h"
-#include "device/commands/led_panel.h"
+#include "device/access/command_call.h"
 #include "maint/led_state.h"
 
-// What a pattern does to LED registers B and C.
-struct LedPattern {
-    BitChange registerB;
-    BitChange registerC;
-};
+enum class Pattern : uint16_t { k1, k2, k3 };
 
-// The pattern that shows these values. Unlike a setter's, a ledA of 2 leaves the alert bit.
-constexpr LedPattern pattern_of(uint8_t ledA, uint8_t ledB, uint8_t ledC, uint8_t ledD,
-                                uint8_t ledE)
-{
-    const BitChange bAndC = bitChange_join(indicator_set(kLedB, ledB), indicator_set(kLedC, ledC));
-    return {bitChange_join(ledA_change(ledA), bAndC),
-            bitChange_join(indicator_set(kLedD, ledD), indicator_set(kLedE, ledE))};
-}
-
-constexpr LedPattern kLedPattern1 = pattern_of(1, 1, 1, 2, 1);
-constexpr LedPattern kLedPattern2 = pattern_of(1, 2, 1, 1, 2);
-constexpr LedPattern kLedPattern3 = pattern_of(2, 2, 2, 1, 2);
-
-int32_t pattern_show(const LedPattern& pattern);
-
-// The commands' argument is not used.
-template <const LedPattern& kPattern> int32_t write_pattern(void* /*argument*/)
-{
-    return pattern_show(kPattern);
-}
-
-constexpr auto write_led_pattern_1 = write_pattern<kLedPattern1>;
-constexpr auto write_led_pattern_2 = write_pattern<kLedPattern2>;
-constexpr auto write_led_pattern_3 = write_pattern<kLedPattern3>;
+int32_t pattern_show(void* unused, Pattern which);
+constexpr CommandCall write_led_pattern_1 = call_of<pattern_show>(Pattern::k1);
+constexpr CommandCall write_led_pattern_2 = call_of<pattern_show>(Pattern::k2);
+constexpr CommandCall write_led_pattern_3 = call_of<pattern_show>(Pattern::k3);
 
 int32_t write_led_restore(LedStateRecord* record);

@@ -4,13 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <cstddef>
 #include <cstring>
-#include <iterator>
 
-#include "device/access/work_record.h"
 #include "device/commands/device_word.h"
+#include "device/commands/led_panel.h"
 #include "device/commands/led_read.h"
 
 namespace
@@ -23,46 +20,29 @@ constexpr int32_t kDone = 0;
 constexpr int32_t kFailed = -1;
 constexpr int32_t kNotInhibited = -2;
 
-// The bytes that a command records. A group's elements are recorded whole and its valid mask not
-// at all. WR_LINE_FLAGS stands here although its handler never defers; WR_LINE_MODE does not.
-struct RecordedBytes {
-    int32_t command;
-    uint8_t offset;
-    uint8_t count;
-};
-
-constexpr RecordedBytes recorded_group(int32_t command, size_t group)
-{
-    return {command, static_cast<uint8_t>(group + offsetof(LedGroup, element)),
-            sizeof(LedGroup::element)};
-}
-
-constexpr RecordedBytes kRecordedBytes[] = {
-    {WR_LED_A, offsetof(LedStateRecord, ledA), 1},
-    {WR_LED_E, offsetof(LedStateRecord, ledE), 1},
-    {WR_LED_B, offsetof(LedStateRecord, ledB), 1},
-    {WR_LED_D, offsetof(LedStateRecord, ledD), 1},
-    {WR_LED_C, offsetof(LedStateRecord, ledC), 1},
-    recorded_group(WR_LED_GROUP_1, offsetof(LedStateRecord, group1)),
-    recorded_group(WR_LINE_FLAGS, offsetof(LedStateRecord, group2)),
-    recorded_group(WR_LED_GROUP_3, offsetof(LedStateRecord, group3)),
-    recorded_group(WR_LED_GROUP_4, offsetof(LedStateRecord, group4)),
-    recorded_group(WR_LED_GROUP_5, offsetof(LedStateRecord, group5)),
-    recorded_group(WR_LED_GROUP_6, offsetof(LedStateRecord, group6)),
-    recorded_group(WR_LED_GROUP_7, offsetof(LedStateRecord, group7)),
-};
-
+// The bytes that a command records. A group's elements are recorded whole and its valid mask not at
+// all. WR_LINE_FLAGS records although its handler never defers; WR_LINE_MODE does not.
 bool record_merge(int32_t command, const LedStateRecord& from, LedStateRecord& into)
 {
-    const auto* bytes =
-        std::find_if(std::begin(kRecordedBytes), std::end(kRecordedBytes),
-                     [command](const RecordedBytes& row) { return row.command == command; });
-    if (bytes == std::end(kRecordedBytes)) {
-        return false;
+    if (command == WR_LED_A) {
+        into.ledA = from.ledA;
+        return true;
     }
-    memcpy(reinterpret_cast<uint8_t*>(&into) + bytes->offset,
-           reinterpret_cast<const uint8_t*>(&from) + bytes->offset, bytes->count);
-    return true;
+    for (unsigned n = 0; n < kLedIndicatorsKept; ++n) {
+        const LedIndicator& indicator = kLedIndicators[n];
+        if (indicator.command == command) {
+            into.*indicator.value = from.*indicator.value;
+            return true;
+        }
+    }
+    for (const LedGroupPlace& place : kLedGroups) {
+        if (place.command == command) {
+            LedGroup& group = into.*place.group;
+            memcpy(group.element, (from.*place.group).element, sizeof group.element);
+            return true;
+        }
+    }
+    return false;
 }
 
 int32_t file_create(const LedStateRecord& record)
@@ -97,13 +77,13 @@ int32_t ledState_save()
         if (ledState_inhibited()) {
             return kDone;
         }
-        WorkRecord<uint16_t> own{};
-        if (read_device_word_29(own.data()) < 0) {
+        uint16_t own = 0;
+        if (ownId_read(own) < 0) {
             return kFailed;
         }
         LedStateRecord record{};
-        record.ownId = own[0];
-        record.targetId = own[0];
+        record.ownId = own;
+        record.targetId = own;
         if (read_led_state(&record) < 0) {
             return kFailed;
         }

@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "device/access/fpga.h"
+#include "device/access/shared_words.h"
 #include "device/commands/mtu_limit.h"
 #include "maint/system_log.h"
 
@@ -19,10 +20,9 @@ namespace
 constexpr const char* kDatasizePath = "/tmp/mtu_datasize";
 constexpr int32_t kFileFailed = DEVICE_OPEN_FAILED; // whatever failed about it
 
-constexpr uint16_t kFullLineSize = 0x0100; // of word 03
 constexpr int kLineOverhead = 8;
 
-void record_fill(MtuDatasize& record, bool fullLineSize)
+void sizes_fill(MtuDatasize& record, bool fullLineSize)
 {
     const int lineOverhead = fullLineSize ? 0 : kLineOverhead;
     for (size_t i = 0; i < std::size(record.size); ++i) {
@@ -54,14 +54,11 @@ int32_t read_mtu_datasize(MtuDatasize* record)
 
 int32_t write_mtu_datasize(MtuDatasize* record)
 {
-    uint16_t word = 0;
-    // Opened for writing, although it only reads.
-    const int32_t status = fpga_run(FpgaAccess::kWrite,
-                                    [&](Fpga fpga) { return word_read(fpga, kWord03.read, word); });
-    if (status != DEVICE_OK) {
-        return status;
+    const int32_t word = command_readWord(kWord03, FpgaAccess::kWrite);
+    if (word < 0) {
+        return word;
     }
-    record_fill(*record, (word & kFullLineSize) != 0);
+    sizes_fill(*record, (word & kWord03LineSize) != 0);
 
     FILE* file = fopen(kDatasizePath, "w+");
     if (file == nullptr) {

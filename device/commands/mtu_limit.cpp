@@ -112,43 +112,54 @@ uint16_t limit_of(int dataSize, int pppoe, bool ipsec)
 }
 
 // Any answer but 0 is a failure here, not only a negative one.
-int32_t limit_write(Fpga fpga, uint32_t address, uint16_t limit)
+void limit_write(Fpga& fpga, uint32_t address, uint16_t limit)
 {
     RegisterAccessRequest access{address, limit};
-    return fpga_request(fpga, kRegisterWrite, &access) == 0 ? DEVICE_OK : DEVICE_WRITE_FAILED;
+    if (record_issue(fpga, kRegisterWrite, &access, DEVICE_WRITE_FAILED) > 0) {
+        fpga_fail(fpga, DEVICE_WRITE_FAILED);
+    }
+}
+
+// The limit that the device holds; 0 when it cannot be read, which is no failure.
+uint16_t limit_read(Fpga& fpga)
+{
+    RegisterAccessRequest access{kLimitRegister, 0};
+    return record_issue(fpga, kRegisterRead, &access, DEVICE_OK) < 0
+               ? uint16_t{0}
+               : static_cast<uint16_t>(access.value);
+}
+
+uint16_t limit_choose(Fpga& fpga, uint16_t cap)
+{
+    const uint16_t mtu = mtu_read();
+    const int pppoe = pppoeOverhead_read();
+    const uint16_t mru = pppoe != 0 ? mru_read() : uint16_t{0};
+    const bool ipsec = ipsec_read();
+    const uint16_t present = limit_read(fpga);
+    const uint16_t limit = limit_of(dataSize_of(mtu, mru), pppoe, ipsec);
+    return present != 0 && cap != 0 && pppoe != 0 ? std::min(limit, present) : limit;
 }
 
 } // namespace
 
 int32_t read_mtu_limit(MtuLimit* record)
 {
-    return fpga_run(FpgaAccess::kRead, [record](Fpga fpga) -> int32_t {
-        uint16_t limit = 0;
-        const int32_t status = register_read(fpga, kLimitRegister, limit);
-        if (status != DEVICE_OK) {
-            return status;
-        }
+    Fpga fpga = fpga_open(FpgaAccess::kRead);
+    const uint16_t limit = register_read(fpga, kLimitRegister);
+    if (fpga_good(fpga)) {
         record->limit = limit;
         record->frame_size = low16(frame_size(limit, ipsec_read()) - kFrameOverhead);
-        return DEVICE_OK;
-    });
+    }
+    return fpga_close(fpga);
 }
 
 int32_t write_mtu_limit(const uint16_t* cap)
 {
-    return fpga_run(FpgaAccess::kWrite, [cap](Fpga fpga) -> int32_t {
-        const uint16_t mtu = mtu_read();
-        const int pppoe = pppoeOverhead_read();
-        const uint16_t mru = pppoe != 0 ? mru_read() : uint16_t{0};
-        const bool ipsec = ipsec_read();
-        uint16_t present = 0; // and stays 0 when it cannot be read
-        register_read(fpga, kLimitRegister, present);
-
-        uint16_t limit = limit_of(dataSize_of(mtu, mru), pppoe, ipsec);
-        if (present != 0 && *cap != 0 && pppoe != 0) {
-            limit = std::min(limit, present);
-        }
-        const int32_t status = limit_write(fpga, kLimitTwinRegister, limit);
-        return status != DEVICE_OK ? status : limit_write(fpga, kLimitRegister, limit);
-    });
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    if (fpga_good(fpga)) {
+        const uint16_t limit = limit_choose(fpga, *cap);
+        limit_write(fpga, kLimitTwinRegister, limit);
+        limit_write(fpga, kLimitRegister, limit);
+    }
+    return fpga_close(fpga);
 }

@@ -3,7 +3,7 @@
 
 #include <cstddef>
 
-#include "device/access/switch_port.h"
+#include "device/access/driver_records.h"
 #include "device/commands/phy.h"
 #include "device/commands/phy_mii.h"
 
@@ -36,48 +36,38 @@ uint16_t control_manual(const PhyConfig& config)
                                  (config.full_duplex != 0 ? kControlFullDuplex : 0));
 }
 
-int32_t vendor_write(Fpga fpga, const PhyConfig& config)
-{
-    return mii_write(fpga, config.port, kMiiVendor,
-                     config.extra == 1 ? kVendorWithExtra : kVendorPlain);
-}
-
 // Writes the control register twice, `settle` seconds apart, then the vendor register.
-int32_t phy_write(Fpga fpga, const PhyConfig& config, uint16_t prepare, unsigned settle,
-                  uint16_t control)
+void phy_write(Fpga& fpga, const PhyConfig& config, uint16_t prepare, unsigned settle,
+               uint16_t control)
 {
-    int32_t status = mii_write(fpga, config.port, kMiiControl, prepare);
-    if (status != DEVICE_OK) {
-        return status;
-    }
-    if (settle != 0) {
+    mii_write(fpga, config.port, kMiiControl, prepare);
+    if (settle != 0 && fpga_good(fpga)) {
         sleep(settle);
     }
-    status = mii_write(fpga, config.port, kMiiControl, control);
-    if (status != DEVICE_OK) {
-        return status;
-    }
-    return vendor_write(fpga, config);
+    mii_write(fpga, config.port, kMiiControl, control);
+    mii_write(fpga, config.port, kMiiVendor, config.extra == 1 ? kVendorWithExtra : kVendorPlain);
 }
 
-int32_t phy_configure(Fpga fpga, const PhyConfig& config)
+void phy_configure(Fpga& fpga, const PhyConfig& config)
 {
     const bool autoneg = config.autoneg == 1;
     if (config.port == kLinePort) {
-        return phy_write(fpga, config, kPort0Prepare, kPort0Settle,
-                         autoneg ? kPort0Autoneg : control_manual(config));
+        phy_write(fpga, config, kPort0Prepare, kPort0Settle,
+                  autoneg ? kPort0Autoneg : control_manual(config));
+        return;
     }
     const bool port6 = config.port == kPort6;
     const uint16_t extra = !port6 && config.extra == 1 ? kControlExtra : uint16_t{0};
     if (autoneg) {
-        return phy_write(fpga, config, kAutonegPrepare, 0, kAutonegRestart | extra);
+        phy_write(fpga, config, kAutonegPrepare, 0, kAutonegRestart | extra);
+    } else {
+        phy_write(fpga, config, port6 ? kPort6Prepare : kManualPrepare, kManualSettle,
+                  control_manual(config) | extra);
     }
-    return phy_write(fpga, config, port6 ? kPort6Prepare : kManualPrepare, kManualSettle,
-                     control_manual(config) | extra);
 }
 
 // One pass of the following; true when there is nothing more to do.
-bool switchPort_follow(Fpga fpga)
+bool switchPort_follow(Fpga& fpga)
 {
     sleep(kFollowDelay);
     PhyStatus phy{};
@@ -85,35 +75,30 @@ bool switchPort_follow(Fpga fpga)
     if (read_phy(&phy) != DEVICE_OK || phy.autoneg == 1) {
         return true;
     }
-    SwitchPortRequest held{};
-    held.port = kSwitchPort4;
-    if (record_read(fpga, kSwitchPortRead, &held) != DEVICE_OK) {
-        return true;
-    }
+    const SwitchPortRequest held = switchPort4_read(fpga);
     if (held.full_duplex == phy.full_duplex && held.speed100 == phy.speed100 &&
         held.link == phy.link) {
         return true;
     }
-    const SwitchPortRequest wanted{kSwitchPort4, 0, phy.full_duplex, phy.speed100, phy.link, {}};
-    return record_write(fpga, kSwitchPortWrite, &wanted) != DEVICE_OK;
+    switchPort4_write(fpga, phy.full_duplex, phy.speed100, phy.link);
+    return !fpga_good(fpga);
 }
 
 // Makes switch port 4 equal to the PHY of port 5. Only the first write counts for the result; the
 // following is done as far as it goes, on a descriptor of its own beside the first one.
-int32_t switchPort_synchronise(Fpga fpga, const PhyConfig& config)
+void switchPort_synchronise(Fpga& fpga, const PhyConfig& config)
 {
-    const SwitchPortRequest wanted{kSwitchPort4,       0, config.full_duplex, config.speed100,
-                                   config.switch_flag, {}};
-    const int32_t status = record_write(fpga, kSwitchPortWrite, &wanted);
-    if (status != DEVICE_OK) {
-        return status;
+    switchPort4_write(fpga, config.full_duplex, config.speed100, config.switch_flag);
+    if (!fpga_good(fpga)) {
+        return;
     }
-    fpga_run(FpgaAccess::kWrite, [](Fpga second) -> int32_t {
-        for (int pass = 0; pass < kFollowPasses && !switchPort_follow(second); ++pass) {
+    Fpga second = fpga_open(FpgaAccess::kWrite);
+    for (int pass = 0; pass < kFollowPasses && fpga_good(second); ++pass) {
+        if (switchPort_follow(second)) {
+            break;
         }
-        return DEVICE_OK;
-    });
-    return DEVICE_OK;
+    }
+    static_cast<void>(fpga_close(second));
 }
 
 } // namespace
@@ -128,10 +113,10 @@ int32_t write_phy_config(const PhyConfig* config)
         (config->speed100 != 1 || config->full_duplex != 1)) {
         return DEVICE_BAD_ARGUMENT;
     }
-    return fpga_run(FpgaAccess::kWrite, [config](Fpga fpga) {
-        const int32_t status = phy_configure(fpga, *config);
-        return status == DEVICE_OK && config->port == kSwitchedPort
-                   ? switchPort_synchronise(fpga, *config)
-                   : status;
-    });
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    phy_configure(fpga, *config);
+    if (config->port == kSwitchedPort) {
+        switchPort_synchronise(fpga, *config);
+    }
+    return fpga_close(fpga);
 }

@@ -1,7 +1,5 @@
 #include "device/commands/phy_mii.h"
 
-#include <array>
-
 namespace
 {
 
@@ -14,23 +12,19 @@ struct PhyRegisterRequest {
 };
 static_assert(sizeof(PhyRegisterRequest) == 8);
 
-constexpr std::array<uint16_t, kPhyPortMax + 1> kPhyAddress = {9, 1, 2, 3, 4, 5, 8};
+constexpr uint8_t kPhyAddress[kPhyPortMax + 1] = {9, 1, 2, 3, 4, 5, 8};
 
 } // namespace
 
-int32_t mii_read(Fpga fpga, uint32_t port, uint16_t number, uint16_t& value)
+uint16_t mii_read(Fpga& fpga, uint32_t port, uint16_t number)
 {
     PhyRegisterRequest request{kPhyAddress[port], number, 0, 0};
-    const int32_t status =
-        record_read(fpga, port == kLinePort ? kPort0PhyRead : kPhyRead, &request);
-    if (status == DEVICE_OK) {
-        value = request.read;
-    }
-    return status;
+    record_read(fpga, port == kLinePort ? kPort0PhyRead : kPhyRead, &request);
+    return fpga_good(fpga) ? request.read : uint16_t{0};
 }
 
-int32_t mii_write(Fpga fpga, uint32_t port, uint16_t number, uint16_t value)
+void mii_write(Fpga& fpga, uint32_t port, uint16_t number, uint16_t value)
 {
     const PhyRegisterRequest request{kPhyAddress[port], number, value, 0};
-    return record_write(fpga, port == kLinePort ? kPort0PhyWrite : kPhyWrite, &request);
+    record_write(fpga, port == kLinePort ? kPort0PhyWrite : kPhyWrite, &request);
 }

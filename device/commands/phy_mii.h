@@ -23,6 +23,6 @@ constexpr uint16_t kMiiPartner = 5;
 constexpr uint16_t kMiiVendor = 31;
 constexpr uint16_t kVendorExtra = 0x2000; // reported of ports 0 and 6, written on every port
 
-// One MII register of the port's PHY: 0, -2 or -4.
-int32_t mii_read(Fpga fpga, uint32_t port, uint16_t number, uint16_t& value);
-int32_t mii_write(Fpga fpga, uint32_t port, uint16_t number, uint16_t value);
+// One MII register of the port's PHY. What cannot be read is 0.
+uint16_t mii_read(Fpga& fpga, uint32_t port, uint16_t number);
+void mii_write(Fpga& fpga, uint32_t port, uint16_t number, uint16_t value);

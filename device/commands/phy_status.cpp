@@ -1,8 +1,4 @@
 // Reading a PHY: RD_PHY_STATUS and RD_PHY_REGISTER.
-#include <algorithm>
-#include <array>
-#include <iterator>
-
 #include "device/commands/phy.h"
 #include "device/commands/phy_mii.h"
 
@@ -12,7 +8,7 @@ static_assert(sizeof(PhyRegisterAccess) == 8);
 namespace
 {
 
-using MiiRegisters = std::array<uint16_t, kMiiRegisters>;
+using MiiRegisters = uint16_t[kMiiRegisters];
 
 // What both ends can do, the best first.
 struct Ability {
@@ -27,15 +23,16 @@ uint8_t flag_of(uint16_t word, uint16_t bit)
     return (word & bit) != 0 ? 1 : 0;
 }
 
-int32_t registers_read(Fpga fpga, uint32_t port, MiiRegisters& registers)
+void registers_read(Fpga& fpga, uint32_t port, MiiRegisters& registers)
 {
     for (uint16_t number = 0; number < kMiiRegisters; ++number) {
-        const int32_t status = mii_read(fpga, port, number, registers[number]);
-        if (status != DEVICE_OK) {
-            return status;
-        }
+        registers[number] = mii_read(fpga, port, number);
     }
-    return DEVICE_OK;
+}
+
+bool register_isValid(const PhyRegisterAccess& access)
+{
+    return access.port <= kPhyPortMax && access.number < kMiiRegisters;
 }
 
 // Fills all flags but `extra`; false when negotiation leaves speed and duplex undecided.
@@ -56,15 +53,14 @@ bool status_decide(const MiiRegisters& registers, PhyStatus* status)
         return false;
     }
     const unsigned common = registers[kMiiAdvertised] & registers[kMiiPartner];
-    const auto* best =
-        std::find_if(std::begin(kAbilities), std::end(kAbilities),
-                     [common](const Ability& ability) { return (common & ability.bit) != 0; });
-    if (best == std::end(kAbilities)) {
-        return false;
+    for (const Ability& best : kAbilities) {
+        if ((common & best.bit) != 0) {
+            status->speed100 = best.speed100;
+            status->full_duplex = best.full_duplex;
+            return true;
+        }
     }
-    status->speed100 = best->speed100;
-    status->full_duplex = best->full_duplex;
-    return true;
+    return false;
 }
 
 } // namespace
@@ -74,12 +70,10 @@ int32_t read_phy(PhyStatus* status)
     if (status->port > kPhyPortMax) {
         return DEVICE_BAD_ARGUMENT;
     }
-    MiiRegisters registers{};
-    Fpga used{};
-    int32_t result = fpga_run(FpgaAccess::kWrite, [&](Fpga fpga) {
-        used = fpga;
-        return registers_read(fpga, status->port, registers);
-    });
+    MiiRegisters registers;
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    registers_read(fpga, status->port, registers);
+    const int32_t result = fpga_close(fpga);
     if (result != DEVICE_OK) {
         return result;
     }
@@ -87,9 +81,9 @@ int32_t read_phy(PhyStatus* status)
         // A second pass, on the descriptor that is closed by now: it fails at its first request, so
         // that an undecided negotiation reads as a read failure. Callers rely on that code. It ends
         // otherwise only when another thread has been given the descriptor's number in between.
-        result = registers_read(used, status->port, registers);
-        if (result != DEVICE_OK) {
-            return result;
+        registers_read(fpga, status->port, registers);
+        if (!fpga_good(fpga)) {
+            return fpga.status;
         }
         if (!status_decide(registers, status)) {
             return DEVICE_UNMAPPED;
@@ -103,20 +97,23 @@ int32_t read_phy(PhyStatus* status)
 
 int32_t read_phy_register(PhyRegisterAccess* access)
 {
-    if (access->port > kPhyPortMax || access->number >= kMiiRegisters) {
+    if (!register_isValid(*access)) {
         return DEVICE_BAD_ARGUMENT;
     }
-    return fpga_run(FpgaAccess::kWrite, [access](Fpga fpga) {
-        return mii_read(fpga, access->port, access->number, access->value);
-    });
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    const uint16_t value = mii_read(fpga, access->port, access->number);
+    if (fpga_good(fpga)) {
+        access->value = value;
+    }
+    return fpga_close(fpga);
 }
 
 int32_t write_phy_register(const PhyRegisterAccess* access)
 {
-    if (access->port > kPhyPortMax || access->number >= kMiiRegisters) {
+    if (!register_isValid(*access)) {
         return DEVICE_BAD_ARGUMENT;
     }
-    return fpga_run(FpgaAccess::kWrite, [access](Fpga fpga) {
-        return mii_write(fpga, access->port, access->number, access->value);
-    });
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    mii_write(fpga, access->port, access->number, access->value);
+    return fpga_close(fpga);
 }

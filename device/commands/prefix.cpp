@@ -1,12 +1,12 @@
 #include "device/commands/prefix.h"
 
-#include <algorithm>
 #include <cstddef>
+#include <cstring>
+#include <iterator>
 
 #include "device/access/flag_fields.h"
 #include "device/access/fpga.h"
-#include "device/access/register_bytes.h"
-#include "device/access/shared_registers.h"
+#include "device/access/shared_words.h"
 
 static_assert(sizeof(PrefixMap) == 16);
 static_assert(offsetof(PrefixSet, address) == 2);
@@ -33,35 +33,22 @@ constexpr uint8_t mask_bit(unsigned number)
     return static_cast<uint8_t>(0x80U >> (number % 8));
 }
 
-int32_t parts_write(Fpga fpga, const PrefixRegisters& registers, const PrefixSet& wanted)
+void parts_write(Fpga& fpga, const PrefixRegisters& registers, const PrefixSet& wanted)
 {
     const unsigned valid = validMask_of(wanted.valid);
     PrefixBytes mask;
     if ((valid & kValidLength) != 0 && prefixMask_fromLength(wanted.length, mask) != 0) {
-        return DEVICE_UNMAPPED;
+        fpga_fail(fpga, DEVICE_UNMAPPED);
     }
-    int32_t status = DEVICE_OK;
     if ((valid & kValidAddress) != 0) {
-        status = registerBytes_write(fpga, registers.address, wanted.address);
+        registerBytes_write(fpga, registers.address, wanted.address);
     }
-    if (status == DEVICE_OK && (valid & kValidLength) != 0) {
-        status = registerBytes_write(fpga, registers.mask, mask);
+    if ((valid & kValidLength) != 0 && fpga_good(fpga)) {
+        registerBytes_write(fpga, registers.mask, mask);
     }
-    if (status == DEVICE_OK && (valid & (kValidAddress | kValidLength)) != 0) {
-        status = register_change(fpga, kRegister114, bits_set(registers.commit, true));
+    if ((valid & (kValidAddress | kValidLength)) != 0) {
+        register_change(fpga, kRegister114, bits_assign(registers.commit, true));
     }
-    return status;
-}
-
-int32_t prefixSet_write(unsigned set, const PrefixSet& wanted)
-{
-    return fpga_run(FpgaAccess::kWrite, [set, &wanted](Fpga fpga) {
-        // A set that cannot be read is not written; what was read does not matter.
-        PrefixBytes address;
-        uint16_t length = 0;
-        const int32_t status = prefixSet_read(set, address, length);
-        return status == DEVICE_OK ? parts_write(fpga, kSets[set], wanted) : status;
-    });
 }
 
 } // namespace
@@ -80,7 +67,7 @@ int32_t prefixMask_fromLength(uint16_t length, PrefixBytes& mask)
     if (length > kLengthMax) {
         return -1;
     }
-    std::fill(std::begin(mask), std::end(mask), uint8_t{0});
+    memset(mask, 0, sizeof mask);
     for (unsigned number = 0; number < length; ++number) {
         mask[number / 8] |= mask_bit(number);
     }
@@ -92,16 +79,16 @@ int32_t prefixSet_read(unsigned set, PrefixBytes& address, uint16_t& length)
     if (set >= std::size(kSets)) {
         return DEVICE_BAD_ARGUMENT;
     }
-    uint16_t values[4] = {}; // address, mask
-    const int32_t status = fpga_run(FpgaAccess::kRead, [set, &values](Fpga fpga) {
-        return registers_read(fpga, kSets[set].address, values);
-    });
+    uint16_t values[4]; // address, mask
+    Fpga fpga = fpga_open(FpgaAccess::kRead);
+    registers_read(fpga, kSets[set].address, values);
+    const int32_t status = fpga_close(fpga);
     if (status != DEVICE_OK) {
         return status;
     }
     PrefixBytes mask;
-    registerBytes_unpack(std::span(values).first(2), address);
-    registerBytes_unpack(std::span(values).last(2), mask);
+    registerBytes_unpack(values, address);
+    registerBytes_unpack(values + 2, mask);
     if (prefixLength_fromMask(mask, length) != 0) {
         return DEVICE_UNMAPPED;
     }
@@ -126,18 +113,22 @@ int32_t read_prefix1(PrefixMap* map)
     uint16_t length = 0;
     const int32_t status = prefixSet_read(1, address, length);
     if (status == DEVICE_OK) {
-        std::copy(std::begin(address), std::end(address), map->set1.address);
+        memcpy(map->set1.address, address, sizeof address);
         map->set1.length = length;
     }
     return status;
 }
 
-int32_t write_prefix0(const PrefixMap* map)
+int32_t prefixSet_write(const PrefixMap* map, PrefixPlace place)
 {
-    return prefixSet_write(0, map->set0);
-}
-
-int32_t write_prefix1(const PrefixMap* map)
-{
-    return prefixSet_write(1, map->set1);
+    const auto set = static_cast<unsigned>(place);
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    if (fpga_good(fpga)) {
+        // A set that cannot be read is not written; what was read does not matter.
+        PrefixBytes address;
+        uint16_t length = 0;
+        fpga_fail(fpga, prefixSet_read(set, address, length));
+    }
+    parts_write(fpga, kSets[set], place == PrefixPlace::kSet0 ? map->set0 : map->set1);
+    return fpga_close(fpga);
 }

@@ -3,12 +3,16 @@
 
 #include <cstdint>
 
+#include "device/access/command_call.h"
 #include "maint/commands/prefix.h"
 
 int32_t read_prefix0_length(PrefixMap* map);
 int32_t read_prefix1(PrefixMap* map);
-int32_t write_prefix0(const PrefixMap* map);
-int32_t write_prefix1(const PrefixMap* map);
+
+enum class PrefixPlace : uint16_t { kSet0, kSet1 };
+int32_t prefixSet_write(const PrefixMap* map, PrefixPlace place);
+constexpr CommandCall write_prefix0 = call_of<prefixSet_write>(PrefixPlace::kSet0);
+constexpr CommandCall write_prefix1 = call_of<prefixSet_write>(PrefixPlace::kSet1);
 
 using PrefixBytes = uint8_t[4];
 

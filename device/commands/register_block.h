@@ -1,4 +1,4 @@
-// The register blocks 0xE0-0xF2 and 0x16E-0x176.
+// Blocks of registers.
 #pragma once
 
 #include <cstdint>
@@ -7,5 +7,7 @@
 
 int32_t read_rege0_block(RegE0Block* record);
 int32_t write_rege0_block(const RegE0Block* record);
+int32_t read_reg16a_block(Reg16ABlock* record);
+int32_t write_reg16a_block(const Reg16ABlock* record);
 int32_t read_reg16e_block(Reg16EBlock* record);
 int32_t write_reg16e_block(const Reg16EBlock* record);

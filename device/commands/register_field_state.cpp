@@ -1,6 +1,6 @@
-#include "device/commands/register_field_state.h"
-
+// Fields whose values are mapped to states.
 #include "device/access/flag_fields.h"
+#include "device/access/fpga.h"
 #include "device/commands/register_field.h"
 
 static_assert(sizeof(RegF4Flags) == 8);
@@ -11,12 +11,13 @@ namespace
 {
 
 constexpr uint32_t kRegisterF4 = 0x00F4;
-constexpr FlagField kRegF4Flags[] = {{0, 0x0080}, {1, 0x0040}, {2, 0x0020}, {3, 0x0010},
-                                     {4, 0x0008}, {5, 0x0004}, {6, 0x0002}, {7, 0x0001}};
+constexpr uint16_t kRegF4Flags[] = {0x0080, 0x0040, 0x0020, 0x0010, 0x0008, 0x0004, 0x0002, 0x0001};
 
 constexpr uint16_t kReg168ModeField = 0x3000;
 constexpr unsigned kReg168ModeShift = 12;
 constexpr uint16_t kReg168Modes = 4; // held as 1, 2, 3, 0
+
+constexpr uint8_t kReg158BracketBit = 6; // brackets a change of the mode
 
 constexpr uint16_t kReg168SelectFirst = 0x0100;
 constexpr uint16_t kReg168Selects = 4;
@@ -24,7 +25,7 @@ constexpr uint16_t kReg168Selects = 4;
 constexpr uint16_t kReg158StateLow = 0x1000;  // state 1
 constexpr uint16_t kReg158StateHigh = 0x2000; // state 2
 
-constexpr uint16_t kRegFENibbleMask = kRegFENibble.mask;
+constexpr uint16_t kNibble = 0x000F;
 constexpr uint16_t kNibbleMode1 = 0x8;
 constexpr uint16_t kNibbleMode2 = 0x0;
 constexpr uint16_t kNibbleMode2Last = 0x2; // 0, 1 and 2 all read as mode 2
@@ -33,32 +34,38 @@ constexpr uint16_t kNibbleOther = 0xF;
 constexpr uint32_t kRegister16C = 0x016C;
 constexpr uint16_t kReg16CDisable = 0x0003;
 
-uint16_t select_bit(const Reg168Select& record)
+unsigned select_bit(const Reg168Select& record)
 {
-    return static_cast<uint16_t>(kReg168SelectFirst << record.index);
+    return static_cast<unsigned>(kReg168SelectFirst) << record.index;
+}
+
+// As WR_REG158_BIT6 does.
+int32_t bracket_write(uint8_t flag)
+{
+    return bit_write8(&flag, registerBit_of(kRegister158, kReg158BracketBit));
 }
 
 } // namespace
 
 int32_t read_regf4_flags(RegF4Flags* record)
 {
-    uint16_t value = 0;
-    const int32_t status = command_readRegister(kRegisterF4, value);
-    if (status == DEVICE_OK) {
-        flagFields_extract(kRegF4Flags, value, record->flags);
+    const int32_t value = command_readRegister(kRegisterF4);
+    if (value < 0) {
+        return value;
     }
-    return status;
+    flagFields_extract(kRegF4Flags, static_cast<uint16_t>(value), record->flags);
+    return DEVICE_OK;
 }
 
 int32_t read_reg168_mode(uint16_t* mode)
 {
-    uint16_t value = 0;
-    const int32_t status = command_readRegister(kRegister168, value);
-    if (status == DEVICE_OK) {
-        const unsigned held = (value & kReg168ModeField) >> kReg168ModeShift;
-        *mode = static_cast<uint16_t>(held == 0 ? kReg168Modes : held);
+    const int32_t value = command_readRegister(kRegister168);
+    if (value < 0) {
+        return value;
     }
-    return status;
+    const int32_t held = (value & kReg168ModeField) >> kReg168ModeShift;
+    *mode = static_cast<uint16_t>(held == 0 ? kReg168Modes : held);
+    return DEVICE_OK;
 }
 
 int32_t write_reg168_mode(Reg168Mode* record)
@@ -70,17 +77,16 @@ int32_t write_reg168_mode(Reg168Mode* record)
         record->mode = 0; // the caller's word: after a failure the second run finds it so
     }
     if (record->bracket != 0) {
-        constexpr uint8_t kClear = 0;
-        const int32_t status = write_reg158_bit6(&kClear);
+        const int32_t status = bracket_write(0);
         if (status != DEVICE_OK) {
             return status;
         }
     }
-    const auto field = static_cast<uint16_t>(record->mode << kReg168ModeShift);
-    const int32_t status = command_changeRegister(kRegister168, field_set(kReg168ModeField, field));
+    const unsigned field = static_cast<unsigned>(record->mode) << kReg168ModeShift;
+    const int32_t status =
+        command_changeRegister(kRegister168, field_assign(kReg168ModeField, field));
     if (status == DEVICE_OK && record->bracket != 0) {
-        constexpr uint8_t kSet = 1;
-        write_reg158_bit6(&kSet);
+        bracket_write(1);
     }
     return status;
 }
@@ -90,7 +96,7 @@ int32_t read_reg168_select(Reg168Select* record)
     if (record->index >= kReg168Selects) {
         return DEVICE_BAD_ARGUMENT;
     }
-    return registerFlag_read(kRegister168, select_bit(*record), &record->value);
+    return value_store(command_readRegisterFlag(kRegister168, select_bit(*record)), &record->value);
 }
 
 int32_t write_reg168_select(const Reg168Select* record)
@@ -98,56 +104,58 @@ int32_t write_reg168_select(const Reg168Select* record)
     if (record->index >= kReg168Selects) {
         return DEVICE_BAD_ARGUMENT;
     }
-    return command_changeRegister(kRegister168, bits_set(select_bit(*record), record->value == 1));
+    return command_changeRegister(kRegister168,
+                                  bits_assign(select_bit(*record), record->value == 1));
 }
 
 int32_t read_reg158_state(uint8_t* state)
 {
-    uint16_t value = 0;
-    const int32_t status = command_readRegister(kRegister158, value);
-    if (status == DEVICE_OK) {
-        const uint8_t low = (value & kReg158StateLow) != 0 ? 1 : 0;
-        *state = (value & kReg158StateHigh) != 0 ? uint8_t{2} : low;
+    const int32_t value = command_readRegister(kRegister158);
+    if (value < 0) {
+        return value;
     }
-    return status;
+    const uint8_t low = (value & kReg158StateLow) != 0 ? 1 : 0;
+    *state = (value & kReg158StateHigh) != 0 ? uint8_t{2} : low;
+    return DEVICE_OK;
 }
 
 int32_t write_reg158_state(const uint8_t* state)
 {
     return command_changeRegister(kRegister158,
-                                  bitChange_join(bits_set(kReg158StateHigh, *state == 2),
-                                                 bits_set(kReg158StateLow, *state == 1)));
+                                  bitChange_join(bits_assign(kReg158StateHigh, *state == 2),
+                                                 bits_assign(kReg158StateLow, *state == 1)));
 }
 
 int32_t read_regfe_mode(uint16_t* mode)
 {
-    uint16_t nibble = 0;
-    const int32_t status = read_regfe_nibble(&nibble);
-    if (status == DEVICE_OK) {
-        const uint16_t other = nibble <= kNibbleMode2Last ? 2 : 0;
-        *mode = nibble == kNibbleMode1 ? uint16_t{1} : other;
+    const int32_t value = command_readRegister(kRegisterFE);
+    if (value < 0) {
+        return value;
     }
-    return status;
+    const int32_t nibble = value & kNibble;
+    const uint16_t other = nibble <= kNibbleMode2Last ? 2 : 0;
+    *mode = nibble == kNibbleMode1 ? uint16_t{1} : other;
+    return DEVICE_OK;
 }
 
 int32_t write_regfe_mode(const uint16_t* mode)
 {
     const uint16_t other = *mode == 2 ? kNibbleMode2 : kNibbleOther;
     return command_changeRegister(kRegisterFE,
-                                  field_set(kRegFENibbleMask, *mode == 1 ? kNibbleMode1 : other));
+                                  field_assign(kNibble, *mode == 1 ? kNibbleMode1 : other));
 }
 
 int32_t read_reg16c_enable(uint8_t* enable)
 {
-    uint8_t disabled = 0;
-    const int32_t status = registerFlag_read(kRegister16C, kReg16CDisable, &disabled);
-    if (status == DEVICE_OK) {
-        *enable = disabled == 0 ? 1 : 0;
+    const int32_t value = command_readRegister(kRegister16C);
+    if (value < 0) {
+        return value;
     }
-    return status;
+    *enable = (value & kReg16CDisable) == 0 ? 1 : 0;
+    return DEVICE_OK;
 }
 
 int32_t write_reg16c_enable(const uint8_t* enable)
 {
-    return command_changeRegister(kRegister16C, bits_set(kReg16CDisable, *enable != 1));
+    return command_changeRegister(kRegister16C, bits_assign(kReg16CDisable, *enable != 1));
 }

@@ -1,12 +1,10 @@
 #include "device/commands/rule.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <iterator>
 
-#include "device/access/big_endian.h"
 #include "device/access/fpga.h"
+#include "device/access/numbers.h"
 
 static_assert(sizeof(RuleEntry) == 496);
 static_assert(offsetof(RuleEntry, value) == 22);
@@ -88,8 +86,9 @@ uint8_t class_code(uint8_t bits)
 
 void switches_copy(const uint8_t (&from)[4], uint8_t (&to)[4])
 {
-    std::transform(std::begin(from), std::end(from), std::begin(to),
-                   [](uint8_t on) { return on != 0 ? uint8_t{1} : uint8_t{0}; });
+    for (size_t n = 0; n < sizeof from; ++n) {
+        to[n] = from[n] != 0 ? 1 : 0;
+    }
 }
 
 void request_unpack(const RuleRequest& request, RuleEntry& entry)
@@ -142,9 +141,11 @@ bool address_put(const Address& bytes, uint8_t prefix, uint32_t& address, uint8_
 
 void address6_put(const Address6& bytes, Address6& address, uint8_t& present)
 {
-    if (std::any_of(std::begin(bytes), std::end(bytes), [](uint8_t byte) { return byte != 0; })) {
-        memcpy(address, bytes, sizeof address);
-        present = 1;
+    memcpy(address, bytes, sizeof address);
+    for (const uint8_t byte : bytes) {
+        if (byte != 0) {
+            present = 1;
+        }
     }
 }
 
@@ -194,10 +195,7 @@ int32_t read_rule_entry(RuleEntry* entry)
     }
     RuleRequest request{};
     request.index = entry->index;
-    // Opened for writing, although it only reads.
-    const int32_t status = fpga_run(FpgaAccess::kWrite, [&request](Fpga fpga) {
-        return record_read(fpga, kRuleRead, &request);
-    });
+    const int32_t status = command_readRecord(kRuleRead, &request, FpgaAccess::kWrite);
     if (status != DEVICE_OK) {
         return status;
     }

@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-#include "device/access/work_record.h"
+#include "device/access/shared_words.h"
 #include "device/commands/counter.h"
 #include "device/commands/device_word.h"
 #include "maint/fpga.h"
@@ -24,10 +24,9 @@ constexpr const char* kStatisticsPath = "/conf/statistics";
 constexpr ssize_t kStatisticsSize = sizeof(StatisticsFile);
 constexpr int32_t kFileFailed = DEVICE_OPEN_FAILED; // whatever failed about it
 
-constexpr uint32_t kStreamB = 64;           // its counters stand so far behind those of stream A
-constexpr uint16_t kItemBytesBit8 = 0x0100; // bit of device word 03
+constexpr uint32_t kStreamB = 64; // its counters stand so far behind those of stream A
 constexpr uint32_t kItemBytes = 18;
-constexpr uint32_t kItemBytesWithBit8 = 26;
+constexpr uint32_t kItemBytesWhole = 26;
 constexpr unsigned kKibShift = 10;
 constexpr uint32_t kRestMask = 0x3FF;
 
@@ -41,24 +40,28 @@ struct PortCounters {
 
 int32_t portCounters_read(uint32_t port, PortCounters& counters)
 {
-    int32_t status = counter_read(port, CounterSelector::kBytes, counters.bytesA);
-    if (status == DEVICE_OK) {
-        status = counter_read(port, CounterSelector::kItems, counters.itemsA);
+    const struct {
+        uint32_t index;
+        CounterSelector selector;
+        uint32_t& value;
+    } reads[] = {{port, CounterSelector::kBytes, counters.bytesA},
+                 {port, CounterSelector::kItems, counters.itemsA},
+                 {port + kStreamB, CounterSelector::kBytes, counters.bytesB},
+                 {port + kStreamB, CounterSelector::kItems, counters.itemsB}};
+    for (const auto& read : reads) {
+        const int32_t status = counter_read(read.index, read.selector, read.value);
+        if (status != DEVICE_OK) {
+            return status;
+        }
     }
-    if (status == DEVICE_OK) {
-        status = counter_read(port + kStreamB, CounterSelector::kBytes, counters.bytesB);
-    }
-    if (status == DEVICE_OK) {
-        status = counter_read(port + kStreamB, CounterSelector::kItems, counters.itemsB);
-    }
-    return status;
+    return DEVICE_OK;
 }
 
 uint32_t itemBytes_read()
 {
-    WorkRecord<uint16_t> status{}; // stays 0 when the read fails
-    read_device_word_03(status.data());
-    return (status[0] & kItemBytesBit8) != 0 ? kItemBytesWithBit8 : kItemBytes;
+    uint16_t word = 0; // and so it counts when it cannot be read
+    deviceWord03_read(word);
+    return (word & kWord03LineSize) != 0 ? kItemBytesWhole : kItemBytes;
 }
 
 void total_add(uint32_t bytes, uint32_t& kib, uint32_t& rest)

@@ -3,13 +3,13 @@
 #include <cstdio>
 
 #include "device/access/fpga.h"
+#include "device/access/shared_words.h"
 
 namespace
 {
 
 constexpr const char* kNormalTablePath = "/tmp/ks8995_nor.dat";
 constexpr const char* kPriorityTablePath = "/tmp/ks8995_pri.dat";
-constexpr uint16_t kStatusBit8 = 0x0100;
 
 using SwitchTable = uint8_t[128];
 
@@ -22,46 +22,27 @@ struct SwitchConfigRecord {
 };
 static_assert(sizeof(SwitchConfigRecord) == 260);
 
-int32_t table_load(const char* path, SwitchTable& table)
+// A file that cannot be read in full makes the device fail.
+void table_read(Fpga& fpga, const char* path, SwitchTable& table)
 {
-    FILE* file = fopen(path, "r");
-    if (file == nullptr) {
-        return DEVICE_BAD_ARGUMENT;
+    FILE* file = fpga_good(fpga) ? fopen(path, "r") : nullptr;
+    if (file == nullptr || fread(table, sizeof table, 1, file) != 1) {
+        fpga_fail(fpga, DEVICE_BAD_ARGUMENT);
     }
-    const bool whole = fread(table, sizeof table, 1, file) == 1;
-    fclose(file);
-    if (!whole) {
-        return DEVICE_BAD_ARGUMENT;
+    if (file != nullptr) {
+        fclose(file);
     }
-    return DEVICE_OK;
-}
-
-// Nothing is sent unless both files could be read in full.
-int32_t tables_send(FpgaRequest request)
-{
-    return fpga_run(FpgaAccess::kWrite, [request](Fpga fpga) {
-        uint16_t word = 0;
-        int32_t status = word_read(fpga, kStatusWordRead, word);
-        SwitchConfigRecord record{};
-        record.status = word & kStatusBit8;
-        if (status == DEVICE_OK) {
-            status = table_load(kNormalTablePath, record.normal);
-        }
-        if (status == DEVICE_OK) {
-            status = table_load(kPriorityTablePath, record.priority);
-        }
-        return status == DEVICE_OK ? record_write(fpga, request, &record) : status;
-    });
 }
 
 } // namespace
 
-int32_t write_switch_tables_1(void* /*unused*/)
+int32_t tables_load(void* /*unused*/, PassedRequest which)
 {
-    return status_failingAsRead(tables_send(kSwitchTablesWrite1));
-}
-
-int32_t write_switch_tables_2(void* /*unused*/)
-{
-    return tables_send(kSwitchTablesWrite2);
+    SwitchConfigRecord record{};
+    Fpga fpga = fpga_open(FpgaAccess::kWrite);
+    record.status = word_read(fpga, kStatusWord) & kStatusBit8;
+    table_read(fpga, kNormalTablePath, record.normal);
+    table_read(fpga, kPriorityTablePath, record.priority);
+    record_issue(fpga, request_in(which), &record, failure_in(which));
+    return fpga_close(fpga);
 }

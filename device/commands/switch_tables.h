@@ -3,5 +3,12 @@
 
 #include <cstdint>
 
-int32_t write_switch_tables_1(void* unused);
-int32_t write_switch_tables_2(void* unused);
+#include "device/access/families.h"
+
+// Loads both tables; the argument is not used. A refused request is told as a failed read by one of
+// the two commands.
+int32_t tables_load(void* unused, PassedRequest which);
+constexpr CommandCall write_switch_tables_1 =
+    call_of<tables_load>(passedRequest_of(kSwitchTablesWrite1, true));
+constexpr CommandCall write_switch_tables_2 =
+    call_of<tables_load>(passedRequest_of(kSwitchTablesWrite2, false));

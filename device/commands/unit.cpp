@@ -1,45 +1,57 @@
+// The own unit's identity.
 #include "device/commands/unit.h"
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "device/access/unit_bit.h"
-#include "device/access/work_record.h"
-#include "device/commands/device_word.h"
-#include "device/commands/port_entry.h"
-#include "maint/fpga.h"
+#include "device/access/fpga.h"
 
+static_assert(sizeof(DeviceInfo) == 8);
+static_assert(sizeof(IdRegisters) == 14);
 static_assert(sizeof(SerialNumber) == 9);
-static_assert(sizeof(PortStateCode) == 4);
 
 namespace
 {
 
+constexpr uint32_t kIdRegister = 0x0180;
 constexpr const char* kSerialNumberPath = "/tmp/serialno";
 
-constexpr uint16_t kStatusAny13To15 = 0xE000;
-constexpr uint16_t kStatusBit12 = 0x1000;
-constexpr uint16_t kStatusBits8And9 = 0x0300;
-constexpr unsigned kStatusBit8Shift = 8;
-
-constexpr uint16_t kCodeNone = 0;
-constexpr uint16_t kCodeAny13To15 = 2;
-constexpr uint16_t kCodeKept = UINT16_MAX; // no code: the caller's stays
-constexpr uint16_t kCodeByBits8And9[] = {1, 3, kCodeKept, 4};
-
-// The code that a port's status stands for, or kCodeKept.
-uint16_t code_of(uint16_t status)
+char hex_digit(unsigned value)
 {
-    if ((status & kStatusAny13To15) != 0) {
-        return kCodeAny13To15;
-    }
-    if ((status & kStatusBit12) == 0) {
-        return kCodeKept;
-    }
-    return kCodeByBits8And9[(status & kStatusBits8And9) >> kStatusBit8Shift];
+    return "0123456789abcdef"[value & 0xFU];
 }
 
 } // namespace
+
+int32_t read_device_info(DeviceInfo* info)
+{
+    uint16_t words[sizeof(DeviceInfo) / sizeof(uint16_t)] = {};
+    const int32_t status = command_readRecord(kDeviceInfoRead, words);
+    if (status != DEVICE_OK) {
+        return status;
+    }
+    // The bytes of each word are exchanged, which is to say that the high one comes first. Of the
+    // third word that is its hexadecimal text.
+    registerBytes_unpack(words, info->bytes);
+    for (unsigned n = 0; n < sizeof info->text; ++n) {
+        info->text[n] = hex_digit(static_cast<unsigned>(words[2]) >> (12 - 4 * n));
+    }
+    return DEVICE_OK;
+}
+
+int32_t read_id_registers(IdRegisters* registers)
+{
+    Fpga fpga = fpga_open(FpgaAccess::kRead);
+    uint32_t address = kIdRegister;
+    for (uint16_t& value : registers->value) {
+        const uint16_t held = register_read(fpga, address);
+        if (fpga_good(fpga)) {
+            value = held;
+        }
+        address += kRegisterStep;
+    }
+    return fpga_close(fpga);
+}
 
 int32_t read_serial_number(SerialNumber* serial)
 {
@@ -54,30 +66,6 @@ int32_t read_serial_number(SerialNumber* serial)
     }
     if (got != sizeof serial->text) {
         return DEVICE_UNMAPPED;
-    }
-    return DEVICE_OK;
-}
-
-int32_t read_port_state_code(PortStateCode* record)
-{
-    WorkRecord<uint32_t> map{};
-    PortEntry entry{record->port, 0, 0, 0};
-    if (read_device_word_3b(map.data()) < 0) {
-        record->code = kCodeNone;
-        return DEVICE_OPEN_FAILED;
-    }
-    // The bit's number is the low byte of the port.
-    if ((map[0] & unit_bit(static_cast<uint8_t>(record->port))) == 0) {
-        record->code = kCodeNone;
-        return DEVICE_OK;
-    }
-    if (read_port_entry(&entry) < 0) {
-        record->code = kCodeNone;
-        return DEVICE_OPEN_FAILED;
-    }
-    const uint16_t code = code_of(entry.value);
-    if (code != kCodeKept) {
-        record->code = code;
     }
     return DEVICE_OK;
 }

@@ -1,11 +1,22 @@
 // The table of device commands.
 #pragma once
 
-#include <cstddef>
+#include <cstdint>
 #include <span>
 
-#include "device/dispatch/handler.h"
+#include "device/access/command_call.h"
+#include "maint/device_commands.h"
 
-constexpr std::size_t kCommandCount = 189;
+// A row: the number in 16 of its first word's 32 bits, the member in the others.
+struct DeviceCommand {
+    uint16_t code;
+    Member member;
+    CommandHandler handler;
 
-std::span<const DeviceCommand, kCommandCount> commandTable_get();
+    constexpr DeviceCommand(uint16_t number, CommandCall call)
+        : code{number}, member{call.member}, handler{call.handler}
+    {
+    }
+};
+
+std::span<const DeviceCommand> commandTable_get();

@@ -27,7 +27,7 @@ int32_t command_dispatch(std::span<const DeviceCommand> table, DeviceCommandCode
     }
     int32_t result = 0;
     for (int run = 0; run < kRuns; ++run) {
-        result = entry->handler(argument);
+        result = entry->handler(argument, entry->member);
         // RD_DEVICE_WORD_40 hands back whatever its request returned, and is never repeated.
         if (result >= 0 || result == DEVICE_BAD_ARGUMENT || command == RD_DEVICE_WORD_40) {
             return result;

@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "config/config_value.h"
-#include "device/access/work_record.h"
+#include "device/access/driver_records.h"
 #include "maint/fpga.h"
 #include "maint/system_log.h"
 

@@ -1,10 +1,13 @@
 // What the simulated device's own tests start from.
 #pragma once
 
+#include <fcntl.h>
 #include <gtest/gtest-spi.h>
 
-#include "device/access/fpga.h"
+#include "board/calls.h"
 #include "device/device_test.h"
+
+constexpr const char* kFpga = "/dev/fpga";
 
 // Longer than any record, to show what a request fills beyond its own.
 constexpr size_t kRoom = 300;
@@ -14,9 +17,9 @@ class FpgaSelf : public DeviceTest
   protected:
     int request(uint32_t number, Bytes& record)
     {
-        const Fpga fpga = fpga_open(FpgaAccess::kWrite);
-        const int result = fpga_request(fpga, number, record.data());
-        fpga_close(fpga);
+        const int fpga = board_open(kFpga, O_RDWR | O_NONBLOCK);
+        const int result = board_ioctl(fpga, number, record.data());
+        board_close(fpga);
         return result;
     }
 
@@ -28,9 +31,9 @@ class FpgaSelf : public DeviceTest
 
     int send(uint32_t number, uint32_t value)
     {
-        const Fpga fpga = fpga_open(FpgaAccess::kWrite);
-        const int result = fpga_requestValue(fpga, number, value);
-        fpga_close(fpga);
+        const int fpga = board_open(kFpga, O_RDWR | O_NONBLOCK);
+        const int result = board_ioctl(fpga, number, static_cast<unsigned long>(value));
+        board_close(fpga);
         return result;
     }
 

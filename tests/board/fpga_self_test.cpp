@@ -199,53 +199,52 @@ TEST_F(FpgaSelf, AForcedSuccessDoesItsWorkAllTheSame)
 
 TEST_F(FpgaSelf, RefusesARequestThatTheDriverDoesNotKnowLoudly)
 {
-    const Fpga fpga = fpga_open(FpgaAccess::kRead);
+    const int fpga = board_open(kFpga, O_RDONLY | O_NONBLOCK);
     for (const uint32_t number :
          {0x6B00U, 0x6B05U, 0x6B6CU, 0x6B9DU, 0x6BA7U, 0x40046B42U, 0x42U}) {
         int result = 0;
-        EXPECT_NONFATAL_FAILURE(result = fpga_request(fpga, number, nullptr),
-                                "no driver knows request");
+        EXPECT_NONFATAL_FAILURE(result = board_ioctl(fpga, number, 0UL), "no driver knows request");
         EXPECT_EQ(result, -1);
     }
-    fpga_close(fpga);
+    board_close(fpga);
     EXPECT_EQ(board.calls, (Trace{"open /dev/fpga O_RDONLY|O_NONBLOCK", "close /dev/fpga"}));
 }
 
 TEST_F(FpgaSelf, ARequestOnAClosedDescriptorFailsAndIsRecorded)
 {
-    const Fpga fpga = fpga_open(FpgaAccess::kRead);
-    fpga_close(fpga);
+    const int fpga = board_open(kFpga, O_RDONLY | O_NONBLOCK);
+    board_close(fpga);
     board.restart();
     board.fpga.words[0x6B02] = 0x1234;
     uint16_t word = 0x5A5A;
-    EXPECT_EQ(fpga_request(fpga, 0x6B02, &word), -1);
+    EXPECT_EQ(board_ioctl(fpga, 0x6B02, &word), -1);
     EXPECT_EQ(word, 0x5A5A);
     EXPECT_EQ(board.calls, (Trace{"ioctl (closed) 6B02 5A 5A"}));
 }
 
 TEST_F(FpgaSelf, EachOpenGivesADescriptorOfItsOwn)
 {
-    const Fpga first = fpga_open(FpgaAccess::kRead);
-    const Fpga second = fpga_open(FpgaAccess::kWrite);
-    EXPECT_NE(first.descriptor, second.descriptor);
-    EXPECT_TRUE(board.is_device(first.descriptor));
+    const int first = board_open(kFpga, O_RDONLY | O_NONBLOCK);
+    const int second = board_open(kFpga, O_RDWR | O_NONBLOCK);
+    EXPECT_NE(first, second);
+    EXPECT_TRUE(board.is_device(first));
     EXPECT_FALSE(board.is_device(0));
     EXPECT_FALSE(board.is_device(1023));
     EXPECT_EQ(board.open_descriptors(), 2U);
-    EXPECT_EQ(board.path_of(second.descriptor), "/dev/fpga");
-    fpga_close(first);
+    EXPECT_EQ(board.path_of(second), "/dev/fpga");
+    board_close(first);
     EXPECT_EQ(board.open_descriptors(), 1U);
     uint16_t word = 0;
-    EXPECT_EQ(fpga_request(second, 0x6B02, &word), 0);
-    EXPECT_EQ(fpga_request(first, 0x6B02, &word), -1);
-    fpga_close(second);
-    EXPECT_NONFATAL_FAILURE(fpga_close(second), "which is not open");
+    EXPECT_EQ(board_ioctl(second, 0x6B02, &word), 0);
+    EXPECT_EQ(board_ioctl(first, 0x6B02, &word), -1);
+    board_close(second);
+    EXPECT_NONFATAL_FAILURE(board_close(second), "which is not open");
 }
 
 TEST_F(FpgaSelf, AMissingDeviceCannotBeOpened)
 {
     board.fpga_present = false;
-    EXPECT_LT(fpga_open(FpgaAccess::kRead).descriptor, 0);
+    EXPECT_LT(board_open(kFpga, O_RDONLY | O_NONBLOCK), 0);
     EXPECT_EQ(board.open_descriptors(), 0U);
     EXPECT_EQ(board.calls, (Trace{"open /dev/fpga O_RDONLY|O_NONBLOCK"}));
 }
@@ -254,17 +253,17 @@ TEST_F(FpgaSelf, FailsEachOfThePlannedCalls)
 {
     board.fpga.words[0x6B02] = 0x1234;
     board.fail_calls({2, 3, 4});
-    const Fpga fpga = fpga_open(FpgaAccess::kRead); // 1
+    const int fpga = board_open(kFpga, O_RDONLY | O_NONBLOCK); // 1
     uint16_t word = 0;
-    EXPECT_EQ(fpga_request(fpga, 0x6B02, &word), -1); // 2
+    EXPECT_EQ(board_ioctl(fpga, 0x6B02, &word), -1); // 2
     EXPECT_EQ(word, 0);
-    fpga_close(fpga); // 3: it is closed all the same
+    board_close(fpga); // 3: it is closed all the same
     EXPECT_EQ(board.open_descriptors(), 0U);
-    EXPECT_LT(fpga_open(FpgaAccess::kRead).descriptor, 0); // 4
-    const Fpga again = fpga_open(FpgaAccess::kRead);       // 5
-    EXPECT_EQ(fpga_request(again, 0x6B02, &word), 0);
+    EXPECT_LT(board_open(kFpga, O_RDONLY | O_NONBLOCK), 0);     // 4
+    const int again = board_open(kFpga, O_RDONLY | O_NONBLOCK); // 5
+    EXPECT_EQ(board_ioctl(again, 0x6B02, &word), 0);
     EXPECT_EQ(word, 0x1234);
-    fpga_close(again);
+    board_close(again);
     EXPECT_EQ(board.calls,
               (Trace{"open /dev/fpga O_RDONLY|O_NONBLOCK", "ioctl 6B02 00 00 -> failed",
                      "close /dev/fpga -> failed", "open /dev/fpga O_RDONLY|O_NONBLOCK -> failed",

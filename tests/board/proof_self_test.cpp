@@ -100,13 +100,13 @@ TEST_F(ProofSelf, NoticesADescriptorThatStaysOpen)
 TEST_F(ProofSelf, NoticesADescriptorBehindARightTrace)
 {
     uint8_t flag = 0;
-    const Fpga left = fpga_open(FpgaAccess::kRead);
+    const int left = board_open(kFpga, O_RDONLY | O_NONBLOCK);
     EXPECT_EQ(
         failures_of([&] {
             expect_course(RD_GROUP_FLAG, &flag, {opens_to_read(), word_read(0x6B2D), closes()});
         }),
         1);
-    fpga_close(left);
+    board_close(left);
 }
 
 TEST_F(ProofSelf, NoticesACommandThatIsNotRefused)

@@ -64,17 +64,17 @@ TEST_F(CommandTable, GivesEveryNumberItsPublicName)
     }
 }
 
-// No command is bound to its neighbour's procedure. WR_ADDR_PAIR_COPY alone may share one: it does
-// what WR_ADDR_PAIR does.
+// No command is bound to its neighbour's procedure, or is its neighbour's member of the family.
+// WR_ADDR_PAIR_COPY alone may share one: it does what WR_ADDR_PAIR does.
 TEST_F(CommandTable, GivesEveryCommandAHandlerOfItsOwn)
 {
-    std::set<CommandHandler> handlers;
+    std::set<std::pair<CommandHandler, Member>> handlers;
     size_t provided = 0;
     for (const DeviceCommand& command : commandTable_get()) {
         EXPECT_NE(command.handler, nullptr) << command_name(command.code);
         if (command.code != WR_ADDR_PAIR_COPY) {
             ++provided;
-            handlers.insert(command.handler);
+            handlers.insert({command.handler, command.member});
         }
     }
     EXPECT_EQ(handlers.size(), provided);

@@ -1,5 +1,5 @@
 // Bit 6 of device word 03, as the LED commands set it.
-#include "device/commands/device_word_03.h"
+#include "device/commands/device_word.h"
 
 #include "device/device_test.h"
 

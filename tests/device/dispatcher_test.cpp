@@ -17,10 +17,10 @@ struct Script {
 
 Script* script = nullptr;
 
-// A handler that shows in the trace as "run n".
-template <int kNumber> int32_t scripted(void* argument)
+// A family whose member shows in the trace as "run n".
+int32_t scripted(void* argument, Member number)
 {
-    script->board.begin("run " + std::to_string(kNumber));
+    script->board.begin("run " + std::to_string(number));
     script->arguments.push_back(argument);
     if (script->arguments.size() > script->answers.size()) {
         ADD_FAILURE() << "one run more than expected";
@@ -29,10 +29,21 @@ template <int kNumber> int32_t scripted(void* argument)
     return script->answers[script->arguments.size() - 1];
 }
 
+constexpr CommandCall run(Member number)
+{
+    return call_of<scripted>(number);
+}
+
 constexpr DeviceCommand kTable[] = {
-    {0x0122, scripted<0>}, {0x0007, scripted<1>}, {0x0005, nullptr},
-    {0x003E, scripted<2>}, {0x0007, scripted<3>}, {0x0005, scripted<4>},
-    {0x003D, scripted<5>}, {0x003F, scripted<6>}, {0x0000, scripted<7>},
+    {RD_REGISTER, run(0)},
+    {WR_CONTROL_BITS, run(1)},
+    {5, {nullptr, 0}},
+    {RD_DEVICE_WORD_40, run(2)},
+    {WR_CONTROL_BITS, run(3)},
+    {5, run(4)},
+    {0x003D, run(5)},
+    {WR_DEVICE_WORD_41, run(6)},
+    {RD_DEVICE_INFO, run(UINT16_MAX)},
 };
 
 const Trace kTwoFailedRuns{"run 1", "usleep 1", "run 1", "usleep 1"};
@@ -57,32 +68,32 @@ class Dispatcher : public DeviceTest
 
 TEST_F(Dispatcher, RunsTheFirstRowOfTheCommand)
 {
-    EXPECT_EQ(dispatch(0x0007, {0}), 0);
+    EXPECT_EQ(dispatch(WR_CONTROL_BITS, {0}), 0);
     EXPECT_EQ(board.calls, (Trace{"run 1"}));
 }
 
 TEST_F(Dispatcher, FindsTheFirstAndTheLastRow)
 {
-    EXPECT_EQ(dispatch(0x0122, {0}), 0);
+    EXPECT_EQ(dispatch(RD_REGISTER, {0}), 0);
     EXPECT_EQ(board.calls, (Trace{"run 0"}));
-    EXPECT_EQ(dispatch(0x0000, {0}), 0);
-    EXPECT_EQ(board.calls, (Trace{"run 7"}));
+    EXPECT_EQ(dispatch(RD_DEVICE_INFO, {0}), 0);
+    EXPECT_EQ(board.calls, (Trace{"run 65535"}));
 }
 
 TEST_F(Dispatcher, RunsAFailedCommandTwiceAndSleepsAfterEachFailure)
 {
     for (const int32_t failure : {-1, -2, -3, -4, -6, -100, INT32_MIN}) {
         SCOPED_TRACE(failure);
-        EXPECT_EQ(dispatch(0x0007, {failure, failure}), failure);
+        EXPECT_EQ(dispatch(WR_CONTROL_BITS, {failure, failure}), failure);
         EXPECT_EQ(board.calls, kTwoFailedRuns);
     }
 }
 
 TEST_F(Dispatcher, ReturnsTheSecondRunsFailure)
 {
-    EXPECT_EQ(dispatch(0x0007, {-2, -4}), -4);
+    EXPECT_EQ(dispatch(WR_CONTROL_BITS, {-2, -4}), -4);
     EXPECT_EQ(board.calls, kTwoFailedRuns);
-    EXPECT_EQ(dispatch(0x0007, {-4, -1}), -1);
+    EXPECT_EQ(dispatch(WR_CONTROL_BITS, {-4, -1}), -1);
     EXPECT_EQ(board.calls, kTwoFailedRuns);
 }
 
@@ -90,7 +101,7 @@ TEST_F(Dispatcher, ReturnsTheSecondRunsSuccess)
 {
     for (const int32_t failure : {-1, -2, -3, -4}) {
         for (const int32_t success : {0, 1, 77}) {
-            EXPECT_EQ(dispatch(0x0007, {failure, success}), success);
+            EXPECT_EQ(dispatch(WR_CONTROL_BITS, {failure, success}), success);
             EXPECT_EQ(board.calls, (Trace{"run 1", "usleep 1", "run 1"}));
         }
     }
@@ -98,35 +109,35 @@ TEST_F(Dispatcher, ReturnsTheSecondRunsSuccess)
 
 TEST_F(Dispatcher, NeverRepeatsABadArgument)
 {
-    EXPECT_EQ(dispatch(0x0007, {-5}), -5);
+    EXPECT_EQ(dispatch(WR_CONTROL_BITS, {-5}), -5);
     EXPECT_EQ(board.calls, (Trace{"run 1"}));
-    EXPECT_EQ(dispatch(0x0007, {-2, -5}), -5);
+    EXPECT_EQ(dispatch(WR_CONTROL_BITS, {-2, -5}), -5);
     EXPECT_EQ(board.calls, (Trace{"run 1", "usleep 1", "run 1"}));
 }
 
-TEST_F(Dispatcher, RunsCommand62OnceWhateverItsResult)
+TEST_F(Dispatcher, RunsDeviceWord40OnceWhateverItsResult)
 {
     for (const int32_t result : {0, 1, 62, -1, -2, -3, -4, -5, -6, INT32_MIN, INT32_MAX}) {
         SCOPED_TRACE(result);
-        EXPECT_EQ(dispatch(62, {result}), result);
+        EXPECT_EQ(dispatch(RD_DEVICE_WORD_40, {result}), result);
         EXPECT_EQ(board.calls, (Trace{"run 2"}));
     }
 }
 
-TEST_F(Dispatcher, RepeatsTheNeighboursOfCommand62)
+TEST_F(Dispatcher, RepeatsTheNeighboursOfDeviceWord40)
 {
-    EXPECT_EQ(dispatch(61, {-2, -2}), -2);
+    EXPECT_EQ(dispatch(0x003D, {-2, -2}), -2);
     EXPECT_EQ(board.calls, (Trace{"run 5", "usleep 1", "run 5", "usleep 1"}));
-    EXPECT_EQ(dispatch(63, {-4, -4}), -4);
+    EXPECT_EQ(dispatch(WR_DEVICE_WORD_41, {-4, -4}), -4);
     EXPECT_EQ(board.calls, (Trace{"run 6", "usleep 1", "run 6", "usleep 1"}));
-    EXPECT_EQ(dispatch(0, {-3, 0}), 0);
-    EXPECT_EQ(board.calls, (Trace{"run 7", "usleep 1", "run 7"}));
+    EXPECT_EQ(dispatch(RD_DEVICE_INFO, {-3, 0}), 0);
+    EXPECT_EQ(board.calls, (Trace{"run 65535", "usleep 1", "run 65535"}));
 }
 
 TEST_F(Dispatcher, PassesANonNegativeResultOn)
 {
     for (const int32_t result : {0, 1, 2, 255, 65536, INT32_MAX}) {
-        EXPECT_EQ(dispatch(0x0007, {result}), result);
+        EXPECT_EQ(dispatch(WR_CONTROL_BITS, {result}), result);
         EXPECT_EQ(board.calls, (Trace{"run 1"}));
     }
 }
@@ -134,7 +145,7 @@ TEST_F(Dispatcher, PassesANonNegativeResultOn)
 // The scan ends at the first row, even where a later one has a handler.
 TEST_F(Dispatcher, RefusesARowWithoutHandler)
 {
-    EXPECT_EQ(dispatch(0x0005, {}), -1);
+    EXPECT_EQ(dispatch(5, {}), -1);
     EXPECT_EQ(board.calls, Trace{});
 }
 
@@ -156,12 +167,27 @@ TEST_F(Dispatcher, HandsTheArgumentOnUnchanged)
     for (void* argument :
          {static_cast<void*>(nullptr), static_cast<void*>(record.data()),
           static_cast<void*>(record.data() + 1), reinterpret_cast<void*>(UINTPTR_MAX)}) {
-        EXPECT_EQ(dispatch(0x0007, {-2, -2}, argument), -2);
+        EXPECT_EQ(dispatch(WR_CONTROL_BITS, {-2, -2}, argument), -2);
         EXPECT_EQ(play.arguments, (std::vector<void*>{argument, argument}));
-        EXPECT_EQ(dispatch(62, {-2}, argument), -2);
+        EXPECT_EQ(dispatch(RD_DEVICE_WORD_40, {-2}, argument), -2);
         EXPECT_EQ(play.arguments, (std::vector<void*>{argument}));
     }
     EXPECT_EQ(record, before);
+}
+
+// A procedure that takes its own record alone is no family's, and gets the caller's pointer as well.
+int32_t byte_increment(uint8_t* byte)
+{
+    ++*byte;
+    return 1;
+}
+
+TEST_F(Dispatcher, HandsAProcedureItsRecord)
+{
+    constexpr DeviceCommand kOne[] = {{WR_BYTE_ACTION, call_of<byte_increment>()}};
+    uint8_t byte = 7;
+    EXPECT_EQ(command_dispatch(kOne, WR_BYTE_ACTION, &byte), 1);
+    EXPECT_EQ(byte, 8);
 }
 
 // The public entry on the real table --------------------------------------------------------

@@ -10,7 +10,7 @@ constexpr uint16_t kOwn = 5;
 
 struct PatternRow {
     PatternBits bits;
-    int32_t (*handler)(void*);
+    CommandCall call;
     Bytes shows; // ledA to ledE
 };
 
@@ -58,7 +58,8 @@ TEST_F(LedPatterns, SaveThePanelAndThenDrawOnIt)
                 board.file_remove(kLedFile);
                 panel_put(board, before);
             },
-            [&] { return row.handler(nullptr); }, {kSnapshot, draw, 0, rest_of(kSnapshot, draw), 0},
+            [&] { return row.call.handler(nullptr, row.call.member); },
+            {kSnapshot, draw, 0, rest_of(kSnapshot, draw), 0},
             [&](size_t failing, const std::string&) {
                 const bool failed = failing >= drawn && draw[failing - drawn].failure != kIgnored;
                 const bool unsaved = failing > 2 && failing < drawn - 1 &&
@@ -92,7 +93,8 @@ TEST_F(LedPatterns, KeepTheFirstStateWhenTheyAreNested)
                 board.file_put(kLedFile, saved);
                 panel_put(board, before);
             },
-            [&] { return row.handler(nullptr); }, {kept, draw, 0, rest_of(kSnapshot, draw), 0},
+            [&] { return row.call.handler(nullptr, row.call.member); },
+            {kept, draw, 0, rest_of(kSnapshot, draw), 0},
             [&](size_t failing, const std::string&) {
                 // A file that cannot be seen is made once more.
                 EXPECT_EQ(board.file_get(kLedFile),
@@ -179,7 +181,7 @@ TEST_F(LedPatterns, TouchNothingWhenThePanelCannotBeSaved)
     for (const PatternRow& row : kRows) {
         for (const uint32_t own : {0U, 31U}) {
             board.fpga.words[kOwnIdentifier] = own;
-            EXPECT_EQ(row.handler(nullptr), -1);
+            EXPECT_EQ(row.call.handler(nullptr, row.call.member), -1);
             EXPECT_EQ(panel_get(board), before);
             EXPECT_FALSE(board.file_exists(kLedFile));
         }
@@ -202,7 +204,7 @@ TEST_F(LedPatterns, ChangeTheirOwnBitsInEveryWord)
             const PanelWords before{0xA5A5, word, static_cast<uint16_t>(word ^ 0x5A5A),
                                     static_cast<uint16_t>(~word)};
             panel_put(board, before);
-            EXPECT_EQ(row.handler(nullptr), 0);
+            EXPECT_EQ(row.call.handler(nullptr, row.call.member), 0);
             EXPECT_EQ(panel_get(board), shown(row.bits, before));
         });
     }
@@ -216,7 +218,7 @@ TEST_F(LedPatterns, ShowTheirIndicatorsAndLeaveTheRest)
         for (int round = 0; round < 300; ++round) {
             const PanelWords before = panel_random(random);
             panel_put(board, before);
-            ASSERT_EQ(row.handler(nullptr), 0);
+            ASSERT_EQ(row.call.handler(nullptr, row.call.member), 0);
             const PanelWords after = panel_get(board);
             // ledA to ledE are the pattern's, everything else is as it was.
             Bytes expected = snapshot_of(kOwn, before);
@@ -238,7 +240,7 @@ TEST_F(LedPatterns, DrawAfterTheLockIsReleased)
                 EXPECT_EQ(board.held_locks(), 0U);
             }
         };
-        EXPECT_EQ(row.handler(nullptr), 0);
+        EXPECT_EQ(row.call.handler(nullptr, row.call.member), 0);
         EXPECT_TRUE(drawn);
         board.before_call = nullptr;
     }

@@ -203,13 +203,19 @@ TEST_F(RegisterFields, TheSetterOfBit8HasNoCommand)
     EXPECT_EQ(get(), byte(1));
 }
 
+// No command: only this test calls it.
+int32_t bit8_write(uint8_t flag)
+{
+    return write_reg158_bit8.handler(&flag, write_reg158_bit8.member);
+}
+
 TEST_F(RegisterFields, TheSetterOfBit8SetsForOneAndClearsForOthers)
 {
     for (const uint8_t flag : {uint8_t{0}, uint8_t{1}, uint8_t{2}, uint8_t{255}}) {
         uint16_t& held = at(0x158);
         for_every_word([&](uint16_t word) {
             held = word;
-            ASSERT_EQ(write_reg158_bit8(&flag), 0);
+            ASSERT_EQ(bit8_write(flag), 0);
             ASSERT_EQ(held, flag == 1 ? word | 0x0100 : word & 0xFEFF);
         });
     }
@@ -217,14 +223,13 @@ TEST_F(RegisterFields, TheSetterOfBit8SetsForOneAndClearsForOthers)
 
 TEST_F(RegisterFields, TheSetterOfBit8FailsAsTheOthers)
 {
-    constexpr uint8_t kOn = 1;
     constexpr int32_t kFailures[] = {-1, -2, -4, 0};
     const Course course = changes_register(0x158, 0x1101);
     for (size_t failing = 0; failing < course.size(); ++failing) {
         at(0x158) = 0x1001;
         board.restart();
         board.fail_call(failing + 1);
-        EXPECT_EQ(write_reg158_bit8(&kOn), kFailures[failing]);
+        EXPECT_EQ(bit8_write(1), kFailures[failing]);
         EXPECT_EQ(board.calls[failing], course[failing].call + " -> failed");
         EXPECT_EQ(board.call_count(), failing == 0 ? 1 : std::min<size_t>(failing + 2, 4));
         EXPECT_EQ(board.open_descriptors(), 0U);

@@ -1,5 +1,5 @@
 // The identity and the status of units.
-#include "device/commands/led_read.h"
+#include "device/commands/unit.h"
 
 #include "device/led_unit_test.h"
 

@@ -1,0 +1,45 @@
+// How the command table calls a command: a procedure, and for the members of a family which member.
+#pragma once
+
+#include <cstdint>
+
+// What tells a family's members apart: a request, a register's bit, a place in a table.
+using Member = uint16_t;
+
+// A command's procedure as the dispatcher calls it, with the caller's pointer unchanged.
+using CommandHandler = int32_t (*)(void* argument, Member member);
+
+struct CommandCall {
+    CommandHandler handler;
+    Member member;
+};
+
+namespace detail
+{
+
+template <class Record, class... Rest> Record* argument_type(int32_t (*)(Record*, Rest...));
+
+} // namespace detail
+
+// The call of a procedure that takes its own record. Only in these two is the caller's pointer cast
+// to what the procedure takes.
+template <auto kProcedure> constexpr CommandCall call_of()
+{
+    return {[](void* argument, Member /*none*/) -> int32_t {
+                return kProcedure(
+                    static_cast<decltype(detail::argument_type(kProcedure))>(argument));
+            },
+            0};
+}
+
+// The call of a family's procedure, which takes the member besides.
+template <auto kProcedure, class Which> constexpr CommandCall call_of(Which which)
+{
+    static_assert(sizeof(Which) <= sizeof(Member));
+    return {[](void* argument, Member member) -> int32_t {
+                return kProcedure(
+                    static_cast<decltype(detail::argument_type(kProcedure))>(argument),
+                    static_cast<Which>(member));
+            },
+            static_cast<Member>(which)};
+}

@@ -1,0 +1,54 @@
+// Driver's records that serve commands of several nouns, and room for what a driver fills.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "device/access/fpga.h"
+
+// A switch port (kSwitchPortRead, kSwitchPortWrite), and the same record as a set of flags.
+struct SwitchPortRequest {
+    uint8_t port;
+    uint8_t spare_1;
+    uint8_t full_duplex;
+    uint8_t speed100;
+    uint8_t link;
+    uint8_t spare_5[3];
+};
+static_assert(sizeof(SwitchPortRequest) == 8);
+
+struct FlagSetRequest {
+    uint8_t set; // the switch port
+    uint8_t flags[7];
+};
+static_assert(sizeof(FlagSetRequest) == sizeof(SwitchPortRequest));
+
+// The switch port behind the PHY of port 5; front-panel group 7 is mirrored into it, too.
+constexpr uint8_t kSwitchPort4 = 4;
+
+SwitchPortRequest switchPort4_read(Fpga& fpga);
+void switchPort4_write(Fpga& fpga, uint8_t full_duplex, uint8_t speed100, uint8_t link);
+
+// Two words of another unit.
+enum class UnitPage : uint16_t {
+    kLedRegistersBAndA = 0,
+    kChannelWordAndLedRegisterC = 1,
+};
+
+struct UnitWords {
+    uint16_t first;
+    uint16_t second;
+};
+
+UnitWords unitWords_read(Fpga& fpga, uint32_t unit, UnitPage page);
+
+// The VPN identity that the hardware holds for a unit.
+uint16_t idValue_read(Fpga& fpga, uint32_t unit);
+
+// Room for what the driver may fill when a command that passes the caller's pointer through is run
+// from within: how much it fills, is the driver's; this is the largest record known. A command that
+// reads the same word by itself knows that it asks for 16 bits.
+constexpr size_t kWorkRecordSize = 496;
+
+template <class Number> using WorkRecord = std::array<Number, kWorkRecordSize / sizeof(Number)>;
