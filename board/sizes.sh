@@ -30,7 +30,7 @@ for file in "$program" "$library" "$build/compile_commands.json" "$build/CMakeCa
 done
 
 declare -A limits
-for limit in stripped_program library_text stack; do
+for limit in stripped_program library_text library_text_thumb stack; do
     limits[$limit]=$(awk -v name="$limit" '$1 == name { print $2 }' "$here/limits")
     [[ ${limits[$limit]} =~ ^[0-9]+$ ]] || die "no limit $limit in $here/limits"
 done
@@ -43,8 +43,9 @@ heading() { printf '\n%s\n' "$*"; }
 
 # The objects again, with the compiler's call graph ----------------------------------------------
 
-# Lists the product's objects, and writes commands that make each once more, in the work folder.
-# The call graph must not change what it is the graph of: so it is not an option of the build.
+# Lists the product's objects, and writes commands that make each twice more, in the work folder:
+# with the compiler's call graph, and in Thumb state. The call graph must not change what it is the
+# graph of: so it is not an option of the build.
 commands_make()
 {
     perl -ne '
@@ -54,11 +55,14 @@ commands_make()
         ($command = $1) =~ s{\\(.)}{$1}g;
         $command =~ m{ -o ((?:\S*/)?CMakeFiles/(?:maint_objects|maintlogfile_main)\.dir/\S+\.o) } or next;
         $object = $1;
-        $command =~ s{\Q$object\E}{$work/again/$object}g;
-        ($folder = "$work/again/$object") =~ s{/[^/]*$}{};
+        for (["again", "-fcallgraph-info=su"], ["thumb", "-mthumb"]) {
+            ($place, $option) = @$_;
+            ($other = $command) =~ s{\Q$object\E}{$work/$place/$object}g;
+            ($folder = "$work/$place/$object") =~ s{/[^/]*$}{};
+            print "mkdir -p $folder && cd $directory && $other $option\0";
+        }
         open($objects, ">>", "$work/objects") or die;
         print $objects "$object\n";
-        print "mkdir -p $folder && cd $directory && $command -fcallgraph-info=su\0";
     ' "$work" "$build/compile_commands.json" >"$work/commands"
     [ -s "$work/objects" ] || die "no object of the product in $build/compile_commands.json"
 }
@@ -135,20 +139,24 @@ stripped=$(awk '{ print $1 }' "$work/program")
 
 # Library ----------------------------------------------------------------------------------------
 
-# Rows: group, and the bytes of an object's code, constants, constants with addresses in them,
-# writable data and unwind tables.
-grep '/maint_objects\.dir/' "$work/objects" | while read -r object; do
-    group=${object#*/maint_objects.dir/}
-    "${prefix}size" -A -d "$build/$object" | awk -v group="${group%/*}" '
-        $2 !~ /^[0-9]+$/ { next }
-        $1 ~ /^\.text/ { code += $2 }
-        $1 ~ /^\.rodata/ { constants += $2 }
-        $1 ~ /^\.data\.rel\.ro/ { addresses += $2; next }
-        $1 ~ /^(\.data|\.bss|\.tdata|\.tbss|COMMON)/ { writable += $2 }
-        $1 ~ /^\.(ARM\.ex|eh_frame|gcc_except)/ { unwind += $2 }
-        END { print group, code + 0, constants + 0, addresses + 0, writable + 0, unwind + 0 }'
-done >"$work/shares"
+# shares FOLDER: rows of group, and the bytes of an object's code, constants, constants with
+# addresses in them, writable data and unwind tables, of the objects in this folder.
+shares()
+{
+    grep '/maint_objects\.dir/' "$work/objects" | while read -r object; do
+        group=${object#*/maint_objects.dir/}
+        "${prefix}size" -A -d "$1/$object" | awk -v group="${group%/*}" '
+            $2 !~ /^[0-9]+$/ { next }
+            $1 ~ /^\.text/ { code += $2 }
+            $1 ~ /^\.rodata/ { constants += $2 }
+            $1 ~ /^\.data\.rel\.ro/ { addresses += $2; next }
+            $1 ~ /^(\.data|\.bss|\.tdata|\.tbss|COMMON)/ { writable += $2 }
+            $1 ~ /^\.(ARM\.ex|eh_frame|gcc_except)/ { unwind += $2 }
+            END { print group, code + 0, constants + 0, addresses + 0, writable + 0, unwind + 0 }'
+    done
+}
 
+shares "$build" >"$work/shares"
 heading 'Library by folder, in bytes'
 printf '%10s %10s %10s %10s %10s %6s\n' code constants addresses writable together share
 sort "$work/shares" | awk -v totals="$work/totals" '
@@ -168,6 +176,14 @@ sort "$work/shares" | awk -v totals="$work/totals" '
         print sum[2] + sum[3] + sum[4], sum[5], sum[6] >totals
     }'
 read -r library_text writable unwind <"$work/totals"
+shares "$work/thumb" | awk -v total="$work/thumb_total" '
+    { code += $2; constants += $3; addresses += $4 }
+    END {
+        printf "%10d %10d %10d %10d %10d %6s  libmaint.a, compiled with -mthumb\n", code, constants,
+            addresses, 0, code + constants + addresses, ""
+        print code + constants + addresses >total
+    }'
+read -r library_text_thumb <"$work/thumb_total"
 OBJDUMP=${prefix}objdump NM=${prefix}nm "$package/check_static_data.sh" "$library" 2>"$work/said" ||
     failures+=("writable static data, which the product must not have: $(cat "$work/said")")
 [ "$writable" -eq 0 ] || failures+=("writable static data: $writable bytes")
@@ -230,6 +246,7 @@ heading 'Limits, in bytes'
 printf '%10s %10s\n' measured limit
 limit_check stripped_program "$stripped" 'maintlogfile, stripped'
 limit_check library_text "$library_text" "libmaint.a, code and constants"
+limit_check library_text_thumb "$library_text_thumb" "libmaint.a in Thumb state"
 limit_check stack "$stack" 'stack at most'
 
 if [ "${#failures[@]}" -gt 0 ]; then
