@@ -37,7 +37,7 @@ unsigned long address_of(const void* record)
     return reinterpret_cast<unsigned long>(record);
 }
 
-int32_t value_orStatus(const Fpga& fpga, uint16_t value)
+int32_t fpga_closeGiving(const Fpga& fpga, uint16_t value)
 {
     const int32_t status = fpga_close(fpga);
     return status == DEVICE_OK ? value : status;
@@ -180,14 +180,14 @@ int32_t command_readWord(Word word, FpgaAccess access)
 {
     Fpga fpga = fpga_open(access);
     const uint16_t value = word_read(fpga, word);
-    return value_orStatus(fpga, value);
+    return fpga_closeGiving(fpga, value);
 }
 
 int32_t command_readRegister(uint32_t address, FpgaAccess access)
 {
     Fpga fpga = fpga_open(access);
     const uint16_t value = register_read(fpga, address);
-    return value_orStatus(fpga, value);
+    return fpga_closeGiving(fpga, value);
 }
 
 int32_t command_readWordFlag(Word word, unsigned mask)
