@@ -66,6 +66,253 @@ fails_with 'maint/commands/nested.h does not compile by itself as C++20' check_h
 mkdir -p "$work/bare/maint"
 fails_with 'no header in' check_headers.sh "$work/bare"
 
+# Records and constants: a table, and a header that keeps what it says
+layout=$work/layout.txt
+cat >"$layout" <<'LAYOUT'
+type      Sink int32_t
+constant  SINK_LOG -2
+constant  SEQ_NONE 0xFFFFFFFF
+record    Group 4
+field     Group valid 0 1 uint8_t
+field     Group element 1 3 uint8_t[3]
+record    Panel 12
+field     Panel id 0 4 uint32_t
+field     Panel low 4 2 uint16_t
+field     Panel high 6 2 uint16_t
+field     Panel group 8 4 Group
+LAYOUT
+panel='/* Not read: typedef struct Old { int old; } Old; */
+#ifndef MAINT_ENTRY_H
+#define MAINT_ENTRY_H
+#include <stdint.h>
+#include "maint/commands/nested.h"
+typedef int32_t Sink;
+enum { SINK_LOG = -2 };
+#define SEQ_NONE UINT32_C(0xFFFFFFFF)
+typedef struct Group {
+    uint8_t valid;      /* 0 */
+    uint8_t element[3]; /* 1 */
+} Group;
+typedef struct Panel {
+    uint32_t id;
+    uint16_t low;
+    uint16_t high;
+    Group group;
+} Panel;
+MAINT_API int32_t entry(Panel* panel,
+                        Sink sink);
+#endif'
+# edited TEXT OLD NEW: the text with the old words, which have to be there, replaced.
+edited()
+{
+    [[ $1 == *"$2"* ]] || printf 'lacks %s\n' "$2" >&2
+    printf '%s\n' "${1/"$2"/"$3"}"
+}
+# panel_with OLD NEW [MORE]: the header with the old words replaced, and more in one below it.
+panel_with() { header panel "$(edited "$panel" "$1" "$2")" "#define MAINT_API
+${3:-}"; }
+# layout_with OLD NEW: the table with the old words replaced.
+layout_with()
+{
+    edited "$(cat "$layout")" "$1" "$2" >"$work/layout_with.txt"
+    printf '%s\n' "$work/layout_with.txt"
+}
+passes check_record_layout.sh "$layout" "$(panel_with Panel Panel)"
+# panel_fails TEXT OLD NEW [MORE], layout_fails TEXT OLD NEW: with this fault the check says the text.
+panel_fails() { fails_with "$1" check_record_layout.sh "$layout" "$(panel_with "${@:2}")"; }
+layout_fails()
+{
+    fails_with "$1" check_record_layout.sh "$(layout_with "${@:2}")" "$(panel_with Panel Panel)"
+}
+
+panel_fails 'Panel.low is not at 4' \
+    $'uint16_t low;\n    uint16_t high;' $'uint16_t high;\n    uint16_t low;'
+panel_fails 'Panel.high is not at 6' 'uint16_t low;' 'uint32_t low;'
+panel_fails 'Panel.id is no uint32_t' 'uint32_t id;' 'int32_t id;'
+panel_fails 'Panel has not 12 bytes' 'element[3]' 'element[4]'
+panel_fails 'Group.element has not 3 bytes' 'element[3]' 'element[2]'
+panel_fails 'the headers lack field Panel high' 'uint16_t high;' 'uint16_t tall;'
+panel_fails 'the table lacks field Panel tall' 'uint16_t high;' 'uint16_t tall;'
+panel_fails 'the table lacks field Panel more' 'Group group;' $'Group group;\n    uint8_t more[4];'
+panel_fails 'the headers lack constant SINK_LOG' 'enum { SINK_LOG = -2 };' ''
+panel_fails 'the table lacks constant SINK_BOTH' 'SINK_LOG = -2' 'SINK_LOG = -2, SINK_BOTH = 3'
+panel_fails 'SINK_LOG is not -2' 'SINK_LOG = -2' 'SINK_LOG = 2'
+panel_fails 'SEQ_NONE is not 0xFFFFFFFF' '0xFFFFFFFF' '0xFFFFFFFE'
+panel_fails 'the table lacks constant SEQ_FIRST' \
+    '#define SEQ_NONE' $'#define SEQ_FIRST 1\n#define SEQ_NONE'
+panel_fails 'Sink is no int32_t' 'typedef int32_t' 'typedef uint32_t'
+panel_fails 'the table lacks type Source' Panel Panel 'typedef int Source;'
+panel_fails 'nor entry: typedef int *Source' Panel Panel 'typedef int *Source;'
+panel_fails 'the table lacks record Nested' Panel Panel 'typedef struct Nested { int a; } Nested;'
+panel_fails 'the table lacks constant NESTED' Panel Panel 'enum { NESTED };'
+panel_fails 'maint/commands/nested.h has something that is neither' \
+    Panel Panel 'union Nested { int a; };'
+panel_fails 'neither type, constant, record nor entry: struct Nested {' \
+    Panel Panel 'struct Nested { int a; };'
+panel_fails 'nor entry: Nested ... unsigned a : 1' \
+    Panel Panel 'typedef struct Nested { unsigned a : 1; } Nested;'
+panel_fails 'nor entry: Nested ... int a, b' \
+    Panel Panel 'typedef struct Nested { int a, b; } Nested;'
+panel_fails 'nor entry: #define NESTED(a) a' Panel Panel '#define NESTED(a) a'
+panel_fails 'nor entry: typedef enum Nested' Panel Panel 'typedef enum Nested { NESTED } Nested;'
+
+layout_fails 'Panel.low is not at 6' \
+    $'low 4 2 uint16_t\nfield     Panel high 6' $'high 4 2 uint16_t\nfield     Panel low 6'
+layout_fails 'Panel.high is not at 7' 'high 6' 'high 7'
+layout_fails 'Panel.high is at 7, where 6 bytes stand before it' 'high 6' 'high 7'
+layout_fails 'Panel has 16 bytes, its fields 12' 'Panel 12' 'Panel 16'
+layout_fails 'Panel has not 16 bytes' 'Panel 12' 'Panel 16'
+layout_fails 'Panel.group is no uint32_t' '8 4 Group' '8 4 uint32_t'
+layout_fails 'the table lacks field Panel group' 'field     Panel group 8 4 Group' ''
+layout_fails 'the table lacks constant SINK_LOG' 'constant  SINK_LOG -2' ''
+layout_fails 'the table lacks type Sink' 'type      Sink int32_t' ''
+layout_fails 'the table lacks record Group' 'record    Group 4' ''
+layout_fails 'SINK_LOG is not 2' 'SINK_LOG -2' 'SINK_LOG 2'
+layout_fails 'constant SINK_LOG stands twice' \
+    'constant  SEQ_NONE 0xFFFFFFFF' 'constant  SINK_LOG -2'
+layout_fails 'cannot be read: fields' 'field     Panel id' 'fields    Panel id'
+panel_fails 'the headers do not compile' 'MAINT_API int32_t' 'MAINT_API int32'
+layout_fails 'SEQ_NONE is not 4294967295,' '0xFFFFFFFF' '4294967295,'
+echo '# nothing' >"$work/nothing.txt"
+fails_with 'nothing in' check_record_layout.sh "$work/nothing.txt" "$(panel_with Panel Panel)"
+fails_with 'no header in' check_record_layout.sh "$layout" "$work/bare"
+passes check_record_layout.sh "$layout" "$(header numbers "$panel" '#define MAINT_API' &&
+    echo 'enum { RD_WORD = 0x0001 };' >"$work/numbers/maint/device_commands.h")"
+
+# Names of commands
+# tree: a small source folder where all is as it should be; prints its path.
+tree()
+{
+    rm -rf "$work/tree"
+    mkdir -p "$work/tree"/{include/maint/commands,device/commands,tests/device}
+    cat >"$work/tree/include/maint/device_commands.h" <<'NUMBERS'
+/* RD_ reports */
+enum {
+    /* Words: maint/commands/word.h */
+    RD_WORD = 0x0001,
+    WR_WORD = 0x0002,
+
+    /* Fields of words: maint/commands/word_field.h */
+    RD_WORD_FIELD = 0x010A
+};
+NUMBERS
+    echo '/* RD_WORD (0x0001), WR_WORD (0x0002): as RD_WORD. */' >"$work/tree/include/maint/commands/word.h"
+    echo '/* RD_WORD_FIELD (0x010A) */' >"$work/tree/include/maint/commands/word_field.h"
+    touch "$work/tree/device/commands"/{word.cpp,word_block.cpp,word_field_state.cpp,strange.h} \
+        "$work/tree/tests/device"/{word_test.cpp,word_field_test.cpp,dispatcher_test.cpp}
+    printf '%s\n' "$work/tree"
+}
+passes check_command_names.sh "$(tree)"
+# names_fail TEXT FILE SED: with the file edited so, the check says the text.
+names_fail()
+{
+    tree >/dev/null
+    sed -i.old "$3" "$work/tree/$2"
+    cmp -s "$work/tree/$2" "$work/tree/$2.old" && finding "$3 changes nothing in $2"
+    rm "$work/tree/$2.old"
+    fails_with "$1" check_command_names.sh "$work/tree"
+}
+# files_fail TEXT COMMAND FILE...: the same after a command on files of the tree.
+files_fail()
+{
+    tree >/dev/null
+    (cd "$work/tree" && "${@:2}")
+    fails_with "$1" check_command_names.sh "$work/tree"
+}
+commands=include/maint/commands
+numbers=include/maint/device_commands.h
+names_fail 'RD_WORD is described as "RD_WORD (0x0001)" nowhere' \
+    $commands/word.h 's/RD_WORD (0x0001)/RD_WORD/'
+names_fail 'RD_WORD is 0x0001, and word.h says 0x0003' $commands/word.h 's/0x0001/0x0003/'
+names_fail 'RD_WORD_FIELD is 0x010A, and word_field.h says 0x010a' \
+    $commands/word_field.h 's/0x010A/0x010a/'
+names_fail 'RD_WORD_FIELD is 0x010A, and word_field.h says 0x10A' \
+    $commands/word_field.h 's/0x010A/0x10A/'
+names_fail 'RD_WORD is described 2 times' $commands/word.h 's/as RD_WORD/as RD_WORD (0x0001)/'
+names_fail 'RD_WORD is described 2 times' $commands/word_field.h '1s,$, /* RD_WORD (0x0001) */,'
+names_fail 'RD_WORD is described in word_field.h, and its group names word.h' \
+    $commands/word_field.h '1s,$, /* RD_WORD (0x0001) */,'
+names_fail 'word.h describes RD_BIT, which is no command' \
+    $commands/word.h '1s,$, /* RD_BIT (0x0009) */,'
+names_fail 'RD_WORD_FIELD is described as "RD_WORD_FIELD (0x010A)" nowhere' \
+    $commands/word_field.h 's/RD_/WR_/'
+names_fail 'WR_WORD is 0x0004, and word.h says 0x0002' $numbers 's/0x0002/0x0004/'
+names_fail 'WR_WORD has the number of RD_WORD' $numbers 's/0x0002/0x0001/'
+names_fail 'RD_WORD is described in word.h, and its group names word_field.h' \
+    $numbers 's/word\.h/word_field.h/'
+names_fail 'maint/commands/word.h belongs to no group' $numbers 's/word\.h/word_field.h/'
+names_fail 'names maint/commands/words.h, which is not there' $numbers 's/word\.h/words.h/'
+names_fail 'RD_WORD belongs to no group' $numbers '/word\.h/d'
+names_fail 'cannot be read:     RD_WORD = 1,' $numbers 's/0x0001/1/'
+names_fail 'cannot be read:     RW_WORD = 0x0002,' $numbers 's/WR_/RW_/'
+names_fail 'no command in' $numbers '/[RW][DR]_WORD.* =/d'
+files_fail 'word_field.h has no device/commands/word_field.cpp or' \
+    rm device/commands/word_field_state.cpp
+files_fail 'word.h has no device/commands/word.cpp or' \
+    rm device/commands/word.cpp device/commands/word_block.cpp
+files_fail 'word.h has no tests/device/word_test.cpp or' rm tests/device/word_test.cpp
+files_fail 'word_field.h has no tests/device/word_field_test.cpp or' \
+    rm tests/device/word_field_test.cpp
+files_fail 'device/commands/words.cpp begins with the name of no header' \
+    touch device/commands/words.cpp
+files_fail 'device/commands/bit_word.cpp begins with the name of no header' \
+    touch device/commands/bit_word.cpp
+
+# Includes
+# house: a small source folder where nothing includes what lies above it; prints its path.
+house()
+{
+    rm -rf "$work/house"
+    mkdir -p "$work/house"/{maintlog,tools,device/{dispatch,commands,access},config,log,sim,tests} \
+        "$work/house/include/maint/commands"
+    cd "$work/house"
+    for folder in maintlog tools device/{dispatch,commands,access} config log sim; do
+        printf '#include <string.h>\n#include "%s"\n' "$folder/own.h" "maint/api.h" >"$folder/own.cpp"
+        echo '#include "maint/commands/word.h"' >"$folder/own.h"
+    done
+    echo '#include "records.h"' >tools/records.c
+    touch tools/records.h include/maint/api.h
+    echo '#include "maint/api.h"' >include/maint/commands/word.h
+    echo '#include "device/access/own.h"' >>device/commands/own.cpp
+    echo '#include "device/commands/own.h"' >tests/free_test.cpp
+    echo 'add_library(maint maintlog/own.cpp log/own.cpp)' >CMakeLists.txt
+    cd - >/dev/null
+    printf '%s\n' "$work/house"
+}
+passes check_includes.sh "$(house)"
+# include_fails TEXT FILE LINE: with the line more in this file, the check says the text.
+include_fails()
+{
+    house >/dev/null
+    printf '%s\n' "$3" >>"$work/house/$2"
+    fails_with "$1" check_includes.sh "$work/house"
+}
+include_fails 'device/access/own.cpp:5 includes device/commands/own.h, which lies above it' \
+    device/access/own.cpp '#include "device/commands/own.h"'
+include_fails 'device/commands/own.h:2 includes device/dispatch/own.h, which lies above it' \
+    device/commands/own.h '#  include "device/dispatch/own.h"'
+include_fails 'log/own.cpp:5 includes config/own.h, which lies above it' \
+    log/own.cpp '#include "config/own.h"'
+include_fails 'includes device/access/own.h, which lies above it' \
+    config/own.cpp '#include "../device/access/own.h"'
+include_fails 'includes tools/records.h, which lies above it' \
+    device/dispatch/own.cpp '#include "tools/records.h"'
+include_fails 'includes maintlog/own.h, which lies above it' \
+    tools/records.c ' #include <maintlog/own.h>'
+include_fails 'word.h:2 includes log/own.h, which lies above it' \
+    include/maint/commands/word.h '#include "log/own.h"'
+include_fails 'api.h:1 includes include/maint/commands/word.h, which lies above it' \
+    include/maint/api.h '#include "maint/commands/word.h"'
+include_fails 'includes log/own.h, beyond the public headers' sim/own.cpp '#include "log/own.h"'
+include_fails 'includes sim/own.h, which lies on no floor' log/own.cpp '#include "sim/own.h"'
+include_fails 'includes tests/free_test.cpp, which lies on no floor' \
+    log/own.cpp '#include "tests/free_test.cpp"'
+include_fails 'includes log/gone.h, which is nowhere' log/own.cpp '#include "log/gone.h"'
+include_fails 'includes what cannot be read: #include HEADER' log/own.cpp '#include HEADER'
+include_fails 'net/own.cpp lies on no floor' CMakeLists.txt 'add_library(net net/own.cpp)'
+include_fails 'device/own.cpp lies on no floor' device/own.cpp ''
+fails_with 'no source in' check_includes.sh "$work/bare"
+
 # Archives and exports
 include=$(header declared 'MAINT_API int32_t* entry(const char* text);')
 echo entry >"$work/entries"
