@@ -313,6 +313,27 @@ include_fails 'net/own.cpp lies on no floor' CMakeLists.txt 'add_library(net net
 include_fails 'device/own.cpp lies on no floor' device/own.cpp ''
 fails_with 'no source in' check_includes.sh "$work/bare"
 
+# Opened devices
+# device_is LINE...: a source with a procedure of these lines; prints the folder that it lies in.
+device_is()
+{
+    mkdir -p "$work/opened/device/commands"
+    { printf 'int32_t work()\n{\n'; printf '    %s\n' "$@"; printf '}\n'; } >"$work/opened/device/commands/own.cpp"
+    printf '%s\n' "$work/opened"
+}
+opens='Fpga fpga = fpga_open(FpgaAccess::kRead);'
+closes='return fpga_close(fpga);'
+passes check_closing.sh "$(device_is "$opens" 'if (a) {' "    $closes" '}' "$closes")"
+passes check_closing.sh "$(device_is "$opens" 'if (a) {' '    b = fpga_close(fpga);' '    return b;' '}' "$closes")"
+fails_with 'own.cpp:4: a return before' check_closing.sh "$(device_is "$opens" 'return 0;')"
+fails_with 'own.cpp:5: a return before' check_closing.sh "$(device_is "$opens" 'if (a) {' '    return 0;' '}' "$closes")"
+fails_with 'own.cpp:7: a return before' \
+    check_closing.sh "$(device_is "$opens" 'if (a) {' "    $closes" '}' 'return 0;')"
+fails_with 'own.cpp:5: the device of line 3 is not closed' check_closing.sh "$(device_is "$opens" 'work(fpga);')"
+fails_with 'own.cpp:4: opened while' check_closing.sh "$(device_is "$opens" "$opens" "$closes")"
+fails_with 'nothing in' check_closing.sh "$(device_is "$closes")"
+fails_with 'no source in' check_closing.sh "$work/bare"
+
 # Archives and exports
 include=$(header declared 'MAINT_API int32_t* entry(const char* text);')
 echo entry >"$work/entries"
