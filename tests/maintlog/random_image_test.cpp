@@ -88,7 +88,7 @@ class Draw
             break;
         default:
             if (size >= kHeaderSize) {
-                image.replace(4 + 2 * below(4), 2, littleEndian_put(field(), 2));
+                image.replace(4 + 2 * below(4), 2, le16(field()));
             }
             break;
         }

@@ -1,0 +1,48 @@
+// Where the logs and the save lock lie, and the calls of an append to each.
+#pragma once
+
+#include "board/board_test.h"
+
+constexpr const char* kSystemLog = "/conf/system.log";
+constexpr const char* kUserLog = "/conf/user.log";
+constexpr const char* kSaveLock = "/tmp/Saveing";
+
+// An empty system log.
+inline Bytes fresh_log()
+{
+    return hex("00 00 00 00 00 00 00 00 01 00 00 00");
+}
+
+// An append to the system log that goes into the given slot.
+inline Trace append_calls(size_t slot)
+{
+    return {"time now",
+            "fopen /conf/system.log r+",
+            "flock /conf/system.log LOCK_EX",
+            "fread /conf/system.log 12",
+            "fseek /conf/system.log " + std::to_string(12 + 100 * slot),
+            "fprintf /conf/system.log 100",
+            "fseek /conf/system.log 0",
+            "fwrite /conf/system.log 12",
+            "fclose /conf/system.log"};
+}
+
+// An event of the user log: the marker, and the append into the given slot.
+inline const Trace kMarkerCalls{"fopen /tmp/flashsave w+", "flock /tmp/flashsave LOCK_EX",
+                                "fwrite /tmp/flashsave 1", "fclose /tmp/flashsave"};
+inline Trace userAppend_calls(size_t slot)
+{
+    return {"time now",
+            "fopen /conf/user.log r+b",
+            "flock /conf/user.log LOCK_EX",
+            "fread /conf/user.log 16",
+            "fseek /conf/user.log " + std::to_string(16 + 16 * slot),
+            "fwrite /conf/user.log 16",
+            "fseek /conf/user.log 0",
+            "fwrite /conf/user.log 16",
+            "fclose /conf/user.log"};
+}
+inline Trace event_calls(size_t slot)
+{
+    return kMarkerCalls + userAppend_calls(slot);
+}
