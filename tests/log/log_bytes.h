@@ -110,6 +110,12 @@ inline Bytes sample_image()
     return sample_header() + sample_records();
 }
 
+// A working file that the boot keeps.
+inline Bytes sane_log()
+{
+    return hex("02 00 00 00 03 00 03 00 01 00 00 00") + records_make(3);
+}
+
 // Sequence number, version and checksum are such that a lost or moved byte shows.
 inline Bytes systemHeader_bytes(unsigned number, unsigned location)
 {

@@ -27,6 +27,10 @@ inline Trace append_calls(size_t slot)
             "fclose /conf/system.log"};
 }
 
+// An append that finds no system log.
+inline const Trace kUnlogged{"time now", "fopen /conf/system.log r+",
+                             "puts systemLog_put : 002 : /conf/system.log file open error"};
+
 // An event of the user log: the marker, and the append into the given slot.
 inline const Trace kMarkerCalls{"fopen /tmp/flashsave w+", "flock /tmp/flashsave LOCK_EX",
                                 "fwrite /tmp/flashsave 1", "fclose /tmp/flashsave"};
