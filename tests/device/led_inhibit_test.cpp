@@ -163,15 +163,15 @@ struct FileFailure {
 const std::string kFileClose = "close /tmp/led_rewrite_inh";
 
 const FileFailure kFileFailures[] = {
-    {0, Trace{kLockUnopened} + kMerge + Trace{kLockAbsent}, true},
-    {1, Trace{kRelease, kLockUntaken} + kMerge + Trace{kLockAbsent}, true},
+    {0, Trace{puts_of(kLockUnopened)} + kMerge + Trace{puts_of(kLockAbsent)}, true},
+    {1, Trace{kRelease, puts_of(kLockUntaken)} + kMerge + Trace{puts_of(kLockAbsent)}, true},
     {2, {kRelease}, false},
     {3, {kRelease}, false},
     {4, {kFileClose, kRelease}, false},
     {5, {kFileClose, kRelease}, false},
     {6, {kFileClose, kRelease}, false},
     {7, {kRelease}, true},
-    {8, {kLockUnclosed}, true},
+    {8, {puts_of(kLockUnclosed)}, true},
 };
 
 // The calls up to one that fails.
@@ -199,9 +199,9 @@ TEST_P(DeferredSetter, DrivesThePanelWhenTheFileCannotBeUpdated)
 TEST_P(DeferredSetter, DrivesThePanelWithoutTheLock)
 {
     const std::pair<size_t, Trace> runs[] = {
-        {0, {kLockUnopened, kMerge[0], kLockAbsent}},
-        {1, {kRelease, kLockUntaken, kMerge[0], kLockAbsent}},
-        {3, {kLockUnclosed}},
+        {0, {puts_of(kLockUnopened), kMerge[0], puts_of(kLockAbsent)}},
+        {1, {kRelease, puts_of(kLockUntaken), kMerge[0], puts_of(kLockAbsent)}},
+        {3, {puts_of(kLockUnclosed)}},
     };
     for (const auto& [failing, calls] : runs) {
         start();

@@ -201,16 +201,18 @@ Outcome outcome_of(const LockedCourse& course, size_t failing)
     const Trace after = calls_of(course.after);
     const size_t released = 2 + work.size();
     if (failing == 0) {
-        return {Trace{kLockUnopened} + work + Trace{kLockAbsent} + after, course.result};
+        return {Trace{puts_of(kLockUnopened)} + work + Trace{puts_of(kLockAbsent)} + after,
+                course.result};
     }
     if (failing == 1) {
-        return {Trace{kRelease, kLockUntaken} + work + Trace{kLockAbsent} + after, course.result};
+        return {Trace{kRelease, puts_of(kLockUntaken)} + work + Trace{puts_of(kLockAbsent)} + after,
+                course.result};
     }
     if (failing == 2) {
         return {course.unseen, course.unseenResult};
     }
     if (failing == released) {
-        return {Trace{kLockUnclosed} + after, course.result};
+        return {Trace{puts_of(kLockUnclosed)} + after, course.result};
     }
     const bool inWork = failing < released;
     const Course& part = inWork ? course.work : course.after;

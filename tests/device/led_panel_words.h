@@ -8,6 +8,7 @@
 
 #include "device/command_test.h"
 #include "device/library_calls.h"
+#include "log/console_lines.h"
 
 constexpr uint32_t kDeviceWord03 = 0x6B03;
 constexpr uint32_t kChannel = 0x6B51;
@@ -147,14 +148,7 @@ constexpr PatternBits kPattern3{WR_LED_PATTERN_3, 0, 0x1000 | 0x2000 | 0x0800 | 
 constexpr std::array<PatternBits, 3> kPatterns{kPattern1, kPattern2, kPattern3};
 PanelWords shown(const PatternBits& pattern, PanelWords words);
 
-// The save lock: its messages as calls, and calls under it.
-constexpr const char* kLockUnopened = "puts fileAccess_lock : 001 : /tmp/Saveing file open error";
-constexpr const char* kLockUntaken =
-    "puts fileAccess_lock : 002 : /tmp/Saveing file lock (blocking) error";
-constexpr const char* kLockAbsent =
-    "puts fileAccess_unlock : 001 : /tmp/Saveing file pointer (==0) error";
-constexpr const char* kLockUnclosed =
-    "puts fileAccess_unlock : 002 : /tmp/Saveing file close error";
+// Calls under the save lock.
 constexpr const char* kRelease = "fclose /tmp/Saveing";
 Trace locked(const Trace& calls);
 

@@ -5,15 +5,7 @@
 #include "device/device_test.h"
 #include "log/log_calls.h"
 
-constexpr const char* kConfig = "/conf/config";
 constexpr const char* kLedFile = "/tmp/led_rewrite_inh";
-
-// A lookup in a file that reads so many lines.
-inline Trace lookup_calls(const std::string& path, size_t lines)
-{
-    return Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX", "fopen " + path + " r"} +
-           Trace(lines, "fgets " + path + " 1024") + Trace{"fclose " + path, "fclose /tmp/Saveing"};
-}
 
 // Calls that a course passes through.
 inline Course course_of(const Trace& calls)

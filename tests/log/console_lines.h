@@ -70,6 +70,17 @@ inline const std::string kNoFlashUnlogged = kNoFlash + kLogAbsent;
 inline const std::string kErasedUnlogged = kErased + kLogAbsent;
 inline const std::string kRefusedUnlogged = kRefused + kLogAbsent;
 
+// The save lock, its two modes and its unlock.
+inline const std::string kLockUnopened = "fileAccess_lock : 001 : /tmp/Saveing file open error\n";
+inline const std::string kLockUntaken =
+    "fileAccess_lock : 002 : /tmp/Saveing file lock (blocking) error\n";
+inline const std::string kLockBusy =
+    "fileAccess_lock : 003 : /tmp/Saveing file lock (non-blocking) error\n";
+inline const std::string kLockAbsent =
+    "fileAccess_unlock : 001 : /tmp/Saveing file pointer (==0) error\n";
+inline const std::string kLockUnclosed =
+    "fileAccess_unlock : 002 : /tmp/Saveing file close error\n";
+
 // What the rebuild prints of the sample image.
 inline const std::string kSampleHeaderLines = "head.seq_num  : 7\n"
                                               "head.number   : 3\n"

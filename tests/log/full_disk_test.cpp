@@ -142,18 +142,6 @@ TEST_F(FullDisk, FullRingOfTheSystemLogGoesOn)
 
 // The user log. Its message finds the system log longer than the limit, and full as well.
 
-UserLogRecord event()
-{
-    return {0, {1, 2, 3, 4}, 300, 30, 29, {5, 6, 7, 8}};
-}
-const Bytes kEvent = hex("C3 63 05 44 01 02 03 04 2C 01 1E 1D 05 06 07 08"); // 1141203907
-
-int32_t event_put()
-{
-    UserLogRecord record = event();
-    return userLog_put(&record);
-}
-
 TEST_F(FullDisk, RecordOfTheUserLogIsLostWithAFailingSeek)
 {
     const Bytes log = userHeader_bytes(2, 2) + Bytes(32, 'r');

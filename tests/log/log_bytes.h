@@ -1,4 +1,5 @@
-// The bytes of the two logs as the tests expect them: built byte by byte, without the product's own records and checksum.
+// The bytes of the two logs as the tests expect them: built byte by byte, without the product's own
+// records and checksum.
 #pragma once
 
 #include <cstdint>
@@ -6,6 +7,7 @@
 #include <string>
 
 #include "log/log_calls.h"
+#include "maint/user_log.h"
 
 constexpr const char* kFlashImage = "/dev/mtd_systemlog";
 constexpr const char* kFlashSave = "/tmp/flashsave";
@@ -31,22 +33,14 @@ inline Bytes header_bytes(const HeaderFields& fields)
            le16(fields.version) + le16(fields.checksum);
 }
 
-inline uint32_t littleEndian_get(const Bytes& bytes, size_t at, int width)
-{
-    uint32_t value = 0;
-    for (int byte = width - 1; byte >= 0; --byte) {
-        value = value << 8 | static_cast<uint8_t>(bytes.at(at + static_cast<size_t>(byte)));
-    }
-    return value;
-}
-
 // The first 12 bytes of a file.
 inline HeaderFields header_get(const Bytes& file)
 {
-    return {littleEndian_get(file, 0, 4), static_cast<uint16_t>(littleEndian_get(file, 4, 2)),
-            static_cast<uint16_t>(littleEndian_get(file, 6, 2)),
-            static_cast<uint16_t>(littleEndian_get(file, 8, 2)),
-            static_cast<uint16_t>(littleEndian_get(file, 10, 2))};
+    const auto word = [&file](size_t at) {
+        return static_cast<uint16_t>(static_cast<uint8_t>(file.at(at)) +
+                                     256 * static_cast<uint8_t>(file.at(at + 1)));
+    };
+    return {word(0) + 65536U * word(2), word(4), word(6), word(8), word(10)};
 }
 
 // A record of the system log: 19 bytes of time stamp, a blank, 79 of message, a newline.
@@ -126,6 +120,14 @@ inline Bytes userHeader_bytes(unsigned number, unsigned location)
 {
     return hex("A1 A2 A3 A4") + le16(number) + le16(location) + hex("B1 B2 B3 B4 B5 B6 B7 B8");
 }
+
+// An event that the user log takes, put at the board's time, and as the log then holds it.
+inline int32_t event_put()
+{
+    UserLogRecord record{0, {1, 2, 3, 4}, 300, 30, 29, {5, 6, 7, 8}};
+    return userLog_put(&record);
+}
+inline const Bytes kEvent = hex("C3 63 05 44 01 02 03 04 2C 01 1E 1D 05 06 07 08");
 
 // The bytes of the hex pairs, with so many of the filler before and after them.
 inline Bytes framed_bytes(char filler, size_t before, const char* pairs, size_t after)

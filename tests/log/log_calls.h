@@ -1,4 +1,5 @@
-// Where the logs and the save lock lie, and the calls of an append to each.
+// Where the logs, the configuration and the save lock lie, and the calls of an append and of a
+// lookup.
 #pragma once
 
 #include "board/board_test.h"
@@ -6,6 +7,7 @@
 constexpr const char* kSystemLog = "/conf/system.log";
 constexpr const char* kUserLog = "/conf/user.log";
 constexpr const char* kSaveLock = "/tmp/Saveing";
+constexpr const char* kConfig = "/conf/config";
 
 // An empty system log.
 inline Bytes fresh_log()
@@ -49,4 +51,11 @@ inline Trace userAppend_calls(size_t slot)
 inline Trace event_calls(size_t slot)
 {
     return kMarkerCalls + userAppend_calls(slot);
+}
+
+// A lookup in a file that reads so many lines.
+inline Trace lookup_calls(const std::string& path, size_t lines)
+{
+    return Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX", "fopen " + path + " r"} +
+           Trace(lines, "fgets " + path + " 1024") + Trace{"fclose " + path, "fclose /tmp/Saveing"};
 }
