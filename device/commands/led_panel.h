@@ -25,7 +25,7 @@ constexpr LedIndicator kLedE{WR_LED_E, 0x0040, kLedRegisterC, &LedStateRecord::l
 constexpr LedIndicator kLedF{WR_LINE_MODE, 0x0010, kLedRegisterC, &LedStateRecord::ledF};
 
 // In this order, and the line mode last, which is neither recorded nor restored.
-enum class Indicator : uint16_t { kB, kC, kD, kE, kLineMode };
+enum class IndicatorId : uint16_t { kB, kC, kD, kE, kLineMode };
 extern const LedIndicator kLedIndicators[5];
 constexpr unsigned kLedIndicatorsKept = 4;
 
@@ -89,7 +89,7 @@ constexpr LedGroupPlace kLedGroup6{WR_LED_GROUP_6, kLedRegisterA, 12, MaskOrder:
 constexpr LedGroupPlace kLedGroup7{WR_LED_GROUP_7, kLedRegisterB, 0, MaskOrder::kByElement,
                                    &LedStateRecord::group7};
 
-enum class Group : uint16_t { k1, kLineFlags, k3, k4, k5, k6, k7 };
+enum class GroupId : uint16_t { k1, kLineFlags, k3, k4, k5, k6, k7 };
 extern const LedGroupPlace kLedGroups[7]; // in this order
 
 constexpr unsigned element_bit(const LedGroupPlace& place, unsigned element)

@@ -27,7 +27,7 @@ void switchPort_mirror(Fpga& fpga, const LedGroup& group)
 
 } // namespace
 
-int32_t indicator_write(const LedStateRecord* record, Indicator which)
+int32_t indicator_write(const LedStateRecord* record, IndicatorId which)
 {
     const LedIndicator& indicator = kLedIndicators[static_cast<unsigned>(which)];
     if (change_recorded(indicator.command, *record)) {
@@ -37,7 +37,7 @@ int32_t indicator_write(const LedStateRecord* record, Indicator which)
                               indicator_assign(indicator, record->*indicator.value));
 }
 
-int32_t group_write(const LedStateRecord* record, Group which)
+int32_t group_write(const LedStateRecord* record, GroupId which)
 {
     const LedGroupPlace& place = kLedGroups[static_cast<unsigned>(which)];
     if (change_recorded(place.command, *record)) {
@@ -62,7 +62,7 @@ int32_t write_led_a(const LedStateRecord* record)
 // A failed write counts as an unopened device; this command alone is so.
 int32_t write_led_c(const LedStateRecord* record)
 {
-    const int32_t status = indicator_write(record, Indicator::kC);
+    const int32_t status = indicator_write(record, IndicatorId::kC);
     return status == DEVICE_WRITE_FAILED ? DEVICE_OPEN_FAILED : status;
 }
 

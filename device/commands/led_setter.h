@@ -6,16 +6,16 @@
 #include "maint/commands/led.h"
 
 // Recorded while the inhibit is on, otherwise one change of one LED register.
-int32_t indicator_write(const LedStateRecord* record, Indicator which);
-int32_t group_write(const LedStateRecord* record, Group which);
+int32_t indicator_write(const LedStateRecord* record, IndicatorId which);
+int32_t group_write(const LedStateRecord* record, GroupId which);
 
-constexpr CommandCall write_led_b = call_of<indicator_write>(Indicator::kB);
-constexpr CommandCall write_led_d = call_of<indicator_write>(Indicator::kD);
-constexpr CommandCall write_led_e = call_of<indicator_write>(Indicator::kE);
-constexpr CommandCall write_led_group_3 = call_of<group_write>(Group::k3);
-constexpr CommandCall write_led_group_4 = call_of<group_write>(Group::k4);
-constexpr CommandCall write_led_group_5 = call_of<group_write>(Group::k5);
-constexpr CommandCall write_led_group_6 = call_of<group_write>(Group::k6);
+constexpr CommandCall write_led_b = call_of<indicator_write>(IndicatorId::kB);
+constexpr CommandCall write_led_d = call_of<indicator_write>(IndicatorId::kD);
+constexpr CommandCall write_led_e = call_of<indicator_write>(IndicatorId::kE);
+constexpr CommandCall write_led_group_3 = call_of<group_write>(GroupId::k3);
+constexpr CommandCall write_led_group_4 = call_of<group_write>(GroupId::k4);
+constexpr CommandCall write_led_group_5 = call_of<group_write>(GroupId::k5);
+constexpr CommandCall write_led_group_6 = call_of<group_write>(GroupId::k6);
 
 // Likewise, with a difference.
 int32_t write_led_a(const LedStateRecord* record);

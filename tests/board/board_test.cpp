@@ -13,6 +13,37 @@ Bytes hex(const char* pairs)
     return bytes;
 }
 
+std::string hex_pairs(const Bytes& bytes)
+{
+    std::string text;
+    for (const char byte : bytes) {
+        char pair[4];
+        snprintf(pair, sizeof pair, " %02X", static_cast<uint8_t>(byte));
+        text += pair;
+    }
+    return text;
+}
+
+Bytes byte(uint32_t value)
+{
+    return Bytes(1, static_cast<char>(value));
+}
+
+Bytes le16(uint32_t value)
+{
+    return {static_cast<char>(value), static_cast<char>(value >> 8)};
+}
+
+Bytes le32(uint32_t value)
+{
+    return le16(value) + le16(value >> 16);
+}
+
+Bytes zeros(size_t size)
+{
+    return Bytes(size, '\0');
+}
+
 Trace operator+(Trace first, const Trace& second)
 {
     first.insert(first.end(), second.begin(), second.end());

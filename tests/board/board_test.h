@@ -32,6 +32,14 @@ template <class Record> Bytes bytes_of(const Record& record)
 
 // The bytes that a text of hex pairs stands for: hex("FF 00").
 Bytes hex(const char* pairs);
+// And the other way round, each pair behind a blank: " FF 00".
+std::string hex_pairs(const Bytes& bytes);
+
+// Bytes to build records from, numbers little-endian.
+Bytes byte(uint32_t value);
+Bytes le16(uint32_t value);
+Bytes le32(uint32_t value);
+Bytes zeros(size_t size);
 
 // Calls one after the other.
 Trace operator+(Trace first, const Trace& second);

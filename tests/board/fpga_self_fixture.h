@@ -5,14 +5,14 @@
 #include <gtest/gtest-spi.h>
 
 #include "board/calls.h"
-#include "device/device_test.h"
+#include "device/command_test.h"
 
 constexpr const char* kFpga = "/dev/fpga";
 
 // Longer than any record, to show what a request fills beyond its own.
 constexpr size_t kRoom = 300;
 
-class FpgaSelf : public DeviceTest
+class FpgaSelf : public CommandTest
 {
   protected:
     int request(uint32_t number, Bytes& record)
@@ -40,7 +40,7 @@ class FpgaSelf : public DeviceTest
     // A word as the driver gives it for this request.
     uint32_t word(uint32_t number)
     {
-        const Bytes record = answer(number, Bytes(2, '\0'));
+        const Bytes record = answer(number, zeros(2));
         return static_cast<uint8_t>(record[0]) + 256U * static_cast<uint8_t>(record[1]);
     }
 
@@ -58,16 +58,6 @@ class FpgaSelf : public DeviceTest
             failures += results.GetTestPartResult(i).failed() ? 1 : 0;
         }
         return failures;
-    }
-
-    // Closes what a command under a wrong proof has left open; how many there were.
-    size_t close_left_open()
-    {
-        const size_t left = board.open_descriptors();
-        while (!board.descriptors().empty()) {
-            board.closing(board.descriptors().begin()->first);
-        }
-        return left;
     }
 };
 

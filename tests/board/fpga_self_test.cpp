@@ -19,11 +19,11 @@ TEST_F(FpgaSelf, AWrittenWordShowsWhereItIsRead)
     uint32_t value = 0x8421;
     for (const auto& [write, read] : kByValue) {
         EXPECT_EQ(send(write, ++value), 0);
-        EXPECT_EQ(word(read), value) << std::hex << write;
+        EXPECT_EQ(word(read), value) << hex_number(write);
     }
     for (const auto& [write, read] : kByAddress) {
         answer(write, le16(++value));
-        EXPECT_EQ(word(read), value) << std::hex << write;
+        EXPECT_EQ(word(read), value) << hex_number(write);
     }
     EXPECT_EQ(board.fpga.words.size(), std::size(kByValue) + std::size(kByAddress));
 }
@@ -55,7 +55,7 @@ constexpr RoundTrip kRoundTrips[] = {
 TEST_F(FpgaSelf, AWrittenEntryIsReadBackByItsKeyAlone)
 {
     for (const RoundTrip& row : kRoundTrips) {
-        SCOPED_TRACE(row.write);
+        SCOPED_TRACE(hex_number(row.write));
         board.fpga = FpgaModel();
         const RequestForm* read = requestForm_find(row.read);
         Bytes sent;
@@ -150,7 +150,7 @@ TEST_F(FpgaSelf, KeepsWhatIsOnlyWritten)
                                                         {0x6B9B, 68}, {0x6B9C, 160}};
     for (const auto& [number, size] : kWritten) {
         answer(number, pattern(kRoom));
-        EXPECT_EQ(board.fpga.written[number], pattern(size)) << std::hex << number;
+        EXPECT_EQ(board.fpga.written[number], pattern(size)) << hex_number(number);
     }
 }
 

@@ -8,14 +8,12 @@
 
 #include "board/failure_table.h"
 #include "board/lock_holder.h"
+#include "log/console_lines.h"
+#include "log/log_calls.h"
 #include "maint/ini_file.h"
 
 namespace
 {
-
-constexpr const char* kConfig = "/conf/config";
-constexpr const char* kLockFile = "/tmp/Saveing";
-constexpr const char* kSystemLog = "/conf/system.log";
 
 class IniFileCalls : public BoardTest
 {
@@ -45,23 +43,14 @@ TEST_F(IniFileCalls, ReadsLineByLineUnderTheSaveLockUpToTheKey)
 {
     EXPECT_EQ(get(kConfig, "[A]", "KEY"), 0);
     EXPECT_STREQ(value.data(), "2");
-    EXPECT_EQ(
-        board.calls,
-        (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX", "fopen /conf/config r",
-               "fgets /conf/config 1024", "fgets /conf/config 1024", "fgets /conf/config 1024",
-               "fgets /conf/config 1024", "fclose /conf/config", "fclose /tmp/Saveing"}));
+    EXPECT_EQ(board.calls, lookup_calls(kConfig, 4));
 }
 
 TEST_F(IniFileCalls, ReadsToTheEndForAMissingKey)
 {
     EXPECT_EQ(get(kConfig, "", "OTHER"), -1);
     expect_emptied(value);
-    EXPECT_EQ(
-        board.calls,
-        (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX", "fopen /conf/config r",
-               "fgets /conf/config 1024", "fgets /conf/config 1024", "fgets /conf/config 1024",
-               "fgets /conf/config 1024", "fgets /conf/config 1024", "fgets /conf/config 1024",
-               "fclose /conf/config", "fclose /tmp/Saveing"}));
+    EXPECT_EQ(board.calls, lookup_calls(kConfig, 6));
     EXPECT_EQ(board.console, "");
 }
 
@@ -69,9 +58,7 @@ TEST_F(IniFileCalls, StopsReadingAtASiteSection)
 {
     board.file_put(kConfig, hex("5B B5 F2 C5 C0 49 44 23") + "01]\nKEY='1'\n");
     EXPECT_EQ(get(kConfig, "", "KEY"), -1);
-    EXPECT_EQ(board.calls,
-              (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX", "fopen /conf/config r",
-                     "fgets /conf/config 1024", "fclose /conf/config", "fclose /tmp/Saveing"}));
+    EXPECT_EQ(board.calls, lookup_calls(kConfig, 1));
 }
 
 TEST_F(IniFileCalls, NullSectionIsNoSection)
@@ -122,12 +109,11 @@ TEST_F(IniFileCalls, FolderInPlaceOfTheFileHoldsNoKey)
 
 // The file cannot be opened --------------------------------------------------------------------
 
-const Bytes kEmptyLog = hex("00 00 00 00 00 00 00 00 01 00 00 00");
 const Bytes kOneRecord = hex("00 00 00 00 01 00 01 00 01 00 00 00");
 
 TEST_F(IniFileCalls, MissingFileIsReportedOnBothSinksAndTheLockReleased)
 {
-    board.file_put(kSystemLog, kEmptyLog);
+    board.file_put(kSystemLog, fresh_log());
     EXPECT_EQ(get("/tmp/none", "", "KEY"), -1);
     expect_emptied(value);
     EXPECT_EQ(board.console, "GetIniFileString : 001 : /tmp/none file open error\n");
@@ -135,20 +121,16 @@ TEST_F(IniFileCalls, MissingFileIsReportedOnBothSinksAndTheLockReleased)
               kOneRecord +
                   "2006/03/01 09:05:07 GetIniFileString : 001 : /tmp/none file open error" +
                   Bytes(29, ' ') + "\n");
-    EXPECT_EQ(
-        board.calls,
-        (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX", "fopen /tmp/none r",
-               "puts GetIniFileString : 001 : /tmp/none file open error", "time now",
-               "fopen /conf/system.log r+", "flock /conf/system.log LOCK_EX",
-               "fread /conf/system.log 12", "fseek /conf/system.log 12",
-               "fprintf /conf/system.log 100", "fseek /conf/system.log 0",
-               "fwrite /conf/system.log 12", "fclose /conf/system.log", "fclose /tmp/Saveing"}));
-    EXPECT_TRUE(lock_is_free(board, kLockFile));
+    EXPECT_EQ(board.calls,
+              (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX", "fopen /tmp/none r",
+                     "puts GetIniFileString : 001 : /tmp/none file open error"} +
+               append_calls(0) + Trace{"fclose /tmp/Saveing"}));
+    EXPECT_TRUE(lock_is_free(board, kSaveLock));
 }
 
 TEST_F(IniFileCalls, MissingConfigurationIsReportedUnderItsPath)
 {
-    board.file_put(kSystemLog, kEmptyLog);
+    board.file_put(kSystemLog, fresh_log());
     board.file_remove(kConfig);
     EXPECT_EQ(get(kConfig, "", "KEY"), -1);
     EXPECT_EQ(board.console, "GetIniFileString : 001 : /conf/config file open error\n");
@@ -161,7 +143,7 @@ TEST_F(IniFileCalls, LongPathIsWholeOnTheConsoleAndCutAt79InTheLog)
     for (const size_t length : {30U, 40U, 60U, 200U, 4000U}) {
         SCOPED_TRACE(length);
         board.restart();
-        board.file_put(kSystemLog, kEmptyLog);
+        board.file_put(kSystemLog, fresh_log());
         const std::string path = "/tmp/" + std::string(length, 'p');
         const std::string text = "GetIniFileString : 001 : " + path + " file open error";
         EXPECT_EQ(get(path.c_str(), "", "KEY"), -1);
@@ -174,7 +156,7 @@ TEST_F(IniFileCalls, LongPathIsWholeOnTheConsoleAndCutAt79InTheLog)
 
 TEST_F(IniFileCalls, PathLongerThanAnyFileNameKeepsTheMessagesBeginning)
 {
-    board.file_put(kSystemLog, kEmptyLog);
+    board.file_put(kSystemLog, fresh_log());
     const std::string path = "/tmp/" + std::string(10000, 'p');
     EXPECT_EQ(get(path.c_str(), "", "KEY"), -1);
     const std::string text = "GetIniFileString : 001 : " + path;
@@ -184,7 +166,7 @@ TEST_F(IniFileCalls, PathLongerThanAnyFileNameKeepsTheMessagesBeginning)
 
 TEST_F(IniFileCalls, PercentSignsInThePathAreText)
 {
-    board.file_put(kSystemLog, kEmptyLog);
+    board.file_put(kSystemLog, fresh_log());
     EXPECT_EQ(get("/tmp/%s%n%d", "", "KEY"), -1);
     EXPECT_EQ(board.console, "GetIniFileString : 001 : /tmp/%s%n%d file open error\n");
     EXPECT_EQ(board.file_get(kSystemLog).substr(32, 52),
@@ -195,16 +177,15 @@ TEST_F(IniFileCalls, PercentSignsInThePathAreText)
 
 TEST_F(IniFileCalls, LockFileThatCannotBeOpenedEndsTheLookup)
 {
-    std::filesystem::create_directory(board.host(kLockFile));
+    std::filesystem::create_directory(board.host(kSaveLock));
     EXPECT_EQ(get(kConfig, "", "KEY"), -1);
     expect_emptied(value);
-    EXPECT_EQ(board.calls, (Trace{"fopen /tmp/Saveing w",
-                                  "puts fileAccess_lock : 001 : /tmp/Saveing file open error"}));
+    EXPECT_EQ(board.calls, (Trace{"fopen /tmp/Saveing w", puts_of(kLockUnopened)}));
 }
 
 TEST_F(IniFileCalls, WaitsForAnotherProcessAndReadsWhatItSaved)
 {
-    LockHolder holder(board, kLockFile);
+    LockHolder holder(board, kSaveLock);
     holder.release_when_awaited([this] { board.file_put(kConfig, "KEY='saved'\n"); });
     EXPECT_EQ(get(kConfig, "", "KEY"), 0);
     EXPECT_TRUE(holder.released());
@@ -217,15 +198,15 @@ TEST_F(IniFileCalls, LockIsHeldFromBeforeTheOpenUntilAfterTheClose)
     std::string free;
     std::string held;
     board.before_call = [&](const std::string& call) {
-        (lock_is_free(board, kLockFile) ? free : held) += call + "\n";
+        (lock_is_free(board, kSaveLock) ? free : held) += call + "\n";
     };
-    board.file_put(kLockFile, "");
+    board.file_put(kSaveLock, "");
     EXPECT_EQ(get(kConfig, "", "KEY"), 0);
     EXPECT_EQ(free, "fopen /tmp/Saveing w\nflock /tmp/Saveing LOCK_EX\n");
     // Seen before each call, so the lock is still there when its own stream is about to close.
     EXPECT_EQ(held, "fopen /conf/config r\nfgets /conf/config 1024\nfclose /conf/config\n"
                     "fclose /tmp/Saveing\n");
-    EXPECT_TRUE(lock_is_free(board, kLockFile));
+    EXPECT_TRUE(lock_is_free(board, kSaveLock));
 }
 
 TEST_F(IniFileCalls, LockIsReleasedWhateverTheOutcome)
@@ -244,55 +225,52 @@ TEST_F(IniFileCalls, LockIsReleasedWhateverTheOutcome)
         EXPECT_EQ(get(outcome.path, outcome.section, outcome.key), outcome.result);
         EXPECT_EQ(board.open_descriptors(), 0U);
         EXPECT_EQ(board.held_locks(), 0U);
-        EXPECT_TRUE(lock_is_free(board, kLockFile));
+        EXPECT_TRUE(lock_is_free(board, kSaveLock));
     }
 }
 
 TEST_F(IniFileCalls, FailedUnlockFailsTheCallAndLeavesTheValueInPlace)
 {
-    board.file_put(kSystemLog, kEmptyLog);
+    board.file_put(kSystemLog, fresh_log());
     board.fail_call(6);
     EXPECT_EQ(get(kConfig, "", "KEY"), -1);
-    EXPECT_EQ(board.calls, (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX",
-                                  "fopen /conf/config r", "fgets /conf/config 1024",
-                                  "fclose /conf/config", "fclose /tmp/Saveing -> failed",
-                                  "puts fileAccess_unlock : 002 : /tmp/Saveing file close error"}));
+    EXPECT_EQ(board.calls,
+              (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX", "fopen /conf/config r",
+                     "fgets /conf/config 1024", "fclose /conf/config",
+                     "fclose /tmp/Saveing -> failed", puts_of(kLockUnclosed)}));
     EXPECT_STREQ(value.data(), "0");
-    EXPECT_EQ(board.file_get(kSystemLog), kEmptyLog);
+    EXPECT_EQ(board.file_get(kSystemLog), fresh_log());
 }
 
 // Every call fails once --------------------------------------------------------------------------
 
 struct Failure {
-    const char* call;
+    std::string call;
     int32_t result;
     const char* value;
-    const char* console;
+    std::string console;
 };
 
 TEST_F(IniFileCalls, EachFailingCallGivesItsResult)
 {
     const std::vector<Failure> failures{
-        {"fopen /tmp/Saveing w", -1, "", "fileAccess_lock : 001 : /tmp/Saveing file open error\n"},
-        {"flock /tmp/Saveing LOCK_EX", -1, "",
-         "fileAccess_lock : 002 : /tmp/Saveing file lock (blocking) error\n"},
+        {"fopen /tmp/Saveing w", -1, "", kLockUnopened},
+        {"flock /tmp/Saveing LOCK_EX", -1, "", kLockUntaken},
         {"fopen /conf/config r", -1, "",
-         "GetIniFileString : 001 : /conf/config file open error\n"
-         "systemLog_put : 002 : /conf/system.log file open error\n"},
+         "GetIniFileString : 001 : /conf/config file open error\n" + kLogAbsent},
         // A line that cannot be read is the end of the file.
         {"fgets /conf/config 1024", -1, "", ""},
         {"fgets /conf/config 1024", -1, "", ""},
         {"fgets /conf/config 1024", -1, "", ""},
         {"fgets /conf/config 1024", -1, "", ""},
         {"fclose /conf/config", 0, "2", ""},
-        {"fclose /tmp/Saveing", -1, "2",
-         "fileAccess_unlock : 002 : /tmp/Saveing file close error\n"},
+        {"fclose /tmp/Saveing", -1, "2", kLockUnclosed},
     };
     failureTable_expect(
         board, [this] { value.fill('~'); }, [this] { return get(kConfig, "[A]", "KEY"); }, failures,
         [this](const Failure& row, size_t) {
             EXPECT_STREQ(value.data(), row.value);
-            EXPECT_TRUE(lock_is_free(board, kLockFile));
+            EXPECT_TRUE(lock_is_free(board, kSaveLock));
         });
 }
 

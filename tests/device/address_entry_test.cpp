@@ -21,11 +21,6 @@ const Bytes kOldSet = hex("51 52 53 54 55 56 57 58 59 5A 5B 5C 5D 5E 5F 60");
 const Bytes kOldNumber = hex("71 72 73 74");
 const Bytes kOldNumbers = hex("71 72 73 74 75 76 77 78 79 7A 7B 7C 7D 7E 7F 80");
 
-Bytes zeros(size_t count)
-{
-    return Bytes(count, '\0');
-}
-
 Bytes entry_of(uint32_t own, uint32_t id, const Bytes& bytes, const Bytes& number = kOldNumber)
 {
     return le32(own) + le32(id) + bytes + kUnused16 + number;

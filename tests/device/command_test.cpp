@@ -5,11 +5,6 @@ Bytes untouched(size_t size)
     return Bytes(size, static_cast<char>(kUntouched));
 }
 
-Bytes zeros(size_t size)
-{
-    return Bytes(size, '\0');
-}
-
 void* CommandTest::put(const Bytes& record)
 {
     EXPECT_LE(record.size(), kRecordMax);

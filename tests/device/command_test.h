@@ -9,7 +9,6 @@ constexpr uint8_t kUntouched = 0xA5; // what a caller's memory holds unless a te
 
 // So many bytes of it.
 Bytes untouched(size_t size);
-Bytes zeros(size_t size);
 
 class CommandTest : public DeviceTest
 {

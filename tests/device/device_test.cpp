@@ -12,13 +12,7 @@ std::string request_line(uint32_t request)
 
 std::string record_line(uint32_t request, const Bytes& record)
 {
-    std::string line = request_line(request);
-    for (const char byte : record) {
-        char text[8];
-        snprintf(text, sizeof text, " %02X", static_cast<unsigned char>(byte));
-        line += text;
-    }
-    return line;
+    return request_line(request) + hex_pairs(record);
 }
 
 bool is_open(const std::string& call)
@@ -129,21 +123,6 @@ Trace calls_of(const Course& course, size_t from)
         calls.push_back(course[i].call);
     }
     return calls;
-}
-
-Bytes byte(uint32_t value)
-{
-    return Bytes(1, static_cast<char>(value));
-}
-
-Bytes le16(uint32_t value)
-{
-    return {static_cast<char>(value), static_cast<char>(value >> 8)};
-}
-
-Bytes le32(uint32_t value)
-{
-    return le16(value) + le16(value >> 16);
 }
 
 void DeviceTest::expect_course(DeviceCommandCode command, void* argument, const Course& course,

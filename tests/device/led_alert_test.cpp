@@ -7,7 +7,6 @@
 namespace
 {
 
-constexpr const char* kUserLog = "/conf/user.log";
 constexpr uint32_t kWord03 = 0x5A1A; // without bit 6
 constexpr uint32_t kBit6 = 0x0040;
 
@@ -78,24 +77,6 @@ Outcome outcome_of(uint32_t word, const Bytes& caller, bool ledA_recorded)
     return outcome;
 }
 
-// The calls of one event that goes into the given slot of the user log.
-Trace event_calls(unsigned slot)
-{
-    return {"fopen /tmp/flashsave w+",
-            "flock /tmp/flashsave LOCK_EX",
-            "fwrite /tmp/flashsave 1",
-            "fclose /tmp/flashsave",
-            "time now",
-            "fopen /conf/user.log r+b",
-            "flock /conf/user.log LOCK_EX",
-            "fread /conf/user.log 16",
-            "fseek /conf/user.log " + std::to_string(16 + 16 * slot),
-            "fwrite /conf/user.log 16",
-            "fseek /conf/user.log 0",
-            "fwrite /conf/user.log 16",
-            "fclose /conf/user.log"};
-}
-
 // An event as the user log holds it at the board's time, 0x440563C3.
 Bytes event_bytes(unsigned code)
 {
@@ -112,6 +93,8 @@ Bytes userLog_with(const std::vector<unsigned>& events)
     return log;
 }
 
+constexpr size_t kFileOpen = 4; // of the calls that record a change
+
 enum class File { kAbsent, kWhole, kTooShort };
 
 class Alert : public LedSetterTest
@@ -119,12 +102,30 @@ class Alert : public LedSetterTest
   protected:
     Alert() { board.file_put(kUserLog, userLog_with({})); }
 
-    void caller_put(unsigned mask, unsigned first, unsigned second, unsigned third)
+    void* caller_put(unsigned mask, unsigned first, unsigned second, unsigned third)
     {
-        record.put(14, mask);
-        record.put(15, first);
-        record.put(16, second);
-        record.put(17, third);
+        return put(zeros(14) + byte(mask) + byte(first) + byte(second) + byte(third) + zeros(26));
+    }
+
+    void words_put(uint32_t word, uint32_t word03)
+    {
+        board.fpga.words[0x6B11] = word;
+        board.fpga.words[kDeviceWord03] = word03;
+    }
+    void expect_words(uint32_t word, uint32_t word03)
+    {
+        EXPECT_EQ(hex_number(board.fpga.words[0x6B11]), hex_number(word));
+        EXPECT_EQ(hex_number(board.fpga.words[kDeviceWord03]), hex_number(word03));
+    }
+
+    // A calm panel, and a record that raises the alert: ledA 1 becomes 3.
+    void alert_prepare(File file)
+    {
+        file_put(file);
+        board.file_put(kUserLog, userLog_with({}));
+        words_put(0x1000, kWord03);
+        caller_put(0, 1, 0, 0);
+        board.restart();
     }
 
     void file_put(File file)
@@ -139,28 +140,26 @@ class Alert : public LedSetterTest
     {
         return file == File::kAbsent  ? kNotInhibited
                : file == File::kWhole ? kRecorded
-                                      : kFileTooShort;
+                                      : kNotMerged;
     }
 
     // One run, against the outcome in every place where it shows.
     void expect_outcome(uint32_t word, File file)
     {
         const bool inhibited = file == File::kWhole;
-        const Bytes caller = record.bytes();
+        const Bytes caller = record();
         const Outcome outcome = outcome_of(word, caller, inhibited);
         const bool bit6_before = outcome.ledA == 2U; // so that a change of it shows
         file_put(file);
         board.file_put(kUserLog, userLog_with({}));
-        board.fpga.words[0x6B11] = word;
-        board.fpga.words[0x6B03] = kWord03 | (bit6_before ? kBit6 : 0);
+        words_put(word, kWord03 | (bit6_before ? kBit6 : 0));
         board.restart();
 
         EXPECT_EQ(run(WR_LED_GROUP_1), inhibited ? 1 : 0);
 
         EXPECT_EQ(board.calls, calls_expected(outcome, file));
-        EXPECT_EQ(board.fpga.words[0x6B11], inhibited ? word : outcome.word);
         const bool bit6 = inhibited ? bit6_before : outcome.ledA == 3U;
-        EXPECT_EQ(board.fpga.words[0x6B03], kWord03 | (bit6 ? kBit6 : 0));
+        expect_words(inhibited ? word : outcome.word, kWord03 | (bit6 ? kBit6 : 0));
         EXPECT_EQ(board.file_get(kUserLog),
                   outcome.event == 0 ? userLog_with({}) : userLog_with({outcome.event}));
         if (file == File::kAbsent) {
@@ -168,7 +167,7 @@ class Alert : public LedSetterTest
         } else {
             EXPECT_EQ(board.file_get(kLedFile), file_expected(outcome, caller, file));
         }
-        EXPECT_EQ(record.bytes(), caller);
+        EXPECT_EQ(record(), caller);
     }
 
     static Trace calls_expected(const Outcome& outcome, File file)
@@ -184,7 +183,7 @@ class Alert : public LedSetterTest
             calls = calls + calls_of({value_write(0x6B12, outcome.word)});
             if (outcome.ledA) {
                 const uint32_t word = kWord03 | (outcome.ledA == 3U ? kBit6 : 0);
-                calls = calls + calls_of(changes_word(0x6B03, 0x6B04, word));
+                calls = calls + calls_of(changes_word(kDeviceWord03, 0x6B04, word));
             }
         }
         return calls + calls_of({closes()});
@@ -212,7 +211,7 @@ class Alert : public LedSetterTest
                 for (unsigned shown = 0; shown < 8 && !HasFailure(); ++shown) {
                     const unsigned word = (shown >> 1) << 12 | (shown & 1U) << 7;
                     SCOPED_TRACE("mask " + std::to_string(mask) + " pattern " +
-                                 std::to_string(pattern) + " word " + std::to_string(word));
+                                 std::to_string(pattern) + " word " + hex_number(word));
                     expect_outcome(word, file);
                     expect_outcome(word | 0xCF7FU, file);
                 }
@@ -239,10 +238,8 @@ TEST_F(Alert, DrivesThePanelWhenTheFileIsTooShort)
 // One of each, typed out.
 TEST_F(Alert, RaisesTheAlert)
 {
-    board.fpga.words[0x6B11] = 0x1000;
-    board.fpga.words[0x6B03] = kWord03;
-    caller_put(7, 1, 1, 0);
-    expect_course(WR_LED_GROUP_1, record.pointer(),
+    words_put(0x1000, kWord03);
+    expect_course(WR_LED_GROUP_1, caller_put(7, 1, 1, 0),
                   course_of(kNotInhibited) + Course{opens_to_write(), word_read(0x6B11)} +
                       course_of(event_calls(0) + kNotInhibited) +
                       Course{value_write(0x6B12, 0x20F0), opens_to_write(), word_read(0x6B03),
@@ -254,10 +251,8 @@ TEST_F(Alert, RaisesTheAlert)
 
 TEST_F(Alert, EndsTheAlert)
 {
-    board.fpga.words[0x6B11] = 0x20C0;
-    board.fpga.words[0x6B03] = 0x5A5A;
-    caller_put(0, 1, 1, 1);
-    expect_course(WR_LED_GROUP_1, record.pointer(),
+    words_put(0x20C0, 0x5A5A);
+    expect_course(WR_LED_GROUP_1, caller_put(0, 1, 1, 1),
                   course_of(kNotInhibited) + Course{opens_to_write(), word_read(0x6B11)} +
                       course_of(event_calls(0) + kNotInhibited) +
                       Course{value_write(0x6B12, 0x3070), opens_to_write(), word_read(0x6B03),
@@ -286,10 +281,8 @@ TEST_F(Alert, ReturnsEachFailureOfTheRegisterAndOfDeviceWord03)
     prove(
         WR_LED_GROUP_1,
         [this] {
-            board.fpga.words[0x6B11] = 0x2080;
-            board.fpga.words[0x6B03] = 0x5A5A;
-            caller_put(0, 0, 1, 0);
-            return record.pointer();
+            words_put(0x2080, 0x5A5A);
+            return caller_put(0, 0, 1, 0);
         },
         without_inhibit({opens_to_write(), word_read(0x6B11)}) + course_of(kNotInhibited) +
             Course{value_write(0x6B12, 0x3030), opens_to_write(), word_read(0x6B03),
@@ -301,15 +294,10 @@ TEST_F(Alert, ForgetsAFailureOfDeviceWord03InTheRetry)
 {
     const size_t calls_before = calls_expected({0, 3, 257}, File::kAbsent).size() - 5;
     for (size_t failing = 1; failing <= 3; ++failing) {
-        caller_put(0, 1, 0, 0);
-        board.file_put(kUserLog, userLog_with({}));
-        board.fpga.words[0x6B11] = 0x1000;
-        board.fpga.words[0x6B03] = kWord03;
-        board.restart();
+        alert_prepare(File::kAbsent);
         board.fail_call(calls_before + failing);
         EXPECT_EQ(run(WR_LED_GROUP_1), 0);
-        EXPECT_EQ(board.fpga.words[0x6B11], 0x20E0U);
-        EXPECT_EQ(board.fpga.words[0x6B03], kWord03);
+        expect_words(0x20E0, kWord03);
         EXPECT_EQ(board.file_get(kUserLog), userLog_with({257}));
     }
 }
@@ -317,27 +305,21 @@ TEST_F(Alert, ForgetsAFailureOfDeviceWord03InTheRetry)
 // A register that cannot be written has the event logged by each of the two runs.
 TEST_F(Alert, LogsTheEventOnceMoreInTheRetry)
 {
-    caller_put(0, 1, 0, 0);
-    board.fpga.words[0x6B11] = 0x1000;
-    board.fpga.words[0x6B03] = kWord03;
+    alert_prepare(File::kAbsent);
     const size_t write = calls_expected({0, 3, 257}, File::kAbsent).size() - 5;
-    board.restart();
     fail_in_both_runs(write, 1);
     EXPECT_EQ(run(WR_LED_GROUP_1), -4);
-    EXPECT_EQ(board.fpga.words[0x6B11], 0x1000U);
-    EXPECT_EQ(board.fpga.words[0x6B03], kWord03);
+    expect_words(0x1000, kWord03);
     EXPECT_EQ(board.file_get(kUserLog), userLog_with({257, 257}));
 }
 
 TEST_F(Alert, GoesOnWithoutAUserLog)
 {
     log_clear(board);
+    alert_prepare(File::kAbsent);
     board.file_remove(kUserLog);
-    board.fpga.words[0x6B11] = 0x1000;
-    caller_put(0, 1, 0, 0);
     EXPECT_EQ(run(WR_LED_GROUP_1), 0);
-    EXPECT_EQ(board.fpga.words[0x6B11], 0x20E0U);
-    EXPECT_EQ(board.fpga.words[0x6B03], 0x0040U);
+    expect_words(0x20E0, kWord03 | kBit6);
     EXPECT_EQ(board.console, "userLog_put : 007 : /conf/user.log file open error\n");
     EXPECT_FALSE(board.file_exists(kUserLog));
 }
@@ -348,50 +330,31 @@ TEST_F(Alert, GoesOnWhateverFailsInTheUserLog)
     for (size_t call = 0; call < event_calls(0).size(); ++call) {
         SCOPED_TRACE(event_calls(0)[call]);
         log_clear(board);
-        board.file_put(kUserLog, userLog_with({}));
-        board.fpga.words[0x6B11] = 0x1000;
-        board.fpga.words[0x6B03] = kWord03;
-        caller_put(0, 1, 0, 0);
-        board.restart();
+        alert_prepare(File::kAbsent);
         board.fail_call(first + call);
         EXPECT_EQ(run(WR_LED_GROUP_1), 0);
         EXPECT_EQ(board.calls[first + call - 1], event_calls(0)[call] + " -> failed");
-        EXPECT_EQ(board.fpga.words[0x6B11], 0x20E0U);
-        EXPECT_EQ(board.fpga.words[0x6B03], kWord03 | kBit6);
+        expect_words(0x20E0, kWord03 | kBit6);
     }
 }
 
 // The two changes of the file are recorded apart, each as its own attempt turns out.
 TEST_F(Alert, DrivesTheGroupButNotLedAWhenOnlyTheGroupCannotBeRecorded)
 {
-    constexpr size_t kFileOpen = 4;
-    file_put(File::kWhole);
-    board.fpga.words[0x6B11] = 0x1000;
-    board.fpga.words[0x6B03] = kWord03;
-    caller_put(0, 1, 0, 0);
+    alert_prepare(File::kWhole);
     board.fail_call(kFileOpen);
     EXPECT_EQ(run(WR_LED_GROUP_1), 0);
-    EXPECT_EQ(board.fpga.words[0x6B11], 0x10E0U); // ledA as it was
-    EXPECT_EQ(board.fpga.words[0x6B03], kWord03 | kBit6);
-    Bytes file = kSaved;
-    file[8] = 3;
-    EXPECT_EQ(board.file_get(kLedFile), file);
+    expect_words(0x10E0, kWord03 | kBit6); // ledA as it was
+    EXPECT_EQ(board.file_get(kLedFile), Bytes(kSaved).replace(8, 1, hex("03")));
 }
 
 TEST_F(Alert, LeavesThePanelAloneWhenOnlyLedACannotBeRecorded)
 {
-    constexpr size_t kFileOpen = 4;
-    file_put(File::kWhole);
-    board.fpga.words[0x6B11] = 0x1000;
-    board.fpga.words[0x6B03] = kWord03;
-    caller_put(0, 1, 0, 0);
+    alert_prepare(File::kWhole);
     board.fail_call(kRecorded.size() + 2 + event_calls(0).size() + kFileOpen);
     EXPECT_EQ(run(WR_LED_GROUP_1), 1);
-    EXPECT_EQ(board.fpga.words[0x6B11], 0x1000U);
-    EXPECT_EQ(board.fpga.words[0x6B03], kWord03);
-    Bytes file = kSaved;
-    file.replace(15, 3, hex("01 00 00"));
-    EXPECT_EQ(board.file_get(kLedFile), file);
+    expect_words(0x1000, kWord03);
+    EXPECT_EQ(board.file_get(kLedFile), Bytes(kSaved).replace(15, 3, hex("01 00 00")));
 }
 
 } // namespace

@@ -4,238 +4,136 @@
 namespace
 {
 
-constexpr uint16_t kWords[] = {0x0000, 0xFFFF, 0x1234, 0x5555, 0xAAAA};
-
-// Three-state indicators --------------------------------------------------------------------
-
-struct Indicator {
-    const char* name;
-    DeviceCommandCode command;
-    size_t byte;
-    uint32_t read;
-    uint32_t write;
-    uint16_t low;
-    uint16_t high;
-    int32_t write_failure;
-    bool asks_for_inhibit;
-};
-
-constexpr Indicator kIndicators[] = {
-    {"LedE", 19, 12, 0x6B4F, 0x6B50, 0x0040, 0x0080, -4, true},
-    {"LedB", 21, 9, 0x6B11, 0x6B12, 0x0400, 0x0800, -4, true},
-    {"LedD", 23, 11, 0x6B4F, 0x6B50, 0x0100, 0x0200, -4, true},
-    {"LedC", 25, 10, 0x6B11, 0x6B12, 0x0100, 0x0200, -1, true},
-    {"LineMode", 27, 13, 0x6B4F, 0x6B50, 0x0010, 0x0020, -4, false},
-};
-
-uint32_t word_after(const Indicator& indicator, uint32_t word, unsigned value)
-{
-    if (value == 2) {
-        return word | indicator.high;
-    }
-    const uint32_t rest = word & ~(uint32_t{indicator.low} | indicator.high);
-    return value == 1 ? rest | indicator.low : rest;
-}
-
-class ThreeState : public LedSetterTest, public testing::WithParamInterface<Indicator>
+class OneIndicator : public LedSetterTest, public testing::WithParamInterface<Indicator>
 {
   protected:
+    [[nodiscard]] bool is_ledA() const { return indicator.command == WR_LED_A; }
+
+    // Of all indicators' values ledA's 2 alone changes a bit of another: it ends the alert.
+    [[nodiscard]] uint32_t word_after(uint16_t word, unsigned value) const
+    {
+        const auto state = static_cast<uint8_t>(value);
+        return !is_ledA()   ? indicator_word(indicator, word, state)
+               : value == 2 ? ledA_word(word, state) & 0xFF7FU
+                            : ledA_word(word, state);
+    }
+
     void expect_word(uint16_t word, unsigned value)
     {
-        board.fpga.words[indicator.read] = word;
-        record.put(indicator.byte, value);
+        board.fpga.words[indicator.panel.read] = word;
+        put_byte(indicator.byte, value);
         EXPECT_EQ(run(indicator.command), 0);
-        EXPECT_EQ(board.fpga.words[indicator.read], word_after(indicator, word, value))
-            << std::hex << word << " value " << value;
+        const uint32_t after = board.fpga.words[indicator.panel.read];
+        EXPECT_TRUE(after == word_after(word, value))
+            << hex_number(word) << " value " << value << ": " << hex_number(after);
     }
 
     const Indicator& indicator = GetParam();
+    const int32_t write_failure = indicator.command == WR_LED_C ? -1 : -4;
 };
 
-INSTANTIATE_TEST_SUITE_P(Led, ThreeState, testing::ValuesIn(kIndicators),
-                         [](const auto& row) { return row.param.name; });
+INSTANTIATE_TEST_SUITE_P(Led, OneIndicator, testing::ValuesIn(kIndicators), setter_name<Indicator>);
+INSTANTIATE_TEST_SUITE_P(FourStates, OneIndicator, testing::Values(kLedA), setter_name<Indicator>);
 
-TEST_P(ThreeState, ReadsTheRegisterChangesItsPairAndWritesItBack)
+// A change by a setter that is typed out.
+struct Change {
+    unsigned value;
+    uint16_t before;
+    uint32_t after;
+};
+
+TEST_P(OneIndicator, ReadsTheRegisterChangesItsPairAndWritesItBack)
 {
-    const struct {
-        unsigned value;
-        uint16_t before;
-        uint32_t after;
-    } runs[] = {{1, 0xFFFF, 0xFFFFU & ~uint32_t{indicator.high}},
-                {2, 0x0000, indicator.high},
-                {0, 0xFFFF, 0xFFFFU & ~(uint32_t{indicator.low} | indicator.high)}};
-    for (const auto& [value, before, after] : runs) {
-        const Course panel =
-            changes_word(indicator.read, indicator.write, after, indicator.write_failure);
+    const uint32_t low = indicator.low;
+    const uint32_t high = indicator.high;
+    const std::vector<Change> three{
+        {1, 0xFFFF, 0xFFFF & ~high}, {2, 0x0000, high}, {0, 0xFFFF, 0xFFFF & ~(low | high)}};
+    const std::vector<Change> four{{0, 0xFFFF, 0xCFFF}, {1, 0xFFFF, 0xDFFF}, {1, 0x0000, 0x1000},
+                                   {2, 0xFFFF, 0xFF7F}, {2, 0x0000, 0x3000}, {3, 0xFFFF, 0xEFFF},
+                                   {3, 0x0000, 0x2000}, {4, 0xFFFF, 0xCFFF}, {255, 0xFFFF, 0xCFFF}};
+    for (const Change& change : is_ledA() ? four : three) {
         prove(
             indicator.command,
-            [this, value = value, before = before] {
-                board.fpga.words[indicator.read] = before;
-                record.put(indicator.byte, value);
-                return record.pointer();
+            [&] {
+                board.fpga.words[indicator.panel.read] = change.before;
+                Bytes record = zeros(44);
+                record[indicator.byte] = static_cast<char>(change.value);
+                return put(record);
             },
-            indicator.asks_for_inhibit ? without_inhibit(panel) : panel);
+            course_of_setter(indicator.command,
+                             changes_word(indicator.panel.read, indicator.panel.write, change.after,
+                                          write_failure)));
     }
     EXPECT_FALSE(board.file_exists(kLedFile));
 }
 
-TEST_P(ThreeState, SetsItsPairAloneInEveryRegisterValue)
+TEST_P(OneIndicator, SetsItsPairAloneInEveryRegisterValue)
 {
     for_every_word([this](uint16_t word) {
         for (const unsigned value : {0U, 1U, 2U, 3U, 255U}) {
-            if (indicator.asks_for_inhibit) {
-                files_fail();
-            }
+            files_fail(indicator.command);
             expect_word(word, value);
         }
     });
 }
 
-TEST_P(ThreeState, TakesEveryOtherValueForOff)
+TEST_P(OneIndicator, TakesEveryOtherValueForOff)
 {
     board.recording = false;
-    for (const uint16_t word : kWords) {
+    for (const unsigned word : {0x0000U, 0xFFFFU, 0x1234U, 0x5555U, 0xAAAAU}) {
         for (unsigned value = 0; value < 256; ++value) {
-            expect_word(word, value);
+            expect_word(static_cast<uint16_t>(word), value);
         }
     }
     board.recording = true;
 }
 
-TEST_P(ThreeState, ReadsItsOwnByteAloneAndChangesNothingOfTheRecord)
+TEST_P(OneIndicator, ReadsItsOwnByteAloneAndChangesNothingOfTheRecord)
 {
-    for (const unsigned others : {0U, 1U, 2U, 0xA5U}) {
-        for (const unsigned value : {0U, 1U, 2U}) {
+    for (const unsigned others : {0U, 1U, 2U, 3U, 0xA5U}) {
+        for (const unsigned value : {0U, 1U, 2U, 3U}) {
             record_fill(others);
-            record.put(indicator.byte, value);
-            const Bytes before = record.bytes();
+            put_byte(indicator.byte, value);
+            const Bytes before = record();
             expect_word(0x5A5A, value);
-            EXPECT_EQ(record.bytes(), before);
+            EXPECT_EQ(record(), before);
         }
     }
 }
 
-TEST_P(ThreeState, KeepsTheRegisterWhenADeviceCallFails)
+TEST_P(OneIndicator, KeepsTheRegisterWhenADeviceCallFails)
 {
-    const size_t first = indicator.asks_for_inhibit ? kNotInhibited.size() : 0;
-    const int32_t failures[] = {-1, -2, indicator.write_failure};
+    const size_t first = is_line(indicator.command) ? 0 : kNotInhibited.size();
+    const int32_t failures[] = {-1, -2, write_failure};
     for (size_t failing = 0; failing < 3; ++failing) {
-        board.fpga.words[indicator.read] = 0xFFFF;
-        record.put(indicator.byte, 0);
+        board.fpga.words[indicator.panel.read] = 0xFFFF;
         board.restart();
         fail_in_both_runs(first + failing + 1, failing == 0 ? 0 : 1);
-        EXPECT_EQ(run(indicator.command), failures[failing]);
-        EXPECT_EQ(board.fpga.words[indicator.read], 0xFFFFU);
+        EXPECT_EQ(run(indicator.command, zeros(44)), failures[failing]);
+        EXPECT_EQ(board.fpga.words[indicator.panel.read], 0xFFFFU);
     }
 }
 
 TEST_F(LedSetterTest, LedETwoKeepsTheLowBitAndSevenClearsBoth)
 {
     board.fpga.words[0x6B4F] = 0x0040;
-    record.put(12, 2);
+    put_byte(12, 2);
     EXPECT_EQ(run(WR_LED_E), 0);
     EXPECT_EQ(board.fpga.words[0x6B4F], 0x00C0U);
-    record.put(12, 7);
+    put_byte(12, 7);
     EXPECT_EQ(run(WR_LED_E), 0);
     EXPECT_EQ(board.fpga.words[0x6B4F], 0x0000U);
 }
 
-// The four-state indicator ledA -------------------------------------------------------------
-
-uint32_t ledA_after(uint32_t word, unsigned value)
-{
-    switch (value) {
-    case 1:
-        return (word & 0xCFFFU) | 0x1000U;
-    case 2:
-        return (word & 0xCF7FU) | 0x3000U; // and the alert bit
-    case 3:
-        return (word & 0xCFFFU) | 0x2000U;
-    default:
-        return word & 0xCFFFU;
-    }
-}
-
-class LedA : public LedSetterTest
-{
-  protected:
-    void expect_word(uint16_t word, unsigned value)
-    {
-        board.fpga.words[0x6B11] = word;
-        record.put(8, value);
-        EXPECT_EQ(run(17), 0);
-        EXPECT_EQ(board.fpga.words[0x6B11], ledA_after(word, value))
-            << std::hex << word << " value " << value;
-    }
-};
-
-TEST_F(LedA, ReadsTheRegisterChangesItsPairAndWritesItBack)
-{
-    const struct {
-        unsigned value;
-        uint16_t before;
-        uint32_t after;
-    } runs[] = {
-        {0, 0xFFFF, 0xCFFF}, {1, 0xFFFF, 0xDFFF}, {1, 0x0000, 0x1000},
-        {2, 0xFFFF, 0xFF7F}, {2, 0x0000, 0x3000}, {3, 0xFFFF, 0xEFFF},
-        {3, 0x0000, 0x2000}, {4, 0xFFFF, 0xCFFF}, {255, 0xFFFF, 0xCFFF},
-    };
-    for (const auto& [value, before, after] : runs) {
-        prove(
-            WR_LED_A,
-            [this, value = value, before = before] {
-                board.fpga.words[0x6B11] = before;
-                record.put(8, value);
-                return record.pointer();
-            },
-            without_inhibit(changes_word(0x6B11, 0x6B12, after)));
-    }
-    EXPECT_FALSE(board.file_exists(kLedFile));
-}
-
-TEST_F(LedA, SetsItsPairAloneInEveryRegisterValueButForTheAlertBitThatTwoClears)
-{
-    for_every_word([this](uint16_t word) {
-        for (const unsigned value : {0U, 1U, 2U, 3U, 255U}) {
-            files_fail();
-            expect_word(word, value);
-        }
-    });
-}
-
-TEST_F(LedA, TakesEveryOtherValueForOff)
-{
-    board.recording = false;
-    for (const uint16_t word : kWords) {
-        for (unsigned value = 0; value < 256; ++value) {
-            expect_word(word, value);
-        }
-    }
-    board.recording = true;
-}
-
-TEST_F(LedA, ClearsTheAlertBitWithTwoAndNotWithThree)
+TEST_F(LedSetterTest, LedAClearsTheAlertBitWithTwoAndNotWithThree)
 {
     board.fpga.words[0x6B11] = 0x0080;
-    record.put(8, 3);
+    put_byte(8, 3);
     EXPECT_EQ(run(WR_LED_A), 0);
     EXPECT_EQ(board.fpga.words[0x6B11], 0x2080U);
-    record.put(8, 2);
+    put_byte(8, 2);
     EXPECT_EQ(run(WR_LED_A), 0);
     EXPECT_EQ(board.fpga.words[0x6B11], 0x3000U);
-}
-
-TEST_F(LedA, ReadsItsOwnByteAloneAndChangesNothingOfTheRecord)
-{
-    for (const unsigned others : {0U, 1U, 2U, 3U, 0xA5U}) {
-        for (const unsigned value : {0U, 1U, 2U, 3U}) {
-            record_fill(others);
-            record.put(8, value);
-            const Bytes before = record.bytes();
-            expect_word(0x5A5A, value);
-            EXPECT_EQ(record.bytes(), before);
-        }
-    }
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 // The inhibit as a life: a pattern, LED commands, more patterns, the restore. The panel must show
 // in the end what the same commands would have left without a pattern; where the system says
 // otherwise, a test of its own below says why.
-#include "device/led_inhibit_test.h"
+#include "device/led_inhibit_fixture.h"
 
 namespace
 {
@@ -19,7 +19,7 @@ Command plain_command(std::mt19937& random)
     constexpr std::array<DeviceCommandCode, 11> kCodes{
         WR_LED_A,       WR_LED_B,       WR_LED_C,       WR_LED_D,       WR_LED_E,      WR_LINE_MODE,
         WR_LED_GROUP_3, WR_LED_GROUP_4, WR_LED_GROUP_5, WR_LED_GROUP_6, WR_LED_GROUP_7};
-    Command command{kCodes.at(random() % kCodes.size()), Bytes(44, '\0')};
+    Command command{kCodes.at(random() % kCodes.size()), zeros(44)};
     command.record[8] = static_cast<char>(random() % 4);
     for (size_t byte = 9; byte <= 13; ++byte) {
         command.record[byte] = static_cast<char>(random() % 3);
@@ -50,7 +50,7 @@ TEST_F(InhibitLife, LeavesThePanelThatTheCommandsAloneWouldHaveLeft)
         }
         const PanelWords expected = without_pattern(words, plain);
         const PanelWords after = with_pattern(words, nested, kPatterns.at(random() % 3));
-        ASSERT_EQ(snapshot_of(12, after), snapshot_of(12, expected)) << words;
+        ASSERT_EQ(snapshot_of(kOwn, after), snapshot_of(kOwn, expected)) << words;
         ASSERT_EQ(after.a, expected.a);
         ASSERT_EQ(after.b & 0x4088, words.b & 0x4088) << "bits of no indicator, and the alert bit";
         ASSERT_EQ(after.word03 & 0xFFBF, words.word03 & 0xFF3F);
@@ -64,16 +64,16 @@ TEST_F(InhibitLife, ShowsThePatternUntilItsEndWhateverIsSet)
         const PanelWords words = panel_random(random);
         const PatternBits& pattern = kPatterns.at(random() % 3);
         panel_put(board, words);
-        run({{pattern.command, ""}});
+        run(pattern.command, "");
         const PanelWords expected = shown(pattern, words);
         for (int i = 0; i < 10; ++i) {
             const Command command = plain_command(random);
             if (command.code != WR_LINE_MODE) {
-                EXPECT_EQ(command_run(command.code, Bytes(command.record)), 1);
+                EXPECT_EQ(run(command.code, command.record), 1);
             }
         }
         ASSERT_EQ(panel_get(board), expected);
-        run({{kRestore, ""}});
+        run(WR_LED_RESTORE, zeros(44));
     }
 }
 
@@ -106,9 +106,9 @@ TEST_F(InhibitLife, ExceptThatLineFlagsSetMeanwhileAreLost)
     EXPECT_EQ(with_pattern({}, commands).c, 0x0000);
 
     panel_put(board, {});
-    run({{WR_LED_PATTERN_1, ""}});
+    run(WR_LED_PATTERN_1, "");
     const uint16_t before = panel_get(board).c;
-    EXPECT_EQ(command_run(commands[0].code, Bytes(commands[0].record)), 0);
+    EXPECT_EQ(run(commands[0].code, commands[0].record), 0);
     EXPECT_EQ(panel_get(board).c, before | 0x0007);
 }
 

@@ -9,12 +9,10 @@
 #include <new>
 
 #include "board/lock_holder.h"
-#include "device/led_inhibit_test.h"
+#include "device/led_inhibit_fixture.h"
 
 namespace
 {
-
-constexpr uint16_t kOwn = 3;
 
 // The words of the one device that several processes drive, each through a model of its own: what a
 // process has written comes here before its next call, and what is here goes to its model.
@@ -55,8 +53,8 @@ class SharedPanel
     }
 
   private:
-    static constexpr std::array<uint32_t, 4> kRequests{kRegisterA, kRegisterB, kRegisterC,
-                                                       kDeviceWord03};
+    static constexpr std::array<uint32_t, 4> kRequests{kRegisterA.read, kRegisterB.read,
+                                                       kRegisterC.read, kDeviceWord03};
     // Each is read and written whole, and the commands' locks keep the order. An atomic would be
     // more, but where the processor has none of this size, it is behind a lock of its process.
     using Words = std::array<volatile uint16_t, 4>;
@@ -69,7 +67,7 @@ class SharedPanel
 const Command kSetLedD{WR_LED_D, record_of({{11, 1}})};
 const Command kSetGroup4{WR_LED_GROUP_4, record_of({{29, 1}, {31, 1}})};
 const Command kSetGroup1{WR_LED_GROUP_1, record_of({{15, 1}, {16, 1}, {17, 1}})};
-const Command kRestorePanel{kRestore, Bytes(44, '\0')};
+const Command kRestorePanel{WR_LED_RESTORE, zeros(44)};
 const PanelWords kStart{0x0010, 0x0412, 0x0044, 0x0001};
 
 // The start with some of the changes.
@@ -91,12 +89,12 @@ class InhibitProcesses : public LedTest
     void inhibit()
     {
         panel.put(board, kStart);
-        ASSERT_EQ(command_run(WR_LED_PATTERN_1, Bytes()), 0);
+        ASSERT_EQ(run(WR_LED_PATTERN_1, ""), 0);
         panel.exchange(board);
     }
 
     // Runs a command in this process. `before` sees the number of each call to come, from 0.
-    int run(const Command& command, const std::function<void(size_t)>& before)
+    int run_seen(const Command& command, const std::function<void(size_t)>& before)
     {
         size_t call = 0;
         board.before_call = [&](const std::string&) {
@@ -104,7 +102,7 @@ class InhibitProcesses : public LedTest
             before(call++);
             panel.exchange(board);
         };
-        const int32_t result = command_run(command.code, Bytes(command.record));
+        const int32_t result = run(command.code, command.record);
         board.before_call = nullptr;
         panel.exchange(board);
         return result;
@@ -123,7 +121,7 @@ class InhibitProcesses : public LedTest
             }
             alarm(100); // a child that waits for ever fails the test and is gone
             first();
-            const int result = run(command, [](size_t call) {
+            const int result = run_seen(command, [](size_t call) {
                 if (call % 5 == 0) {
                     sched_yield();
                 }
@@ -143,7 +141,7 @@ class InhibitProcesses : public LedTest
     {
         pid_t child = 0;
         Met met{0, 0, -1};
-        met.mine = run(mine, [&](size_t call) {
+        met.mine = run_seen(mine, [&](size_t call) {
             met.calls = call + 1;
             if (call == meeting) {
                 child = start(other);
@@ -185,7 +183,7 @@ TEST_F(InhibitProcesses, ACommandAtAnyPointOfARestoreIsNotLost)
 TEST_F(InhibitProcesses, APatternAtAnyPointOfARestoreSavesNoHalfRestoredPanel)
 {
     constexpr size_t kFlock = 1;
-    const Command pattern{WR_LED_PATTERN_2, Bytes(44, '\0')};
+    const Command pattern{WR_LED_PATTERN_2, zeros(44)};
     size_t calls = 1;
     for (size_t meeting = 0; meeting < calls; ++meeting) {
         SCOPED_TRACE(meeting);
@@ -242,7 +240,7 @@ TEST_F(InhibitProcesses, TwoCommandsAtAnyPointOfEachOtherAreBothRecorded)
         expected.replace(29, 3, hex("01 00 01"));
         EXPECT_EQ(board.file_get(kLedFile), expected);
         EXPECT_EQ(panel_get(board), shown(kPattern1, kStart));
-        EXPECT_EQ(run(kRestorePanel, [](size_t) {}), 0);
+        EXPECT_EQ(run_seen(kRestorePanel, [](size_t) {}), 0);
         EXPECT_EQ(panel_get(board), changed(true, true));
     }
     EXPECT_EQ(calls, 9U);
@@ -251,8 +249,8 @@ TEST_F(InhibitProcesses, TwoCommandsAtAnyPointOfEachOtherAreBothRecorded)
 TEST_F(InhibitProcesses, TwoPatternsAtAnyPointOfEachOtherSaveThePanelOnce)
 {
     // A pattern that comes first draws after the lock, over which the other one would have saved.
-    const Command mine{WR_LED_PATTERN_3, Bytes(44, '\0')};
-    const Command other{WR_LED_PATTERN_2, Bytes(44, '\0')};
+    const Command mine{WR_LED_PATTERN_3, zeros(44)};
+    const Command other{WR_LED_PATTERN_2, zeros(44)};
     size_t calls = 1;
     for (size_t meeting = 0; meeting < calls; ++meeting) {
         SCOPED_TRACE(meeting);

@@ -3,39 +3,17 @@
 namespace
 {
 
-constexpr auto kA = &PanelWords::a;
-constexpr auto kB = &PanelWords::b;
-constexpr auto kC = &PanelWords::c;
-
 uint16_t number_random(std::mt19937& random)
 {
     return static_cast<uint16_t>(random());
 }
 
-void bit_put(uint16_t& word, uint16_t bit, bool on)
+uint16_t with_bit(unsigned word, unsigned bit, bool on)
 {
-    word = static_cast<uint16_t>(on ? word | bit : word & ~bit);
+    return static_cast<uint16_t>(on ? word | bit : word & ~bit);
 }
 
 } // namespace
-
-const std::array<ElementPlace, 21> kElements{{
-    {15, kB, 0x0040}, {16, kB, 0x0010}, {17, kB, 0x0020}, // group 1
-    {19, kC, 0x0004}, {20, kC, 0x0001}, {21, kC, 0x0002}, // group 2
-    {25, kA, 0x0004}, {26, kA, 0x0001}, {27, kA, 0x0002}, // group 3
-    {29, kA, 0x0040}, {30, kA, 0x0010}, {31, kA, 0x0020}, // group 4
-    {33, kA, 0x0400}, {34, kA, 0x0100}, {35, kA, 0x0200}, // group 5
-    {37, kA, 0x4000}, {38, kA, 0x1000}, {39, kA, 0x2000}, // group 6
-    {41, kB, 0x0004}, {42, kB, 0x0001}, {43, kB, 0x0002}, // group 7
-}};
-
-const std::array<IndicatorPlace, 5> kIndicators{{
-    {9, kB, 0x0400, 0x0800},
-    {10, kB, 0x0100, 0x0200},
-    {11, kC, 0x0100, 0x0200},
-    {12, kC, 0x0040, 0x0080},
-    {13, kC, 0x0010, 0x0020},
-}};
 
 const Course kSnapshot{{"stat /tmp/led_rewrite_inh", kElsewhere},
                        opens_to_read(-1),
@@ -59,9 +37,9 @@ std::ostream& operator<<(std::ostream& out, const PanelWords& words)
 
 void panel_put(Board& board, const PanelWords& words)
 {
-    board.fpga.words[kRegisterA] = words.a;
-    board.fpga.words[kRegisterB] = words.b;
-    board.fpga.words[kRegisterC] = words.c;
+    for (const PanelRegister& panel : {kRegisterA, kRegisterB, kRegisterC}) {
+        board.fpga.words[panel.read] = words.*panel.word;
+    }
     board.fpga.words[kDeviceWord03] = words.word03;
 }
 
@@ -70,7 +48,8 @@ PanelWords panel_get(Board& board)
     const auto word = [&board](uint32_t request) {
         return static_cast<uint16_t>(board.fpga.words[request]);
     };
-    return {word(kRegisterA), word(kRegisterB), word(kRegisterC), word(kDeviceWord03)};
+    return {word(kRegisterA.read), word(kRegisterB.read), word(kRegisterC.read),
+            word(kDeviceWord03)};
 }
 
 PanelWords panel_random(std::mt19937& random)
@@ -81,52 +60,101 @@ PanelWords panel_random(std::mt19937& random)
     return {a, b, c, number_random(random)};
 }
 
+Bytes with_recorded(Bytes held, DeviceCommandCode command, const Bytes& callers)
+{
+    for (const RecordedBytes& row : kRecordedBytes) {
+        if (row.command == command) {
+            held.replace(row.first, row.count, callers, row.first, row.count);
+        }
+    }
+    return held;
+}
+
+void PrintTo(const Indicator& indicator, std::ostream* out)
+{
+    *out << command_name(indicator.command);
+}
+
+void PrintTo(const Group& group, std::ostream* out)
+{
+    *out << command_name(group.command);
+}
+
+uint16_t ledA_word(uint16_t word, uint8_t value)
+{
+    word = with_bit(word, kLedA.high, value == 2 || value == 3);
+    return with_bit(word, kLedA.low, value == 1 || value == 2);
+}
+
+uint16_t indicator_word(const Indicator& indicator, uint16_t word, uint8_t value)
+{
+    if (value == 2) {
+        return with_bit(word, indicator.high, true);
+    }
+    return with_bit(with_bit(word, indicator.high, false), indicator.low, value == 1);
+}
+
+bool selects(unsigned mask, unsigned bit)
+{
+    return mask == 0 || (mask >> bit & 1U) == 1U;
+}
+
+uint16_t group_word(const Group& group, uint16_t word, const Bytes& record)
+{
+    const auto mask = static_cast<uint8_t>(record[group.mask]);
+    for (unsigned n = 0; n < group.elements.size(); ++n) {
+        const Element& element = group.elements.at(n);
+        if (selects(mask, n)) {
+            word = with_bit(word, element.bit, record[element.byte] == 1 || element.one_way);
+        }
+    }
+    return word;
+}
+
 void panel_decode(const PanelWords& words, Bytes& record)
 {
-    constexpr std::array<char, 4> kLedA{0, 1, 3, 2}; // by bits 13 and 12
-    record[8] = kLedA.at((words.b >> 12) & 3);
-    for (const IndicatorPlace& place : kIndicators) {
-        const uint16_t word = words.*place.word;
-        const char low = (word & place.low) != 0 ? '\1' : '\0';
-        record[place.byte] = (word & place.high) != 0 ? '\2' : low;
+    constexpr std::array<char, 4> kStates{0, 1, 3, 2}; // of ledA, by bits 13 and 12
+    record[kLedA.byte] = kStates.at((words.b >> 12) & 3);
+    for (const Indicator& indicator : kIndicators) {
+        const uint16_t word = words.*indicator.panel.word;
+        const char low = (word & indicator.low) != 0 ? '\1' : '\0';
+        record[indicator.byte] = (word & indicator.high) != 0 ? '\2' : low;
     }
-    for (const ElementPlace& place : kElements) {
-        record[place.byte] = (words.*place.word & place.bit) != 0 ? '\1' : '\0';
+    for (const Group& group : kGroups) {
+        for (const Element& element : group.elements) {
+            const bool on = (words.*group.panel.word & element.bit) != 0;
+            record[element.byte] = on ? '\1' : '\0';
+        }
     }
 }
 
 Bytes snapshot_of(uint32_t identifier, const PanelWords& words)
 {
-    Bytes record = le32(identifier) + le32(identifier) + Bytes(36, '\0');
+    Bytes record = le32(identifier) + le32(identifier) + zeros(36);
     panel_decode(words, record);
     return record;
 }
 
 PanelWords restored(const Bytes& record, PanelWords words)
 {
-    bit_put(words.word03, 0x0080, false);
-    for (const ElementPlace& place : kElements) {
-        bit_put(words.*place.word, place.bit, record[place.byte] == 1);
-    }
-    for (const IndicatorPlace& place : kIndicators) {
-        const char value = record[place.byte];
-        if (place.byte == kLedFByte) {
-            continue; // ledF is not restored
-        }
-        if (value == 2) {
-            bit_put(words.*place.word, place.high, true);
-        } else if (value == 0 || value == 1) {
-            bit_put(words.*place.word, place.high, false);
-            bit_put(words.*place.word, place.low, value == 1);
+    words.word03 = with_bit(words.word03, 0x0080, false);
+    for (const Group& group : kGroups) {
+        for (const Element& element : group.elements) {
+            uint16_t& word = words.*group.panel.word;
+            word = with_bit(word, element.bit, record[element.byte] == 1);
         }
     }
-    const auto ledA = static_cast<uint8_t>(record[8]);
+    for (const Indicator& indicator : kIndicators) {
+        const auto value = static_cast<uint8_t>(record[indicator.byte]);
+        if (value <= 2 && indicator.command != WR_LINE_MODE) { // ledF is not restored
+            uint16_t& word = words.*indicator.panel.word;
+            word = indicator_word(indicator, word, value);
+        }
+    }
+    const auto ledA = static_cast<uint8_t>(record[kLedA.byte]);
     if (ledA <= 3) {
-        bit_put(words.b, 0x2000, ledA >= 2);
-        bit_put(words.b, 0x1000, ledA == 1 || ledA == 2);
-    }
-    if (ledA == 3) {
-        bit_put(words.word03, 0x0040, true);
+        words.b = ledA_word(words.b, ledA);
+        words.word03 = with_bit(words.word03, ledA == 3 ? 0x0040 : 0, true);
     }
     return words;
 }
@@ -139,21 +167,13 @@ PanelWords shown(const PatternBits& pattern, PanelWords words)
     return words;
 }
 
-namespace
-{
-
-constexpr const char* kNoFile = "puts fileAccess_lock : 001 : /tmp/Saveing file open error";
-constexpr const char* kNoLock =
-    "puts fileAccess_lock : 002 : /tmp/Saveing file lock (blocking) error";
-constexpr const char* kNoHandle =
-    "puts fileAccess_unlock : 001 : /tmp/Saveing file pointer (==0) error";
-constexpr const char* kNotClosed = "puts fileAccess_unlock : 002 : /tmp/Saveing file close error";
-
 Trace locked(const Trace& calls)
 {
-    return Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX"} + calls +
-           Trace{"fclose /tmp/Saveing"};
+    return Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX"} + calls + Trace{kRelease};
 }
+
+namespace
+{
 
 // What is open after the course's first calls, as the calls that close it.
 Trace closes_of(const Course& course, size_t count)
@@ -181,22 +201,23 @@ Outcome outcome_of(const LockedCourse& course, size_t failing)
     const Trace after = calls_of(course.after);
     const size_t released = 2 + work.size();
     if (failing == 0) {
-        return {Trace{kNoFile} + work + Trace{kNoHandle} + after, course.result};
+        return {Trace{puts_of(kLockUnopened)} + work + Trace{puts_of(kLockAbsent)} + after,
+                course.result};
     }
     if (failing == 1) {
-        return {Trace{"fclose /tmp/Saveing", kNoLock} + work + Trace{kNoHandle} + after,
+        return {Trace{kRelease, puts_of(kLockUntaken)} + work + Trace{puts_of(kLockAbsent)} + after,
                 course.result};
     }
     if (failing == 2) {
         return {course.unseen, course.unseenResult};
     }
     if (failing == released) {
-        return {Trace{kNotClosed} + after, course.result};
+        return {Trace{puts_of(kLockUnclosed)} + after, course.result};
     }
     const bool inWork = failing < released;
     const Course& part = inWork ? course.work : course.after;
     const size_t place = inWork ? failing - 2 : failing - released - 1;
-    const Trace release = inWork ? Trace{"fclose /tmp/Saveing"} : Trace{};
+    const Trace release = inWork ? Trace{kRelease} : Trace{};
     if (part[place].failure == kIgnored) {
         return {calls_of(part, place + 1) + (inWork ? release + after : Trace{}), course.result};
     }
@@ -230,23 +251,9 @@ void LedTest::prove_locked(const std::function<void()>& prepare,
 
 Bytes LedTest::record_random(std::mt19937& random, unsigned values)
 {
-    Bytes record(44, '\0');
+    Bytes record = zeros(44);
     for (char& byte : record) {
         byte = static_cast<char>(random() % values);
     }
     return record;
-}
-
-int32_t command_run(DeviceCommandCode command, Bytes& record)
-{
-    alignas(8) std::array<char, 44> memory{};
-    record.copy(memory.data(), memory.size());
-    const int32_t result = Fpga_Register_Set(command, memory.data());
-    record.assign(memory.data(), memory.size());
-    return result;
-}
-
-int32_t command_run(DeviceCommandCode command, Bytes&& record)
-{
-    return command_run(command, record);
 }

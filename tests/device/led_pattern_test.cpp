@@ -47,7 +47,7 @@ class LedPatterns : public LedTest
 TEST_F(LedPatterns, SaveThePanelAndThenDrawOnIt)
 {
     for (const PatternRow& row : kRows) {
-        SCOPED_TRACE(row.bits.command);
+        SCOPED_TRACE(command_name(row.bits.command));
         const PanelWords before{0x1234, 0xE6A5, 0xFE3F, 0x1234};
         const PanelWords after = shown(row.bits, before);
         const Course draw = drawing(after);
@@ -84,7 +84,7 @@ TEST_F(LedPatterns, KeepTheFirstStateWhenTheyAreNested)
     const Bytes saved = "any bytes that stand there";
     const Course kept{{"stat /tmp/led_rewrite_inh", kElsewhere}};
     for (const PatternRow& row : kRows) {
-        SCOPED_TRACE(row.bits.command);
+        SCOPED_TRACE(command_name(row.bits.command));
         const PanelWords before{0x1234, 0x195A, 0x01C0, 0xFF7F};
         const PanelWords after = shown(row.bits, before);
         const Course draw = drawing(after);
@@ -105,14 +105,13 @@ TEST_F(LedPatterns, KeepTheFirstStateWhenTheyAreNested)
 
 TEST_F(LedPatterns, AreDrawnByTheirCommandsWhateverTheArgument)
 {
-    uint32_t argument = 0xA5A5A5A5;
     for (const PatternRow& row : kRows) {
-        for (void* pointer : {static_cast<void*>(nullptr), static_cast<void*>(&argument)}) {
+        for (void* argument : {static_cast<void*>(nullptr), put(untouched(44))}) {
             const PanelWords before{0x5A5A, 0xFFFF, 0x0000, 0x0100};
             panel_put(board, before);
-            EXPECT_EQ(Fpga_Register_Set(row.bits.command, pointer), 0);
+            EXPECT_EQ(Fpga_Register_Set(row.bits.command, argument), 0);
             EXPECT_EQ(panel_get(board), shown(row.bits, before));
-            EXPECT_EQ(argument, 0xA5A5A5A5U);
+            EXPECT_EQ(record(), untouched(44));
             EXPECT_EQ(board.file_get(kLedFile), snapshot_of(kOwn, before));
             board.file_remove(kLedFile);
         }
@@ -150,7 +149,7 @@ TEST_F(LedPatterns, AreDrawnWhenTheFileWasMadeButNotWritten)
 {
     constexpr size_t kWrite = 14; // of the state
     for (const PatternRow& row : kRows) {
-        SCOPED_TRACE(row.bits.command);
+        SCOPED_TRACE(command_name(row.bits.command));
         const PanelWords before{0x1234, 0xE6A5, 0xFE3F, 0x1234};
         panel_put(board, before);
         board.restart();
@@ -161,15 +160,15 @@ TEST_F(LedPatterns, AreDrawnWhenTheFileWasMadeButNotWritten)
         EXPECT_EQ(panel_get(board), after);
         EXPECT_EQ(board.file_get(kLedFile), "");
 
-        EXPECT_EQ(command_run(WR_LED_RESTORE, Bytes(44, '\0')), -1);
+        EXPECT_EQ(run(WR_LED_RESTORE, zeros(44)), -1);
         EXPECT_EQ(panel_get(board), after);
-        EXPECT_EQ(command_run(WR_LED_B, Bytes(44, '\0')), 0);
+        EXPECT_EQ(run(WR_LED_B, zeros(44)), 0);
         after.b &= 0xF3FF;
         EXPECT_EQ(panel_get(board), after);
         EXPECT_EQ(board.file_get(kLedFile), "");
 
         board.file_remove(kLedFile);
-        EXPECT_EQ(command_run(WR_LED_RESTORE, Bytes(44, '\0')), 0);
+        EXPECT_EQ(run(WR_LED_RESTORE, zeros(44)), 0);
         EXPECT_EQ(panel_get(board), after);
     }
 }

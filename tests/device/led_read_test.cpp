@@ -2,7 +2,7 @@
 #include "device/commands/led_read.h"
 
 #include "device/commands/led_panel.h"
-#include "device/led_unit_test.h"
+#include "device/led_unit_fixture.h"
 
 namespace
 {
@@ -21,28 +21,35 @@ class PanelRead : public UnitTest
     {
         return le32(own) + le32(target) + untouched(36);
     }
-    // What is read over a record that held `before`: masks and reserved bytes stay.
+    // What is read over these: masks and reserved bytes stay.
     static Bytes read_over(Bytes before, const PanelWords& words)
     {
         panel_decode(words, before);
         return before;
     }
+
+    int32_t record_read_by(int32_t (*read)(LedStateRecord*), const Bytes& before)
+    {
+        return read(static_cast<LedStateRecord*>(put(before)));
+    }
 };
+
+// The record's bytes that each register's decoder fills.
+struct Decoder {
+    void (*decode)(uint16_t, LedStateRecord&);
+    uint16_t PanelWords::*word;
+    std::vector<size_t> bytes;
+};
+const Decoder kDecoders[] = {
+    {ledRegA_decode, &PanelWords::a, {25, 26, 27, 29, 30, 31, 33, 34, 35, 37, 38, 39}},
+    {ledRegB_decode, &PanelWords::b, {8, 9, 10, 15, 16, 17, 41, 42, 43}},
+    {ledRegC_decode, &PanelWords::c, {11, 12, 13, 19, 20, 21}}};
 
 // Decoders ----------------------------------------------------------------------------------
 
 TEST_F(PanelRead, DecodersFillTheirOwnBytesFromEveryWord)
 {
-    struct Decoder {
-        void (*decode)(uint16_t, LedStateRecord&);
-        uint16_t PanelWords::*word;
-        std::vector<size_t> bytes;
-    };
-    const Decoder decoders[] = {
-        {ledRegA_decode, &PanelWords::a, {25, 26, 27, 29, 30, 31, 33, 34, 35, 37, 38, 39}},
-        {ledRegB_decode, &PanelWords::b, {8, 9, 10, 15, 16, 17, 41, 42, 43}},
-        {ledRegC_decode, &PanelWords::c, {11, 12, 13, 19, 20, 21}}};
-    for (const Decoder& decoder : decoders) {
+    for (const Decoder& decoder : kDecoders) {
         for_every_word([&](uint16_t word) {
             PanelWords words;
             words.*decoder.word = word;
@@ -51,10 +58,8 @@ TEST_F(PanelRead, DecodersFillTheirOwnBytesFromEveryWord)
             for (const size_t byte : decoder.bytes) {
                 expected[byte] = all[byte];
             }
-            LedStateRecord record;
-            memset(&record, kUntouched, sizeof record);
-            decoder.decode(word, record);
-            ASSERT_EQ(bytes_of(record), expected) << word;
+            decoder.decode(word, *static_cast<LedStateRecord*>(put(untouched(44))));
+            ASSERT_EQ(record(), expected) << hex_number(word);
         });
     }
 }
@@ -67,15 +72,9 @@ const Course kLocal{opens_to_read(),   word_read(0x6B0F), word_read(0x6B11),
 TEST_F(PanelRead, ReadsTheOwnPanelFromItsRegisters)
 {
     const PanelWords words{0x4125, 0xB9D2, 0x0275, 0};
-    CallerRecord record;
-    const auto prepare = [&] {
-        panel_put(board, words);
-        board.fpga.words[kChannel] = 0xFFFF; // read, and of no account
-        record = CallerRecord(identifiers(30, 30));
-        return record.pointer();
-    };
-    prove(RD_LED_STATE, prepare, kLocal);
-    EXPECT_EQ(record.bytes(), untouched_after(read_over(identifiers(30, 30), words)));
+    panel_put(board, words);
+    board.fpga.words[kChannel] = 0xFFFF; // read, and of no account
+    prove_record(RD_LED_STATE, identifiers(30, 30), kLocal, read_over(identifiers(30, 30), words));
 }
 
 TEST_F(PanelRead, KeepsWhatItReadBeforeAFailure)
@@ -83,20 +82,16 @@ TEST_F(PanelRead, KeepsWhatItReadBeforeAFailure)
     const PanelWords words{0xFFFF, 0xFFFF, 0xFFFF, 0};
     panel_put(board, words);
     const Bytes all = read_over(identifiers(1, 1), words);
-    const std::vector<size_t> bytes[] = {{25, 26, 27, 29, 30, 31, 33, 34, 35, 37, 38, 39},
-                                         {8, 9, 10, 15, 16, 17, 41, 42, 43},
-                                         {11, 12, 13, 19, 20, 21}};
     Bytes expected = identifiers(1, 1);
     for (size_t failing = 1; failing <= 5; ++failing) {
-        CallerRecord record(identifiers(1, 1));
         board.restart();
         board.fail_call(failing);
-        EXPECT_EQ(ledState_readLocal(static_cast<LedStateRecord*>(record.pointer())),
-                  failing == 1 ? -1 : -2);
-        for (const size_t byte : failing >= 3 ? bytes[failing - 3] : std::vector<size_t>{}) {
+        EXPECT_EQ(record_read_by(ledState_readLocal, identifiers(1, 1)), failing == 1 ? -1 : -2);
+        for (const size_t byte :
+             failing >= 3 ? kDecoders[failing - 3].bytes : std::vector<size_t>{}) {
             expected[byte] = all[byte];
         }
-        EXPECT_EQ(record.bytes(), untouched_after(expected)) << failing;
+        EXPECT_EQ(record(), expected) << failing;
     }
 }
 
@@ -106,15 +101,12 @@ TEST_F(PanelRead, RefusesIdentifiersOutsideTheirRange)
          {0U, 31U, 32U, 255U, 256U + 1U, 65536U + 1U, 0x80000001U, UINT32_MAX}) {
         for (const auto& [own, target] :
              {std::pair{bad, 1U}, std::pair{1U, bad}, std::pair{bad, bad}}) {
-            CallerRecord record(identifiers(own, target));
-            expect_refused(RD_LED_STATE, record.pointer());
-            EXPECT_EQ(record.bytes(), untouched_after(identifiers(own, target)));
+            expect_refused(RD_LED_STATE, identifiers(own, target));
         }
     }
     for (const auto& [own, target] :
          {std::pair{1U, 1U}, std::pair{30U, 30U}, std::pair{1U, 30U}, std::pair{30U, 1U}}) {
-        CallerRecord record(identifiers(own, target));
-        EXPECT_EQ(Fpga_Register_Set(RD_LED_STATE, record.pointer()), 0);
+        EXPECT_EQ(run(RD_LED_STATE, identifiers(own, target)), 0);
     }
 }
 
@@ -122,7 +114,7 @@ TEST_F(PanelRead, RefusesIdentifiersOutsideTheirRange)
 
 Bytes unit_record(uint32_t unit, uint16_t page)
 {
-    return le32(unit) + le32(0) + le16(page) + Bytes(6, '\0');
+    return le32(unit) + le32(0) + le16(page) + zeros(6);
 }
 
 Course remote_course(uint32_t unit, const Trace& match)
@@ -139,51 +131,31 @@ TEST_F(PanelRead, ReadsAnotherUnitInTwoPages)
 {
     for (const uint32_t unit : {1U, 2U, 29U, 30U}) {
         const uint32_t own = unit == 7 ? 8 : 7;
-        CallerRecord record;
         const PanelWords words{0x4125, 0xB9D2, 0x0275, 0};
         unit_put(unit, words);
         board.fpga.words[kUnitMapD] = ~(1U << unit);
-        prove(
-            RD_LED_STATE,
-            [&] {
-                record = CallerRecord(identifiers(own, unit));
-                return record.pointer();
-            },
-            remote_course(unit, match_calls(unit, unit + 1)));
-        EXPECT_EQ(record.bytes(), untouched_after(read_over(identifiers(own, unit), words)));
+        prove_record(RD_LED_STATE, identifiers(own, unit),
+                     remote_course(unit, match_calls(unit, unit + 1)),
+                     read_over(identifiers(own, unit), words));
     }
 }
 
 TEST_F(PanelRead, ShowsAUnitDarkThatTheHardwareMarksAndAsksNoIdentity)
 {
     for (uint32_t unit = 2; unit <= 30; ++unit) {
-        CallerRecord record;
         unit_put(unit, kShown);
         board.fpga.words[kUnitMapD] = 1U << unit;
-        prove(
-            RD_LED_STATE,
-            [&] {
-                record = CallerRecord(identifiers(1, unit));
-                return record.pointer();
-            },
-            remote_course(unit, {}));
-        EXPECT_EQ(record.bytes(), untouched_after(read_over(identifiers(1, unit), kDark)));
+        prove_record(RD_LED_STATE, identifiers(1, unit), remote_course(unit, {}),
+                     read_over(identifiers(1, unit), kDark));
     }
 }
 
 TEST_F(PanelRead, ShowsAUnitDarkWhoseIdentityIsNotTheConfiguredOne)
 {
-    CallerRecord record;
     unit_put(9, kShown);
     identity_put_other(9);
-    prove(
-        RD_LED_STATE,
-        [&] {
-            record = CallerRecord(identifiers(1, 9));
-            return record.pointer();
-        },
-        remote_course(9, match_calls(9, 10)));
-    EXPECT_EQ(record.bytes(), untouched_after(read_over(identifiers(1, 9), kDark)));
+    prove_record(RD_LED_STATE, identifiers(1, 9), remote_course(9, match_calls(9, 10)),
+                 read_over(identifiers(1, 9), kDark));
     EXPECT_EQ(board.fpga.words[kUnitMapD], 0U);
 }
 
@@ -191,11 +163,9 @@ TEST_F(PanelRead, ADarkUnitKeepsLedAAndLedBOfEveryWord)
 {
     board.fpga.words[kUnitMapD] = 1U << 9;
     for_every_word([this](uint16_t word) {
-        CallerRecord record(identifiers(1, 9));
         unit_put(9, {word, word, word, 0});
-        EXPECT_EQ(Fpga_Register_Set(RD_LED_STATE, record.pointer()), 0);
         const PanelWords kept{0, static_cast<uint16_t>(word & 0x3C00), 0, 0};
-        EXPECT_EQ(record.bytes(), untouched_after(read_over(identifiers(1, 9), kept)));
+        expect_run(RD_LED_STATE, identifiers(1, 9), 0, read_over(identifiers(1, 9), kept));
     });
 }
 
@@ -204,12 +174,10 @@ TEST_F(PanelRead, DecodesEveryWordOfAnotherUnit)
     // The identity cannot be asked, which does not darken the unit; it costs no file here.
     board.fpga.results[0x6B4C] = -1;
     for_every_word([this](uint16_t word) {
-        CallerRecord record(identifiers(1, 9));
         const PanelWords words{word, static_cast<uint16_t>(word ^ 0x3C3C),
                                static_cast<uint16_t>(~word), 0};
         unit_put(9, words);
-        EXPECT_EQ(Fpga_Register_Set(RD_LED_STATE, record.pointer()), 0);
-        EXPECT_EQ(record.bytes(), untouched_after(read_over(identifiers(1, 9), words)));
+        expect_run(RD_LED_STATE, identifiers(1, 9), 0, read_over(identifiers(1, 9), words));
     });
 }
 
@@ -220,10 +188,8 @@ TEST_F(PanelRead, AnIdentityThatCannotBeAskedDarkensNothing)
     identity_put_other(9);
     const Trace match = match_calls(9, 10);
     const size_t count = 2 + match.size() + 3;
-    CallerRecord record;
     failure_sweep(
-        board, [&] { record = CallerRecord(identifiers(1, 9)); },
-        [&] { return ledState_readRemote(static_cast<LedStateRecord*>(record.pointer())); },
+        board, [] {}, [this] { return record_read_by(ledState_readRemote, identifiers(1, 9)); },
         [&](size_t failing, const std::string& call, int32_t result) {
             const size_t firstPage = 2 + match.size();
             const int32_t results[] = {-1, -2};
@@ -240,11 +206,11 @@ TEST_F(PanelRead, AnIdentityThatCannotBeAskedDarkensNothing)
                 expected = read_over(expected, unasked ? kShown : mismatched);
             }
             if (failing == firstPage + 1) { // registers A and B alone
-                for (const size_t byte : {11U, 12U, 13U, 19U, 20U, 21U}) {
+                for (const size_t byte : kDecoders[2].bytes) {
                     expected[byte] = static_cast<char>(kUntouched);
                 }
             }
-            EXPECT_EQ(record.bytes(), untouched_after(expected));
+            EXPECT_EQ(record(), expected);
         });
 }
 

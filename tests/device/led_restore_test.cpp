@@ -5,7 +5,6 @@
 namespace
 {
 
-constexpr DeviceCommandCode kRestore = 0x96;
 const PanelWords kBefore{0x1F8A, 0xF3A5, 0x0ED5, 0xFFFF};
 
 Course restore_course(const PanelWords& words, const Bytes& record)
@@ -44,15 +43,11 @@ class LedRestore : public LedTest
   protected:
     void file_put(const Bytes& record) const { board.file_put(kLedFile, record); }
 
-    // The handler itself, once.
+    // The handler itself, once, on a record that is untouched.
     int32_t restore()
     {
-        void* const memory = memory_.data();
-        return write_led_restore(static_cast<LedStateRecord*>(memory));
+        return write_led_restore(static_cast<LedStateRecord*>(put(untouched(44))));
     }
-    void record_clear() { memory_.fill(static_cast<char>(0xA5)); }
-    [[nodiscard]] Bytes record() const { return {memory_.data(), 44}; }
-    [[nodiscard]] Bytes behind() const { return {memory_.data() + 44, memory_.size() - 44}; }
 
     PanelWords panel_restored(const Bytes& held, const PanelWords& words)
     {
@@ -62,15 +57,12 @@ class LedRestore : public LedTest
         EXPECT_FALSE(board.file_exists(kLedFile));
         return panel_get(board);
     }
-
-  private:
-    alignas(8) std::array<char, 64> memory_{};
 };
 
 // A record whose indicators are `value` and everything else 0.
 Bytes indicators_record(uint8_t value)
 {
-    Bytes record(44, '\0');
+    Bytes record = zeros(44);
     for (size_t byte = 8; byte <= 13; ++byte) {
         record[byte] = static_cast<char>(value);
     }
@@ -93,7 +85,6 @@ TEST_F(LedRestore, AppliesEachRegisterOnADescriptorOfItsOwnAndReportsEachFailure
             [&] {
                 file_put(held);
                 panel_put(board, kBefore);
-                record_clear();
             },
             [this] { return restore(); }, {course, {}, 0, {"fclose /tmp/Saveing"}, 0},
             [&](size_t failing, const std::string&) {
@@ -102,8 +93,7 @@ TEST_F(LedRestore, AppliesEachRegisterOnADescriptorOfItsOwnAndReportsEachFailure
                 const bool ended = failure != kIgnored; // no further than here
                 // The file goes with the last step alone, and the record comes with the file.
                 EXPECT_EQ(board.file_exists(kLedFile), ended || failing == last);
-                EXPECT_EQ(record(), failing >= 2 && failing <= 4 ? Bytes(44, '\xA5') : held);
-                EXPECT_EQ(behind(), Bytes(20, '\xA5'));
+                EXPECT_EQ(record(), failing >= 2 && failing <= 4 ? untouched(44) : held);
                 // What was written before the failure stays written.
                 PanelWords expected = ended ? kBefore : after;
                 for (size_t i = 0; ended && i < failing - 2; ++i) {
@@ -127,16 +117,14 @@ TEST_F(LedRestore, AppliesEachRegisterOnADescriptorOfItsOwnAndReportsEachFailure
 TEST_F(LedRestore, HasNothingToDoWithoutAFile)
 {
     panel_put(board, kBefore);
-    record_clear();
     for (int round = 0; round < 2; ++round) {
         board.restart();
         EXPECT_EQ(restore(), 0);
-        EXPECT_EQ(board.calls, (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX",
-                                      "stat /tmp/led_rewrite_inh", "fclose /tmp/Saveing"}));
-        EXPECT_EQ(record(), Bytes(44, '\xA5'));
+        EXPECT_EQ(board.calls, kNotInhibited);
+        EXPECT_EQ(record(), untouched(44));
         EXPECT_EQ(panel_get(board), kBefore);
     }
-    EXPECT_EQ(Fpga_Register_Set(kRestore, nullptr), 0);
+    EXPECT_EQ(Fpga_Register_Set(WR_LED_RESTORE, nullptr), 0);
 }
 
 TEST_F(LedRestore, RefusesAShortFileAndLeavesIt)
@@ -144,15 +132,11 @@ TEST_F(LedRestore, RefusesAShortFileAndLeavesIt)
     panel_put(board, kBefore);
     for (const size_t size : {0U, 1U, 43U}) {
         file_put(Bytes(size, '\1'));
-        record_clear();
         board.restart();
         EXPECT_EQ(restore(), -1) << size;
         EXPECT_EQ(board.calls,
-                  (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX",
-                         "stat /tmp/led_rewrite_inh", "open /tmp/led_rewrite_inh O_RDONLY",
-                         "read /tmp/led_rewrite_inh 44", "close /tmp/led_rewrite_inh",
-                         "fclose /tmp/Saveing"}));
-        EXPECT_EQ(record(), Bytes(44, '\xA5'));
+                  locked({kMerge[0], "open /tmp/led_rewrite_inh O_RDONLY", kMerge[2], kMerge[5]}));
+        EXPECT_EQ(record(), untouched(44));
         EXPECT_EQ(panel_get(board), kBefore);
         EXPECT_EQ(board.file_get(kLedFile), Bytes(size, '\1'));
     }
@@ -161,10 +145,8 @@ TEST_F(LedRestore, RefusesAShortFileAndLeavesIt)
 TEST_F(LedRestore, TakesTheFirst44BytesOfALongFile)
 {
     file_put(Bytes(45, '\1'));
-    record_clear();
     EXPECT_EQ(restore(), 0);
     EXPECT_EQ(record(), Bytes(44, '\1'));
-    EXPECT_EQ(behind(), Bytes(20, '\xA5'));
     EXPECT_FALSE(board.file_exists(kLedFile));
 }
 
@@ -177,16 +159,14 @@ TEST_F(LedRestore, IsTriedTwiceAndAgainByTheNextCommand)
     panel_put(board, kBefore);
     board.restart();
     board.fail_calls({second, second + closes + 1 + second});
-    EXPECT_EQ(command_run(kRestore, Bytes(44, '\0')), -4);
+    EXPECT_EQ(run(WR_LED_RESTORE, zeros(44)), -4);
     EXPECT_EQ(board.calls[second - 1].substr(0, 10), "ioctl 6B12");
     EXPECT_EQ(board.file_get(kLedFile), held);
     EXPECT_EQ(panel_get(board).b, kBefore.b);
 
     board.restart();
     board.fail_call(second);
-    Bytes record(44, '\0');
-    EXPECT_EQ(command_run(kRestore, record), 0);
-    EXPECT_EQ(record, held);
+    expect_run(WR_LED_RESTORE, zeros(44), 0, held);
     EXPECT_EQ(panel_get(board), restored(held, kBefore));
     EXPECT_FALSE(board.file_exists(kLedFile));
 }
@@ -207,21 +187,14 @@ TEST_F(LedRestore, HoldsTheLockFromFirstToLast)
 
 TEST_F(LedRestore, RestoresAThreeStateIndicatorByItsValue)
 {
-    struct Place {
-        size_t byte;
-        uint16_t PanelWords::*word;
-        uint16_t low;
-        uint16_t high;
-    };
-    const Place places[] = {{9, &PanelWords::b, 0x400, 0x800},
-                            {10, &PanelWords::b, 0x100, 0x200},
-                            {11, &PanelWords::c, 0x100, 0x200},
-                            {12, &PanelWords::c, 0x40, 0x80}};
-    for (const Place& place : places) {
+    for (const Indicator& place : kIndicators) {
+        if (place.command == WR_LINE_MODE) {
+            continue; // ledF is not restored
+        }
         for (unsigned value = 0; value <= 255; ++value) {
             for (unsigned bits = 0; bits < 4; ++bits) {
                 PanelWords words;
-                uint16_t& word = words.*place.word;
+                uint16_t& word = words.*place.panel.word;
                 word = static_cast<uint16_t>(((bits & 1) != 0 ? place.low : 0) |
                                              ((bits & 2) != 0 ? place.high : 0));
                 Bytes held = indicators_record(0xFF); // the others stay as they are
@@ -232,7 +205,7 @@ TEST_F(LedRestore, RestoresAThreeStateIndicatorByItsValue)
                                           : value == 2 ? low | place.high
                                                        : word;
                 const PanelWords after = panel_restored(held, words);
-                EXPECT_EQ(after.*place.word, expected)
+                EXPECT_EQ(after.*place.panel.word, expected)
                     << "byte " << place.byte << " value " << value << " bits " << bits;
             }
         }
@@ -246,7 +219,7 @@ TEST_F(LedRestore, LeavesTheBitsOfAnOddValueWhichTheSetterClears)
     held[9] = 5;
     EXPECT_EQ(panel_restored(held, words).b, 0x0C00);
     panel_put(board, words);
-    EXPECT_EQ(command_run(WR_LED_B, held), 0);
+    EXPECT_EQ(run(WR_LED_B, held), 0);
     EXPECT_EQ(panel_get(board).b, 0x0000);
 }
 
@@ -271,13 +244,15 @@ TEST_F(LedRestore, RestoresLedAByItsValueAndBit6OfWord03WithAnAlert)
 
 TEST_F(LedRestore, RestoresEachElementByItsByteAndNoOther)
 {
-    for (const ElementPlace& place : kElements) {
-        for (unsigned value = 0; value <= 255; ++value) {
-            Bytes held = indicators_record(0xFF);
-            held[place.byte] = static_cast<char>(value);
-            PanelWords expected;
-            expected.*place.word = value == 1 ? place.bit : uint16_t{0};
-            ASSERT_EQ(panel_restored(held, {}), expected) << place.byte << " " << value;
+    for (const Group& group : kGroups) {
+        for (const Element& element : group.elements) {
+            for (unsigned value = 0; value <= 255; ++value) {
+                Bytes held = indicators_record(0xFF);
+                held[element.byte] = static_cast<char>(value);
+                PanelWords expected;
+                expected.*group.panel.word = value == 1 ? element.bit : uint16_t{0};
+                ASSERT_EQ(panel_restored(held, {}), expected) << element.byte << " " << value;
+            }
         }
     }
 }

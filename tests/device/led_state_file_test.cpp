@@ -17,8 +17,6 @@ const Course kMerged{
     {"read /tmp/led_rewrite_inh 44", -1},      {"lseek /tmp/led_rewrite_inh 0", -1},
     {"write /tmp/led_rewrite_inh 44", -1},     {"close /tmp/led_rewrite_inh", kIgnored}};
 
-const Trace kUnlock{"fclose /tmp/Saveing"};
-
 // While it lives no file grows beyond so many bytes, and a write that would is cut short.
 class FileLimit
 {
@@ -43,22 +41,6 @@ class FileLimit
     void (*signal_)(int) = SIG_DFL;
 };
 
-class LedStateFile : public LedTest
-{
-  protected:
-    void SetUp() override { board.fpga.words[kOwnIdentifier] = 7; }
-
-    void file_put(const Bytes& content) const { board.file_put(kLedFile, content); }
-    [[nodiscard]] Bytes file_get() const { return board.file_get(kLedFile); }
-
-    static int32_t record_put(int32_t command, const Bytes& bytes)
-    {
-        LedStateRecord record;
-        bytes.copy(reinterpret_cast<char*>(&record), sizeof record);
-        return ledState_put(command, &record);
-    }
-};
-
 // 44 bytes, each its own number, and others that differ from them everywhere.
 Bytes counted(uint8_t first, size_t size = 44)
 {
@@ -71,13 +53,27 @@ Bytes counted(uint8_t first, size_t size = 44)
 const Bytes kHeld = counted(0);
 const Bytes kCallers = counted(100);
 
+class LedStateFile : public LedTest
+{
+  protected:
+    void SetUp() override { board.fpga.words[kOwnIdentifier] = 7; }
+
+    void file_put(const Bytes& content) const { board.file_put(kLedFile, content); }
+    [[nodiscard]] Bytes file_get() const { return board.file_get(kLedFile); }
+
+    // The two procedures on a record of the caller's.
+    int32_t record_put(int32_t command, const Bytes& callers)
+    {
+        return ledState_put(command, static_cast<LedStateRecord*>(put(callers)));
+    }
+    int32_t record_load() { return ledState_load(static_cast<LedStateRecord*>(put(kCallers))); }
+};
+
 // The record --------------------------------------------------------------------------------
 
 TEST_F(LedStateFile, RecordHasItsFieldsAtTheirBytes)
 {
-    LedStateRecord record{};
-    const Bytes bytes = counted(0);
-    bytes.copy(reinterpret_cast<char*>(&record), sizeof record);
+    const auto& record = *static_cast<LedStateRecord*>(put(counted(0)));
     EXPECT_EQ(sizeof(LedStateRecord), 44U);
     EXPECT_EQ(record.ownId, 0x03020100U);
     EXPECT_EQ(record.targetId, 0x07060504U);
@@ -146,7 +142,7 @@ TEST_F(LedStateFile, TheDriverMayFill496BytesForTheIdentifier)
 TEST_F(LedStateFile, SavingReportsEachFailure)
 {
     const PanelWords words{0x1234, 0x5678, 0x9ABC, 0xDEF0};
-    const LockedCourse course{kSnapshot, {}, 0, calls_of(kSnapshot, 1) + kUnlock, 0};
+    const LockedCourse course{kSnapshot, {}, 0, calls_of(kSnapshot, 1) + Trace{kRelease}, 0};
     prove_locked(
         [&] {
             board.file_remove(kLedFile);
@@ -175,8 +171,7 @@ TEST_F(LedStateFile, SavesNothingForAnIdentifierOutsideItsRange)
         board.fpga.words[kOwnIdentifier] = own;
         EXPECT_EQ(ledState_save(), -1) << own;
         EXPECT_FALSE(board.file_exists(kLedFile));
-        EXPECT_EQ(board.calls, (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX"} +
-                                identifier + kUnlock));
+        EXPECT_EQ(board.calls, locked(identifier));
     }
     for (const uint32_t own : {1U, 30U}) {
         board.fpga.words[kOwnIdentifier] = own;
@@ -194,9 +189,7 @@ TEST_F(LedStateFile, SavingAgainKeepsTheFirstState)
     board.restart();
     EXPECT_EQ(ledState_save(), 0);
     EXPECT_EQ(file_get(), first);
-    EXPECT_EQ(board.calls, (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX",
-                                  "stat /tmp/led_rewrite_inh"} +
-                            kUnlock));
+    EXPECT_EQ(board.calls, kNotInhibited);
 }
 
 TEST_F(LedStateFile, AnyFileThereCountsAsSaved)
@@ -233,51 +226,30 @@ TEST_F(LedStateFile, WithoutTheFileNothingIsRecorded)
     for (int32_t command = 0; command <= 300; ++command) {
         board.restart();
         EXPECT_EQ(record_put(command, kCallers), -2) << command;
-        EXPECT_EQ(board.calls, (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX",
-                                      "stat /tmp/led_rewrite_inh"} +
-                                kUnlock));
+        EXPECT_EQ(board.calls, kNotInhibited);
         EXPECT_FALSE(board.file_exists(kLedFile));
     }
 }
 
-struct CopiedBytes {
-    int32_t command;
-    std::vector<size_t> bytes;
-};
-
-// 31 has bytes although its handler records nothing; 27 has none.
-const CopiedBytes kCopiedBytes[] = {{17, {8}},          {19, {12}},         {21, {9}},
-                                    {23, {11}},         {25, {10}},         {29, {15, 16, 17}},
-                                    {31, {19, 20, 21}}, {33, {25, 26, 27}}, {35, {29, 30, 31}},
-                                    {37, {33, 34, 35}}, {39, {37, 38, 39}}, {41, {41, 42, 43}}};
-
 TEST_F(LedStateFile, EachCommandRecordsItsOwnBytesAndOthersNone)
 {
-    const Trace refused{"fopen /tmp/Saveing w",         "flock /tmp/Saveing LOCK_EX",
-                        "stat /tmp/led_rewrite_inh",    "open /tmp/led_rewrite_inh O_RDWR",
-                        "read /tmp/led_rewrite_inh 44", "close /tmp/led_rewrite_inh",
-                        "fclose /tmp/Saveing"};
-    std::vector<int32_t> commands{-1, -17, INT32_MIN, INT32_MAX, 0x10011, 17 + 65536};
+    std::vector<int32_t> commands{-1, -17, INT32_MIN, INT32_MAX, 0x10000 + WR_LED_A};
     for (int32_t command = 0; command <= 300; ++command) {
         commands.push_back(command);
     }
     size_t recorded = 0;
     for (const int32_t command : commands) {
         SCOPED_TRACE(command);
-        const auto* row = std::find_if(std::begin(kCopiedBytes), std::end(kCopiedBytes),
-                                       [=](const auto& r) { return r.command == command; });
-        const bool known = row != std::end(kCopiedBytes);
-        Bytes expected = kHeld;
-        for (const size_t byte : known ? row->bytes : std::vector<size_t>{}) {
-            expected[byte] = kCallers[byte];
-        }
+        const Bytes expected =
+            with_recorded(kHeld, static_cast<DeviceCommandCode>(command), kCallers);
+        const bool known = expected != kHeld;
         recorded += known ? 1 : 0;
         file_put(kHeld);
         board.restart();
         EXPECT_EQ(record_put(command, kCallers), known ? 0 : -1);
         EXPECT_EQ(file_get(), expected);
         if (!known) {
-            EXPECT_EQ(board.calls, refused);
+            EXPECT_EQ(board.calls, kNotMerged);
         }
     }
     EXPECT_EQ(recorded, 12U);
@@ -291,7 +263,7 @@ TEST_F(LedStateFile, AGroupIsRecordedWholeWhateverItsMask)
         Bytes expected = kHeld;
         expected.replace(15, 3, callers, 15, 3);
         file_put(kHeld);
-        EXPECT_EQ(record_put(29, callers), 0);
+        EXPECT_EQ(record_put(WR_LED_GROUP_1, callers), 0);
         EXPECT_EQ(file_get(), expected) << mask;
     }
 }
@@ -300,10 +272,8 @@ TEST_F(LedStateFile, LeavesTheCallersRecordAlone)
 {
     for (int32_t command = 16; command <= 42; ++command) {
         file_put(kHeld);
-        LedStateRecord record;
-        kCallers.copy(reinterpret_cast<char*>(&record), sizeof record);
-        ledState_put(command, &record);
-        EXPECT_EQ(bytes_of(record), kCallers) << command;
+        record_put(command, kCallers);
+        EXPECT_EQ(record(), kCallers) << command;
     }
 }
 
@@ -311,8 +281,9 @@ TEST_F(LedStateFile, RecordingReportsEachFailure)
 {
     Bytes merged = kHeld;
     merged[12] = kCallers[12];
-    const LockedCourse course{kMerged, {}, 0, kUnlock, -2};
-    prove_locked([&] { file_put(kHeld); }, [] { return record_put(19, kCallers); }, course,
+    const LockedCourse course{kMerged, {}, 0, {kRelease}, -2};
+    prove_locked([&] { file_put(kHeld); }, [this] { return record_put(WR_LED_E, kCallers); },
+                 course,
                  [&](size_t failing, const std::string&) {
                      // 2 stat, 3 open, 4 read, 5 lseek, 6 write
                      EXPECT_EQ(file_get(), failing >= 2 && failing <= 6 ? kHeld : merged);
@@ -324,13 +295,13 @@ TEST_F(LedStateFile, AShortFileIsNotChangedAndALongOneKeepsItsEnd)
     for (const size_t size : {0U, 1U, 20U, 43U}) {
         const Bytes content = counted(1, size);
         file_put(content);
-        for (const auto& row : kCopiedBytes) {
-            EXPECT_EQ(record_put(row.command, kCallers), -1) << size;
+        for (const RecordedBytes& row : kRecordedBytes) {
+            EXPECT_EQ(record_put(static_cast<int32_t>(row.command), kCallers), -1) << size;
             EXPECT_EQ(file_get(), content) << size;
         }
     }
     file_put(counted(1, 45));
-    EXPECT_EQ(record_put(17, kCallers), 0);
+    EXPECT_EQ(record_put(WR_LED_A, kCallers), 0);
     Bytes expected = counted(1, 45);
     expected[8] = kCallers[8];
     EXPECT_EQ(file_get(), expected);
@@ -341,7 +312,7 @@ TEST_F(LedStateFile, AShortWriteOfTheRecordFails)
     file_put(kHeld);
     {
         const FileLimit limit(20);
-        EXPECT_EQ(record_put(17, kCallers), -1);
+        EXPECT_EQ(record_put(WR_LED_A, kCallers), -1);
     }
     Bytes expected = kHeld;
     expected[8] = kCallers[8];
@@ -355,7 +326,7 @@ TEST_F(LedStateFile, ALockThatCannotBeMadeStopsNothing)
     std::filesystem::create_directory(board.host(kSaveLock)); // in the way, even of root
     const char* messages = "fileAccess_lock : 001 : /tmp/Saveing file open error\n"
                            "fileAccess_unlock : 001 : /tmp/Saveing file pointer (==0) error\n";
-    EXPECT_EQ(record_put(17, kCallers), -2);
+    EXPECT_EQ(record_put(WR_LED_A, kCallers), -2);
     EXPECT_EQ(board.console, messages);
 
     board.restart();
@@ -365,7 +336,7 @@ TEST_F(LedStateFile, ALockThatCannotBeMadeStopsNothing)
 
     board.restart();
     file_put(kHeld);
-    EXPECT_EQ(record_put(17, kCallers), 0);
+    EXPECT_EQ(record_put(WR_LED_A, kCallers), 0);
     EXPECT_EQ(file_get()[8], kCallers[8]);
     EXPECT_EQ(board.console, messages);
 }
@@ -376,20 +347,19 @@ TEST_F(LedStateFile, WorksOnDescriptorZero)
     std::filesystem::create_directory(board.host(kSaveLock)); // a lock would have it
     const int input = fcntl(STDIN_FILENO, F_DUPFD, STDERR_FILENO + 1);
     close(STDIN_FILENO);
-    size_t zeros = 0;
+    size_t closed = 0;
     board.before_call = [&](const std::string& call) {
-        zeros += call == "close /tmp/led_rewrite_inh" ? board.descriptors().count(0) : 0;
+        closed += call == "close /tmp/led_rewrite_inh" ? board.descriptors().count(0) : 0;
     };
     EXPECT_EQ(ledState_save(), 0);
     EXPECT_EQ(file_get(), snapshot_of(7, {}));
-    EXPECT_EQ(record_put(17, kCallers), 0);
+    EXPECT_EQ(record_put(WR_LED_A, kCallers), 0);
     Bytes expected = snapshot_of(7, {});
     expected[8] = kCallers[8];
     EXPECT_EQ(file_get(), expected);
-    LedStateRecord record{};
-    EXPECT_EQ(ledState_load(&record), 0);
-    EXPECT_EQ(bytes_of(record), expected);
-    EXPECT_EQ(zeros, 3U);
+    EXPECT_EQ(record_load(), 0);
+    EXPECT_EQ(record(), expected);
+    EXPECT_EQ(closed, 3U);
     board.before_call = nullptr;
     if (input >= 0) {
         dup2(input, STDIN_FILENO);
@@ -400,7 +370,7 @@ TEST_F(LedStateFile, WorksOnDescriptorZero)
 TEST_F(LedStateFile, WaitsForTheLockAndHoldsItToTheEnd)
 {
     const std::function<int32_t()> actions[] = {ledState_save,
-                                                [] { return record_put(17, kCallers); }};
+                                                [this] { return record_put(WR_LED_A, kCallers); }};
     for (const auto& action : actions) {
         {
             LockHolder holder(board, kSaveLock);
@@ -447,10 +417,8 @@ TEST_F(LedStateFile, LoadsTheFirst44BytesOrNothing)
 {
     for (const size_t size : {0U, 43U, 44U, 45U}) {
         file_put(counted(1, size));
-        LedStateRecord record;
-        kCallers.copy(reinterpret_cast<char*>(&record), sizeof record);
-        EXPECT_EQ(ledState_load(&record), size < 44 ? -1 : 0);
-        EXPECT_EQ(bytes_of(record), size < 44 ? kCallers : counted(1));
+        EXPECT_EQ(record_load(), size < 44 ? -1 : 0);
+        EXPECT_EQ(record(), size < 44 ? kCallers : counted(1));
     }
 }
 

@@ -1,7 +1,7 @@
 // The identity and the status of units.
 #include "device/commands/unit.h"
 
-#include "device/led_unit_test.h"
+#include "device/led_unit_fixture.h"
 
 namespace
 {
@@ -90,6 +90,11 @@ TEST_F(UnitStatus, ComparingReportsEachFailure)
 
 // Status of one unit ------------------------------------------------------------------------
 
+Bytes flag_record(const Bytes& status, uint32_t unit)
+{
+    return status + le16(unit) + untouched(2);
+}
+
 Course flag_course(uint32_t unit, size_t lines)
 {
     return Course{opens_to_read(), map_read(0x6B3D), closes()} +
@@ -101,19 +106,12 @@ TEST_F(UnitStatus, ReportsAUnitsBitOrItsMismatch)
     for (const uint32_t unit : {0U, 1U, 15U, 30U, 31U}) {
         for (const bool bit : {false, true}) {
             for (const bool mismatch : {false, true}) {
-                CallerRecord record;
                 identity_put(unit, static_cast<uint16_t>(mismatch ? 1 : kIdentity + unit));
                 // The neighbours' bits are the opposite.
                 board.fpga.words[kUnitMapD] = bit ? 1U << unit : ~(1U << unit);
-                prove(
-                    RD_UNIT_STATUS_FLAG,
-                    [&] {
-                        record = CallerRecord(untouched(4) + le16(unit));
-                        return record.pointer();
-                    },
-                    flag_course(unit, unit + 1));
-                EXPECT_EQ(record.bytes(),
-                          untouched_after(le32(bit || mismatch ? 1 : 0) + le16(unit)));
+                prove_record(RD_UNIT_STATUS_FLAG, flag_record(untouched(4), unit),
+                             flag_course(unit, unit + 1),
+                             flag_record(le32(bit || mismatch ? 1 : 0), unit));
             }
         }
     }
@@ -128,15 +126,10 @@ TEST_F(UnitStatus, AUnitBeyondTheMapHasItsMismatchAlone)
         board.file_put(kConfig, line);
         for (const uint16_t identity : {uint16_t{77}, uint16_t{78}}) {
             identity_put(unit, identity);
-            CallerRecord record(untouched(4) + le16(unit));
-            Trace calls;
-            for (const Step& step : flag_course(unit, 1)) {
-                calls.push_back(step.call);
-            }
             board.restart();
-            EXPECT_EQ(Fpga_Register_Set(RD_UNIT_STATUS_FLAG, record.pointer()), 0);
-            EXPECT_EQ(board.calls, calls);
-            EXPECT_EQ(record.bytes(), untouched_after(le32(identity == 77 ? 0 : 1) + le16(unit)));
+            expect_run(RD_UNIT_STATUS_FLAG, flag_record(untouched(4), unit), 0,
+                       flag_record(le32(identity == 77 ? 0 : 1), unit));
+            EXPECT_EQ(board.calls, calls_of(flag_course(unit, 1)));
         }
     }
 }
@@ -147,9 +140,7 @@ TEST_F(UnitStatus, AStatusWhoseIdentityCannotBeAskedIsTheBit)
         board.fpga.words[kUnitMapD] = bit << 5;
         identity_put_other(5);
         board.fpga.results[0x6B4C] = -1;
-        CallerRecord record(untouched(4) + le16(5));
-        EXPECT_EQ(Fpga_Register_Set(RD_UNIT_STATUS_FLAG, record.pointer()), 0);
-        EXPECT_EQ(record.bytes(), untouched_after(le32(bit) + le16(5)));
+        expect_run(RD_UNIT_STATUS_FLAG, flag_record(untouched(4), 5), 0, flag_record(le32(bit), 5));
         board.fpga.results.clear();
     }
 }
@@ -159,9 +150,8 @@ TEST_F(UnitStatus, AStatusThatCannotBeReadLeavesTheRecord)
     for (const size_t failing : {1U, 2U}) {
         board.restart();
         fail_in_both_runs(failing, failing - 1);
-        CallerRecord record(untouched(4) + le16(5));
-        EXPECT_EQ(Fpga_Register_Set(RD_UNIT_STATUS_FLAG, record.pointer()), failing == 1 ? -1 : -2);
-        EXPECT_EQ(record.bytes(), untouched_after(untouched(4) + le16(5)));
+        expect_run(RD_UNIT_STATUS_FLAG, flag_record(untouched(4), 5), failing == 1 ? -1 : -2,
+                   flag_record(untouched(4), 5));
     }
 }
 
@@ -183,18 +173,10 @@ TEST_F(UnitStatus, TheMapAsksForEachPresentUnmarkedUnit)
     };
     // What the caller brings is of no account; here it is the hardware's, which a first run leaves.
     const Bytes marked = le32(board.fpga.words[kUnitMapR]);
-    CallerRecord record;
-    prove(
-        RD_UNIT_STATUS_MAP,
-        [&] {
-            record = CallerRecord(marked);
-            return record.pointer();
-        },
-        course(marked));
-    EXPECT_EQ(record.bytes(), untouched_after(le32(1U << 1 | 1U << 2 | 1U << 30)));
-    record = CallerRecord();
-    expect_course(RD_UNIT_STATUS_MAP, record.pointer(), course(untouched(4)));
-    EXPECT_EQ(record.bytes(), untouched_after(le32(1U << 1 | 1U << 2 | 1U << 30)));
+    const Bytes shown = le32(1U << 1 | 1U << 2 | 1U << 30);
+    prove_record(RD_UNIT_STATUS_MAP, marked, course(marked), shown);
+    expect_course(RD_UNIT_STATUS_MAP, put(untouched(4)), course(untouched(4)));
+    EXPECT_EQ(record(), shown);
 }
 
 TEST_F(UnitStatus, TheMapNeverReportsTheOwnUnit)
@@ -207,11 +189,10 @@ TEST_F(UnitStatus, TheMapNeverReportsTheOwnUnit)
             board.fpga.words[kOwnIdentifier] = own;
             board.fpga.words[kUnitMapE] = UINT32_MAX;
             board.fpga.words[kUnitMapR] = marked;
-            uint32_t map = 0;
-            EXPECT_EQ(Fpga_Register_Set(RD_UNIT_STATUS_MAP, &map), 0);
             // Numbers 0 and 31 are no units: never asked for, and as the hardware has them.
             const uint32_t all = marked == 0 ? 0x7FFFFFFEU : UINT32_MAX;
-            EXPECT_EQ(map, own < 32 ? all & ~(1U << own) : all) << own;
+            SCOPED_TRACE(own);
+            expect_run(RD_UNIT_STATUS_MAP, zeros(4), 0, le32(own < 32 ? all & ~(1U << own) : all));
         }
     }
 }
@@ -225,9 +206,7 @@ TEST_F(UnitStatus, TheMapLeavesOutAUnitWhoseIdentityCannotBeAsked)
     board.fpga.words[kUnitMapE] = UINT32_MAX;
     board.fpga.words[kUnitMapR] = 1U << 9;
     board.fpga.results[0x6B4C] = -1;
-    uint32_t map = 0;
-    EXPECT_EQ(Fpga_Register_Set(RD_UNIT_STATUS_MAP, &map), 0);
-    EXPECT_EQ(map, 1U << 9);
+    expect_run(RD_UNIT_STATUS_MAP, zeros(4), 0, le32(1U << 9));
 }
 
 TEST_F(UnitStatus, TheMapAnswersRandomUnits)
@@ -253,9 +232,9 @@ TEST_F(UnitStatus, TheMapAnswersRandomUnits)
                 (marked & bit) != 0 || (unit >= 1 && unit <= 30 && (mismatched & bit) != 0);
             expected |= unit != own && (present & bit) != 0 && shown ? bit : 0;
         }
-        uint32_t map = static_cast<uint32_t>(random());
-        ASSERT_EQ(Fpga_Register_Set(RD_UNIT_STATUS_MAP, &map), 0);
-        ASSERT_EQ(map, expected) << round;
+        SCOPED_TRACE(round);
+        expect_run(RD_UNIT_STATUS_MAP, le32(static_cast<uint32_t>(random())), 0, le32(expected));
+        ASSERT_FALSE(HasFailure());
     }
 }
 
@@ -263,11 +242,11 @@ TEST_F(UnitStatus, AMapThatFailedHoldsNoMoreThanTheHardwaresOwn)
 {
     board.fpga.words[kUnitMapR] = 0x12345678;
     for (const size_t failing : {1U, 2U, 3U, 4U}) {
-        uint32_t map = 0xA5A5A5A5;
+        SCOPED_TRACE(failing);
         board.restart();
         fail_in_both_runs(failing, failing == 1 ? 0 : 1);
-        EXPECT_EQ(Fpga_Register_Set(RD_UNIT_STATUS_MAP, &map), failing == 1 ? -1 : -2);
-        EXPECT_EQ(map, failing <= 2 ? 0xA5A5A5A5 : 0x12345678) << failing;
+        expect_run(RD_UNIT_STATUS_MAP, untouched(4), failing == 1 ? -1 : -2,
+                   failing <= 2 ? untouched(4) : le32(0x12345678));
     }
 }
 

@@ -81,8 +81,7 @@ TEST_F(FullDisk, SmallImageIsSaidToBeRebuiltAndIsCutShort)
     board.file_put(kFlashImage, sample_image());
     for (const rlim_t room : {0U, 11U, 12U, 200U, 311U}) {
         SCOPED_TRACE(room);
-        EXPECT_EQ(run(room, systemLogFileMake),
-                  std::string(kSampleHeaderLines) + kSampleChecksumLines + "0");
+        EXPECT_EQ(run(room, systemLogFileMake), kSampleHeaderLines + kSampleChecksumLines + "0");
         EXPECT_EQ(board.file_get(kSystemLog), sample_image().substr(0, room));
     }
 }
@@ -93,22 +92,20 @@ TEST_F(FullDisk, LargeImageIsRefusedAndItsBeginningStays)
     board.file_put(kFlashImage, image);
     struct Row {
         rlim_t room;
-        const char* writer; // what the log writer makes of message 010
+        std::string writer; // what the log writer makes of message 010
     };
-    constexpr Row kRows[] = {
-        {0, "systemLog_put : 004 : /conf/system.log file header read error\n"},
-        {11, "systemLog_put : 004 : /conf/system.log file header read error\n"},
+    const Row rows[] = {
+        {0, kLogEmpty},
+        {11, kLogEmpty},
         {12, "systemLog_put : 007 : /conf/system.log file seek error\n"},
         {5000, "systemLog_put : 007 : /conf/system.log file seek error\n"},
         // The slot of the message, at 30012, lies within what fitted.
         {40000, ""},
     };
-    for (const Row& row : kRows) {
+    for (const Row& row : rows) {
         SCOPED_TRACE(row.room);
         const Report report = run(row.room, systemLogFileMake);
-        EXPECT_EQ(report.substr(report.find("systemLogFileMake")),
-                  std::string("systemLogFileMake : 010 : /conf/system.log file write error\n") +
-                      row.writer + "-1");
+        EXPECT_EQ(report.substr(report.find("systemLogFileMake")), kMake010 + row.writer + "-1");
         Bytes left = image.substr(0, row.room);
         if (row.room == 40000) {
             left.replace(6, 2, hex("2D 01")); // location 301
@@ -144,18 +141,6 @@ TEST_F(FullDisk, FullRingOfTheSystemLogGoesOn)
 }
 
 // The user log. Its message finds the system log longer than the limit, and full as well.
-
-UserLogRecord event()
-{
-    return {0, {1, 2, 3, 4}, 300, 30, 29, {5, 6, 7, 8}};
-}
-const Bytes kEvent = hex("C3 63 05 44 01 02 03 04 2C 01 1E 1D 05 06 07 08"); // 1141203907
-
-int32_t event_put()
-{
-    UserLogRecord record = event();
-    return userLog_put(&record);
-}
 
 TEST_F(FullDisk, RecordOfTheUserLogIsLostWithAFailingSeek)
 {

@@ -15,16 +15,6 @@
 namespace
 {
 
-Bytes system_header(const char* number_and_location)
-{
-    return hex("11 22 33 44") + hex(number_and_location) + hex("01 00 00 00");
-}
-
-Bytes user_header(const char* number_and_location)
-{
-    return hex("11 22 33 44") + hex(number_and_location) + hex("55 66 77 88 99 AA BB CC");
-}
-
 int32_t system_log_put()
 {
     return systemLog_put("waited");
@@ -36,23 +26,11 @@ int32_t report_to_log()
     return 0;
 }
 
-int32_t user_log_put()
-{
-    UserLogRecord record{0, {1, 2, 3, 4}, 300, 30, 29, {5, 6, 7, 8}};
-    return userLog_put(&record);
-}
-
-// 1141203907, then the record of user_log_put.
-Bytes user_record()
-{
-    return hex("C3 63 05 44 01 02 03 04 2C 01 1E 1D 05 06 07 08");
-}
-
 int32_t working_header_read()
 {
     SystemLogHeader header{};
     const int32_t result = zev_maintlog_head_read(&header);
-    EXPECT_EQ(bytes_of(header), system_header("07 00 08 00"));
+    EXPECT_EQ(bytes_of(header), systemHeader_bytes(7, 8));
     return result;
 }
 
@@ -75,9 +53,9 @@ class LogFiles : public BoardTest
   protected:
     void SetUp() override
     {
-        board.file_put(kSystemLog, system_header("00 00 00 00"));
-        board.file_put(kFlashImage, system_header("00 00 00 00"));
-        board.file_put(kUserLog, user_header("00 00 00 00"));
+        board.file_put(kSystemLog, systemHeader_bytes(0, 0));
+        board.file_put(kFlashImage, systemHeader_bytes(0, 0));
+        board.file_put(kUserLog, userHeader_bytes(0, 0));
     }
 };
 
@@ -112,37 +90,37 @@ const Bytes kSecondRecord = record_line("in the middle");
 
 void holder_writes()
 {
-    put(kSystemLog, system_header("02 00 02 00") + kHole + kSecondRecord);
+    put(kSystemLog, systemHeader_bytes(2, 2) + kHole + kSecondRecord);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     EachLock, LockWait,
     testing::Values(
-        Wait{"systemLog_put", kSystemLog, [] { put(kSystemLog, system_header("01 00 00 00")); },
-             system_log_put, kSystemLog, system_header("02 00 01 00") + record_line("waited")},
-        Wait{"report_message", kSystemLog, [] { put(kSystemLog, system_header("01 00 00 00")); },
-             report_to_log, kSystemLog, system_header("02 00 01 00") + record_line("waited")},
+        Wait{"systemLog_put", kSystemLog, [] { put(kSystemLog, systemHeader_bytes(1, 0)); },
+             system_log_put, kSystemLog, systemHeader_bytes(2, 1) + record_line("waited")},
+        Wait{"report_message", kSystemLog, [] { put(kSystemLog, systemHeader_bytes(1, 0)); },
+             report_to_log, kSystemLog, systemHeader_bytes(2, 1) + record_line("waited")},
         Wait{"zev_maintlog_head_read", kSystemLog,
-             [] { put(kSystemLog, system_header("07 00 08 00")); }, working_header_read, kSystemLog,
-             system_header("07 00 08 00")},
+             [] { put(kSystemLog, systemHeader_bytes(7, 8)); }, working_header_read, kSystemLog,
+             systemHeader_bytes(7, 8)},
         Wait{"systemLogFileInit", kSystemLog, {}, systemLogFileInit, kSystemLog, fresh_log()},
         // The header is replaced; what the other process wrote behind it stays, uncounted.
         Wait{"systemLogFileInit_written", kSystemLog, holder_writes, systemLogFileInit, kSystemLog,
              fresh_log() + kHole + kSecondRecord},
         Wait{"systemLogFileMake_image", kFlashImage,
-             [] { put(kFlashImage, system_header("00 00 09 00")); }, systemLogFileMake, kSystemLog,
-             system_header("00 00 09 00")},
+             [] { put(kFlashImage, systemHeader_bytes(0, 9)); }, systemLogFileMake, kSystemLog,
+             systemHeader_bytes(0, 9)},
         Wait{"systemLogFileMake_log",
              kSystemLog,
              {},
              systemLogFileMake,
              kSystemLog,
-             system_header("00 00 00 00")},
+             systemHeader_bytes(0, 0)},
         Wait{"systemLogFileMake_log_written", kSystemLog, holder_writes, systemLogFileMake,
-             kSystemLog, system_header("00 00 00 00") + kHole + kSecondRecord},
-        Wait{"userLog_put_marker", kFlashSave, {}, user_log_put, kFlashSave, hex("01")},
-        Wait{"userLog_put_log", kUserLog, [] { put(kUserLog, user_header("01 00 00 00")); },
-             user_log_put, kUserLog, user_header("02 00 01 00") + user_record()}),
+             kSystemLog, systemHeader_bytes(0, 0) + kHole + kSecondRecord},
+        Wait{"userLog_put_marker", kFlashSave, {}, event_put, kFlashSave, hex("01")},
+        Wait{"userLog_put_log", kUserLog, [] { put(kUserLog, userHeader_bytes(1, 0)); }, event_put,
+             kUserLog, userHeader_bytes(2, 1) + kEvent}),
     [](const auto& each) { return each.param.name; });
 
 using LockWaitRebuild = LogFiles;
@@ -155,7 +133,7 @@ TEST_F(LockWaitRebuild, LeavesWhatLiesBehindTheImage)
     board.file_put(kFlashImage, image);
     LockHolder holder(board, kSystemLog);
     holder.release_when_awaited(
-        [] { put(kSystemLog, system_header("02 00 02 00") + kSecondRecord + kSecondRecord); });
+        [] { put(kSystemLog, systemHeader_bytes(2, 2) + kSecondRecord + kSecondRecord); });
     EXPECT_EQ(systemLogFileMake(), 0);
     EXPECT_TRUE(holder.released());
     EXPECT_EQ(board.file_get(kSystemLog), image + kSecondRecord);
@@ -192,17 +170,17 @@ TEST_F(LockNoWait, FlashHeaderIsReadWithoutTheLock)
     SystemLogHeader header{};
     EXPECT_EQ(read_systemlog_header(&header), 0);
     EXPECT_FALSE(holder.released());
-    EXPECT_EQ(bytes_of(header), system_header("00 00 00 00"));
+    EXPECT_EQ(bytes_of(header), systemHeader_bytes(0, 0));
     EXPECT_EQ(board.calls, (Trace{"open /dev/mtd_systemlog O_RDONLY", "read /dev/mtd_systemlog 12",
                                   "close /dev/mtd_systemlog"}));
 }
 
 TEST_F(LockNoWait, LogRoutinesLeaveTheSaveLockAlone)
 {
-    LockHolder holder(board, "/tmp/Saveing");
+    LockHolder holder(board, kSaveLock);
     holder.release_when_awaited();
     EXPECT_EQ(system_log_put(), 0);
-    EXPECT_EQ(user_log_put(), 0);
+    EXPECT_EQ(event_put(), 0);
     EXPECT_EQ(systemLogFileMake(), 0);
     EXPECT_EQ(systemLogFileInit(), 0);
     SystemLogHeader header{};

@@ -1,16 +1,15 @@
-// The bytes of the two logs, and the calls of an append, as the tests expect them: built byte by
-// byte, without the product's own records and checksum.
+// The bytes of the two logs as the tests expect them: built byte by byte, without the product's own
+// records and checksum.
 #pragma once
 
 #include <cstdint>
 #include <cstdio>
 #include <string>
 
-#include "board/board_test.h"
+#include "log/log_calls.h"
+#include "maint/user_log.h"
 
-constexpr const char* kSystemLog = "/conf/system.log";
 constexpr const char* kFlashImage = "/dev/mtd_systemlog";
-constexpr const char* kUserLog = "/conf/user.log";
 constexpr const char* kFlashSave = "/tmp/flashsave";
 
 // What the board's clock says unless a test sets it.
@@ -28,44 +27,20 @@ struct HeaderFields {
     uint16_t checksum;
 };
 
-inline Bytes littleEndian_put(uint32_t value, int width)
-{
-    Bytes bytes;
-    for (int at = 0; at < width; ++at) {
-        bytes += static_cast<char>((value >> (8 * at)) & 0xFFU);
-    }
-    return bytes;
-}
-
 inline Bytes header_bytes(const HeaderFields& fields)
 {
-    return littleEndian_put(fields.seq_num, 4) + littleEndian_put(fields.number, 2) +
-           littleEndian_put(fields.location, 2) + littleEndian_put(fields.version, 2) +
-           littleEndian_put(fields.checksum, 2);
-}
-
-inline uint32_t littleEndian_get(const Bytes& bytes, size_t at, int width)
-{
-    uint32_t value = 0;
-    for (int byte = width - 1; byte >= 0; --byte) {
-        value = value << 8 | static_cast<uint8_t>(bytes.at(at + static_cast<size_t>(byte)));
-    }
-    return value;
+    return le32(fields.seq_num) + le16(fields.number) + le16(fields.location) +
+           le16(fields.version) + le16(fields.checksum);
 }
 
 // The first 12 bytes of a file.
 inline HeaderFields header_get(const Bytes& file)
 {
-    return {littleEndian_get(file, 0, 4), static_cast<uint16_t>(littleEndian_get(file, 4, 2)),
-            static_cast<uint16_t>(littleEndian_get(file, 6, 2)),
-            static_cast<uint16_t>(littleEndian_get(file, 8, 2)),
-            static_cast<uint16_t>(littleEndian_get(file, 10, 2))};
-}
-
-// An empty log.
-inline Bytes fresh_log()
-{
-    return hex("00 00 00 00 00 00 00 00 01 00 00 00");
+    const auto word = [&file](size_t at) {
+        return static_cast<uint16_t>(static_cast<uint8_t>(file.at(at)) +
+                                     256 * static_cast<uint8_t>(file.at(at + 1)));
+    };
+    return {word(0) + 65536U * word(2), word(4), word(6), word(8), word(10)};
 }
 
 // A record of the system log: 19 bytes of time stamp, a blank, 79 of message, a newline.
@@ -129,35 +104,33 @@ inline Bytes sample_image()
     return sample_header() + sample_records();
 }
 
+// A working file that the boot keeps.
+inline Bytes sane_log()
+{
+    return hex("02 00 00 00 03 00 03 00 01 00 00 00") + records_make(3);
+}
+
 // Sequence number, version and checksum are such that a lost or moved byte shows.
 inline Bytes systemHeader_bytes(unsigned number, unsigned location)
 {
-    return hex("EF BE AD DE") + littleEndian_put(number, 2) + littleEndian_put(location, 2) +
-           hex("07 00 5A A5");
+    return hex("EF BE AD DE") + le16(number) + le16(location) + hex("07 00 5A A5");
 }
 
 inline Bytes userHeader_bytes(unsigned number, unsigned location)
 {
-    return hex("A1 A2 A3 A4") + littleEndian_put(number, 2) + littleEndian_put(location, 2) +
-           hex("B1 B2 B3 B4 B5 B6 B7 B8");
+    return hex("A1 A2 A3 A4") + le16(number) + le16(location) + hex("B1 B2 B3 B4 B5 B6 B7 B8");
 }
+
+// An event that the user log takes, put at the board's time, and as the log then holds it.
+inline int32_t event_put()
+{
+    UserLogRecord record{0, {1, 2, 3, 4}, 300, 30, 29, {5, 6, 7, 8}};
+    return userLog_put(&record);
+}
+inline const Bytes kEvent = hex("C3 63 05 44 01 02 03 04 2C 01 1E 1D 05 06 07 08");
 
 // The bytes of the hex pairs, with so many of the filler before and after them.
 inline Bytes framed_bytes(char filler, size_t before, const char* pairs, size_t after)
 {
     return Bytes(before, filler) + hex(pairs) + Bytes(after, filler);
-}
-
-// The calls of an append to the system log that succeeds.
-inline Trace systemAppend_trace(long offset)
-{
-    return {"time now",
-            "fopen /conf/system.log r+",
-            "flock /conf/system.log LOCK_EX",
-            "fread /conf/system.log 12",
-            "fseek /conf/system.log " + std::to_string(offset),
-            "fprintf /conf/system.log 100",
-            "fseek /conf/system.log 0",
-            "fwrite /conf/system.log 12",
-            "fclose /conf/system.log"};
 }

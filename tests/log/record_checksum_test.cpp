@@ -53,7 +53,7 @@ TEST(RecordChecksum, GivesTheWorkedExamples)
     for (const Example& example : examples) {
         SCOPED_TRACE(example.name);
         EXPECT_EQ(checksum_of(example.data), example.field);
-        EXPECT_EQ(littleEndian_put(checksum_of(example.data), 2), hex(example.stored));
+        EXPECT_EQ(le16(checksum_of(example.data)), hex(example.stored));
     }
 }
 
@@ -143,8 +143,7 @@ TEST(RecordChecksum, AgreesWithTheModelOnEveryPairOfEdgeWords)
     for (const uint16_t first : edges) {
         for (const uint16_t second : edges) {
             for (const uint16_t third : edges) {
-                const Bytes data = littleEndian_put(first, 2) + littleEndian_put(second, 2) +
-                                   littleEndian_put(third, 2);
+                const Bytes data = le16(first) + le16(second) + le16(third);
                 ASSERT_EQ(checksum_of(data), checksum_model(data))
                     << first << " " << second << " " << third;
             }

@@ -47,7 +47,7 @@ TEST_F(Report, MaskChoosesConsoleAndLog)
             expected.emplace_back("puts door open");
         }
         if (row.log) {
-            expected = expected + systemAppend_trace(12);
+            expected = expected + append_calls(0);
         }
         EXPECT_EQ(board.calls, expected);
         EXPECT_EQ(board.console, row.console ? "door open\n" : "");
@@ -75,7 +75,7 @@ TEST_F(Report, LogGetsTheMessageWhenTheConsoleFails)
 {
     board.fail_call(1);
     report_message(LOG_SINK_BOTH, "x");
-    EXPECT_EQ(board.calls, Trace{"puts x -> failed"} + systemAppend_trace(12));
+    EXPECT_EQ(board.calls, (Trace{"puts x -> failed"} + append_calls(0)));
     EXPECT_EQ(log(), systemHeader_bytes(1, 1) + record_line("x"));
 }
 
@@ -83,8 +83,7 @@ TEST_F(Report, FailingLogIsReportedOnceOnTheConsoleOnly)
 {
     board.file_remove(kSystemLog);
     report_message(LOG_SINK_BOTH, "x");
-    EXPECT_EQ(board.calls, (Trace{"puts x", "time now", "fopen /conf/system.log r+",
-                                  "puts systemLog_put : 002 : /conf/system.log file open error"}));
+    EXPECT_EQ(board.calls, (Trace{"puts x"} + kUnlogged));
     board.restart();
     report_message(LOG_SINK_SYSTEM_LOG, "x");
     EXPECT_EQ(board.console, "systemLog_put : 002 : /conf/system.log file open error\n");
@@ -94,10 +93,10 @@ TEST_F(Report, FailingLogIsReportedOnceOnTheConsoleOnly)
 TEST_F(Report, FormattedMessageGoesToTheSinksOfItsMask)
 {
     report_format(LOG_SINK_CONSOLE, "%s : %03d", "path", 7);
-    EXPECT_EQ(board.calls, Trace{"puts path : 007"});
+    EXPECT_EQ(board.calls, (Trace{"puts path : 007"}));
     board.restart();
     report_format(LOG_SINK_BOTH, "%d%%", 65535);
-    EXPECT_EQ(board.calls, Trace{"puts 65535%"} + systemAppend_trace(12));
+    EXPECT_EQ(board.calls, (Trace{"puts 65535%"} + append_calls(0)));
     EXPECT_EQ(log(), systemHeader_bytes(1, 1) + record_line("65535%"));
 }
 

@@ -10,11 +10,11 @@
 
 #include "board/failure_table.h"
 #include "board/lock_holder.h"
+#include "log/console_lines.h"
+#include "log/log_calls.h"
 
 namespace
 {
-
-constexpr const char* kLockFile = "/tmp/Saveing";
 
 // Something that is no null pointer and no stream, to see that lock has written its handle.
 FILE* stale_handle()
@@ -66,22 +66,22 @@ INSTANTIATE_TEST_SUITE_P(AnyModeButZero, SaveLockTryMode,
 
 TEST_F(SaveLock, FileStaysAndIsEmptyAfterwards)
 {
-    ASSERT_FALSE(board.file_exists(kLockFile));
+    ASSERT_FALSE(board.file_exists(kSaveLock));
     ASSERT_EQ(fileAccess_lock(&handle, 0), 0);
-    EXPECT_TRUE(board.file_exists(kLockFile));
+    EXPECT_TRUE(board.file_exists(kSaveLock));
     ASSERT_EQ(fileAccess_unlock(handle), 0);
-    ASSERT_TRUE(board.file_exists(kLockFile));
-    EXPECT_EQ(board.file_get(kLockFile), "");
+    ASSERT_TRUE(board.file_exists(kSaveLock));
+    EXPECT_EQ(board.file_get(kSaveLock), "");
 }
 
 TEST_F(SaveLock, TruncatesWhatTheFileHeld)
 {
     for (const SaveLockMode mode : {0U, 1U}) {
-        board.file_put(kLockFile, "left behind");
+        board.file_put(kSaveLock, "left behind");
         ASSERT_EQ(fileAccess_lock(&handle, mode), 0);
-        EXPECT_EQ(board.file_get(kLockFile), "");
+        EXPECT_EQ(board.file_get(kSaveLock), "");
         ASSERT_EQ(fileAccess_unlock(handle), 0);
-        EXPECT_EQ(board.file_get(kLockFile), "");
+        EXPECT_EQ(board.file_get(kSaveLock), "");
     }
 }
 
@@ -98,9 +98,8 @@ TEST_F(SaveLock, CanBeTakenAgainAfterUnlock)
 TEST_F(SaveLock, UnlockRefusesANullHandle)
 {
     EXPECT_EQ(fileAccess_unlock(nullptr), -1);
-    EXPECT_EQ(board.calls,
-              (Trace{"puts fileAccess_unlock : 001 : /tmp/Saveing file pointer (==0) error"}));
-    EXPECT_EQ(board.console, "fileAccess_unlock : 001 : /tmp/Saveing file pointer (==0) error\n");
+    EXPECT_EQ(board.calls, (Trace{puts_of(kLockAbsent)}));
+    EXPECT_EQ(board.console, kLockAbsent);
 }
 
 TEST_F(SaveLock, UnlockReportsAFailedClose)
@@ -109,23 +108,20 @@ TEST_F(SaveLock, UnlockReportsAFailedClose)
     board.restart();
     board.fail_call(1);
     EXPECT_EQ(fileAccess_unlock(handle), -1);
-    EXPECT_EQ(board.calls, (Trace{"fclose /tmp/Saveing -> failed",
-                                  "puts fileAccess_unlock : 002 : /tmp/Saveing file close error"}));
-    EXPECT_EQ(board.console, "fileAccess_unlock : 002 : /tmp/Saveing file close error\n");
+    EXPECT_EQ(board.calls, (Trace{"fclose /tmp/Saveing -> failed", puts_of(kLockUnclosed)}));
+    EXPECT_EQ(board.console, kLockUnclosed);
 }
 
 TEST_F(SaveLock, FileThatCannotBeOpened)
 {
-    std::filesystem::create_directory(board.host(kLockFile)); // in the way, even of root
+    std::filesystem::create_directory(board.host(kSaveLock)); // in the way, even of root
     for (const SaveLockMode mode : {0U, 1U}) {
         board.restart();
         handle = stale_handle();
         EXPECT_EQ(fileAccess_lock(&handle, mode), -1);
         EXPECT_EQ(handle, nullptr);
-        EXPECT_EQ(board.calls,
-                  (Trace{"fopen /tmp/Saveing w",
-                         "puts fileAccess_lock : 001 : /tmp/Saveing file open error"}));
-        EXPECT_EQ(board.console, "fileAccess_lock : 001 : /tmp/Saveing file open error\n");
+        EXPECT_EQ(board.calls, (Trace{"fopen /tmp/Saveing w", puts_of(kLockUnopened)}));
+        EXPECT_EQ(board.console, kLockUnopened);
     }
 }
 
@@ -134,11 +130,9 @@ TEST_F(SaveLock, BlockingLockThatFails)
     board.fail_call(2);
     EXPECT_EQ(fileAccess_lock(&handle, 0), -1);
     EXPECT_EQ(handle, nullptr);
-    EXPECT_EQ(board.calls,
-              (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX -> failed",
-                     "fclose /tmp/Saveing",
-                     "puts fileAccess_lock : 002 : /tmp/Saveing file lock (blocking) error"}));
-    EXPECT_EQ(board.console, "fileAccess_lock : 002 : /tmp/Saveing file lock (blocking) error\n");
+    EXPECT_EQ(board.calls, (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX -> failed",
+                                  "fclose /tmp/Saveing", puts_of(kLockUntaken)}));
+    EXPECT_EQ(board.console, kLockUntaken);
 }
 
 TEST_F(SaveLock, NonBlockingLockThatFails)
@@ -148,16 +142,13 @@ TEST_F(SaveLock, NonBlockingLockThatFails)
     EXPECT_EQ(handle, nullptr);
     EXPECT_EQ(board.calls,
               (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX|LOCK_NB -> failed",
-                     "fclose /tmp/Saveing",
-                     "puts fileAccess_lock : 003 : /tmp/Saveing file lock (non-blocking) error"}));
-    EXPECT_EQ(board.console,
-              "fileAccess_lock : 003 : /tmp/Saveing file lock (non-blocking) error\n");
+                     "fclose /tmp/Saveing", puts_of(kLockBusy)}));
+    EXPECT_EQ(board.console, kLockBusy);
 }
 
 TEST_F(SaveLock, MessagesStayOffTheSystemLog)
 {
-    const Bytes log = hex("00 00 00 00 00 00 00 00 01 00 00 00");
-    board.file_put("/conf/system.log", log);
+    board.file_put(kSystemLog, fresh_log());
     for (const SaveLockMode mode : {0U, 1U}) {
         for (const size_t failing : {1U, 2U}) {
             board.restart();
@@ -170,16 +161,16 @@ TEST_F(SaveLock, MessagesStayOffTheSystemLog)
     board.fail_call(3);
     ASSERT_EQ(fileAccess_lock(&handle, 0), 0);
     EXPECT_EQ(fileAccess_unlock(handle), -1);
-    EXPECT_EQ(board.file_get("/conf/system.log"), log);
+    EXPECT_EQ(board.file_get(kSystemLog), fresh_log());
 }
 
 // What one call of lock and unlock leaves behind when a call below it fails.
 struct Failure {
-    const char* call;
+    std::string call;
     int32_t result;        // of the lock
     int32_t unlock_result; // 1: not reached
     bool handle_null;
-    const char* console;
+    std::string console;
 };
 
 class SaveLockSweep : public SaveLock
@@ -210,36 +201,26 @@ class SaveLockSweep : public SaveLock
 
 TEST_F(SaveLockSweep, Blocking)
 {
-    sweep(0, {{"fopen /tmp/Saveing w", -1, 1, true,
-               "fileAccess_lock : 001 : /tmp/Saveing file open error\n"},
-              {"flock /tmp/Saveing LOCK_EX", -1, 1, true,
-               "fileAccess_lock : 002 : /tmp/Saveing file lock (blocking) error\n"},
-              {"fclose /tmp/Saveing", 0, -1, false,
-               "fileAccess_unlock : 002 : /tmp/Saveing file close error\n"}});
+    sweep(0, {{"fopen /tmp/Saveing w", -1, 1, true, kLockUnopened},
+              {"flock /tmp/Saveing LOCK_EX", -1, 1, true, kLockUntaken},
+              {"fclose /tmp/Saveing", 0, -1, false, kLockUnclosed}});
 }
 
 TEST_F(SaveLockSweep, NonBlocking)
 {
-    sweep(1, {{"fopen /tmp/Saveing w", -1, 1, true,
-               "fileAccess_lock : 001 : /tmp/Saveing file open error\n"},
-              {"flock /tmp/Saveing LOCK_EX|LOCK_NB", -1, 1, true,
-               "fileAccess_lock : 003 : /tmp/Saveing file lock (non-blocking) error\n"},
-              {"fclose /tmp/Saveing", 0, -1, false,
-               "fileAccess_unlock : 002 : /tmp/Saveing file close error\n"}});
+    sweep(1, {{"fopen /tmp/Saveing w", -1, 1, true, kLockUnopened},
+              {"flock /tmp/Saveing LOCK_EX|LOCK_NB", -1, 1, true, kLockBusy},
+              {"fclose /tmp/Saveing", 0, -1, false, kLockUnclosed}});
 }
 
 TEST_F(SaveLockSweep, NonBlockingAndHeldByAnotherProcess)
 {
-    LockHolder holder(board, kLockFile);
+    LockHolder holder(board, kSaveLock);
     holder.release_when_awaited(); // never: lets a lock that waits succeed, and the test fail
-    sweep(1, {{"fopen /tmp/Saveing w", -1, 1, true,
-               "fileAccess_lock : 001 : /tmp/Saveing file open error\n"},
-              {"flock /tmp/Saveing LOCK_EX|LOCK_NB", -1, 1, true,
-               "fileAccess_lock : 003 : /tmp/Saveing file lock (non-blocking) error\n"},
-              {"fclose /tmp/Saveing", -1, 1, true,
-               "fileAccess_lock : 003 : /tmp/Saveing file lock (non-blocking) error\n"},
-              {"puts fileAccess_lock : 003 : /tmp/Saveing file lock (non-blocking) error", -1, 1,
-               true, ""}});
+    sweep(1, {{"fopen /tmp/Saveing w", -1, 1, true, kLockUnopened},
+              {"flock /tmp/Saveing LOCK_EX|LOCK_NB", -1, 1, true, kLockBusy},
+              {"fclose /tmp/Saveing", -1, 1, true, kLockBusy},
+              {puts_of(kLockBusy), -1, 1, true, ""}});
 }
 
 // With other holders --------------------------------------------------------------------------
@@ -248,9 +229,9 @@ TEST_F(SaveLock, KeepsOtherProcessesOutUntilUnlock)
 {
     for (const SaveLockMode mode : {0U, 1U}) {
         ASSERT_EQ(fileAccess_lock(&handle, mode), 0);
-        EXPECT_FALSE(lock_is_free(board, kLockFile));
+        EXPECT_FALSE(lock_is_free(board, kSaveLock));
         ASSERT_EQ(fileAccess_unlock(handle), 0);
-        EXPECT_TRUE(lock_is_free(board, kLockFile));
+        EXPECT_TRUE(lock_is_free(board, kSaveLock));
     }
 }
 
@@ -259,18 +240,18 @@ TEST_F(SaveLock, IsFreeAfterAFailedClose)
     ASSERT_EQ(fileAccess_lock(&handle, 0), 0);
     board.fail_call(1);
     ASSERT_EQ(fileAccess_unlock(handle), -1);
-    EXPECT_TRUE(lock_is_free(board, kLockFile));
+    EXPECT_TRUE(lock_is_free(board, kSaveLock));
 }
 
 TEST_F(SaveLock, BlockingModeWaitsForAnotherProcess)
 {
-    LockHolder holder(board, kLockFile);
+    LockHolder holder(board, kSaveLock);
     holder.release_when_awaited();
     EXPECT_FALSE(holder.released());
     EXPECT_EQ(fileAccess_lock(&handle, 0), 0);
     EXPECT_TRUE(holder.released());
     EXPECT_EQ(board.console, "");
-    EXPECT_FALSE(lock_is_free(board, kLockFile));
+    EXPECT_FALSE(lock_is_free(board, kSaveLock));
     ASSERT_NE(handle, nullptr);
     EXPECT_EQ(fileAccess_unlock(handle), 0);
 }
@@ -278,15 +259,12 @@ TEST_F(SaveLock, BlockingModeWaitsForAnotherProcess)
 TEST_F(SaveLock, NonBlockingModeFailsAtOnceWhileAnotherProcessHoldsIt)
 {
     {
-        LockHolder holder(board, kLockFile);
+        LockHolder holder(board, kSaveLock);
         holder.release_when_awaited(); // never, as above
         ASSERT_EQ(fileAccess_lock(&handle, 1), -1);
         EXPECT_EQ(handle, nullptr);
-        EXPECT_EQ(board.calls,
-                  (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX|LOCK_NB",
-                         "fclose /tmp/Saveing",
-                         "puts fileAccess_lock : 003 : /tmp/Saveing file lock (non-blocking) "
-                         "error"}));
+        EXPECT_EQ(board.calls, (Trace{"fopen /tmp/Saveing w", "flock /tmp/Saveing LOCK_EX|LOCK_NB",
+                                      "fclose /tmp/Saveing", puts_of(kLockBusy)}));
     }
     EXPECT_EQ(fileAccess_lock(&handle, 1), 0) << "the other process is gone";
     ASSERT_NE(handle, nullptr);
@@ -308,9 +286,8 @@ TEST_F(SaveLock, SecondLockInTheSameProcessMeetsTheFirst)
         EXPECT_EQ(fileAccess_lock(&second, 1), -1);
         board.before_call = nullptr;
         EXPECT_EQ(second, nullptr);
-        EXPECT_EQ(board.console,
-                  "fileAccess_lock : 003 : /tmp/Saveing file lock (non-blocking) error\n");
-        EXPECT_FALSE(lock_is_free(board, kLockFile)) << "the first lock is still held";
+        EXPECT_EQ(board.console, kLockBusy);
+        EXPECT_FALSE(lock_is_free(board, kSaveLock)) << "the first lock is still held";
         EXPECT_EQ(fileAccess_unlock(handle), 0);
     }
 }
@@ -341,7 +318,7 @@ TEST_F(SaveLock, SecondBlockingLockInTheSameProcessWaitsForTheFirst)
         EXPECT_EQ(read(events[0], &event, 1), 1);
     }
     EXPECT_TRUE(child_sleeps(child));
-    EXPECT_FALSE(lock_is_free(board, kLockFile));
+    EXPECT_FALSE(lock_is_free(board, kSaveLock));
     EXPECT_EQ(kill(child, SIGKILL), 0);
     EXPECT_EQ(child_wait(child), -1) << "ended by the kill alone";
     close(events[0]);

@@ -50,10 +50,7 @@ TEST_F(ReadFlashHeader, ReportsAMissingImage)
 {
     EXPECT_EQ(flashHeader_read(), -1);
     EXPECT_EQ(board.calls,
-              (Trace{"open /dev/mtd_systemlog O_RDONLY",
-                     "puts read_systemlog_header : 001 : /dev/mtd_systemlog file open error",
-                     "time now", "fopen /conf/system.log r+",
-                     "puts systemLog_put : 002 : /conf/system.log file open error"}));
+              (Trace{"open /dev/mtd_systemlog O_RDONLY", puts_of(kFlashUnopened)} + kUnlogged));
 }
 
 TEST_F(ReadFlashHeader, RefusesEveryShortImageClosingItFirst)
@@ -63,13 +60,10 @@ TEST_F(ReadFlashHeader, RefusesEveryShortImageClosingItFirst)
         board.file_put(kFlashImage, hex(kTellingHeader).substr(0, length));
         board.restart();
         EXPECT_EQ(flashHeader_read(), -1);
-        EXPECT_EQ(
-            board.calls,
-            (Trace{"open /dev/mtd_systemlog O_RDONLY", "read /dev/mtd_systemlog 12",
-                   "close /dev/mtd_systemlog",
-                   "puts read_systemlog_header : 002 : /dev/mtd_systemlog file header read error",
-                   "time now", "fopen /conf/system.log r+",
-                   "puts systemLog_put : 002 : /conf/system.log file open error"}));
+        EXPECT_EQ(board.calls,
+                  (Trace{"open /dev/mtd_systemlog O_RDONLY", "read /dev/mtd_systemlog 12",
+                         "close /dev/mtd_systemlog", puts_of(kFlashShort)} +
+                   kUnlogged));
     }
     board.file_put(kFlashImage, hex(kTellingHeader));
     EXPECT_EQ(flashHeader_read(), 0) << "exactly 12 bytes";
@@ -81,9 +75,7 @@ TEST_F(ReadFlashHeader, ReportsToTheSystemLogAsWell)
     EXPECT_EQ(flashHeader_read(), -1);
     board.file_put(kFlashImage, "short");
     EXPECT_EQ(flashHeader_read(), -1);
-    EXPECT_EQ(board.console,
-              "read_systemlog_header : 001 : /dev/mtd_systemlog file open error\n"
-              "read_systemlog_header : 002 : /dev/mtd_systemlog file header read error\n");
+    EXPECT_EQ(board.console, kFlashUnopened + kFlashShort);
     EXPECT_EQ(
         board.file_get(kSystemLog),
         hex("00 00 00 00 02 00 02 00 01 00 00 00") +
@@ -95,12 +87,8 @@ TEST_F(ReadFlashHeader, EachFailingCallHasItsResultMessageAndEffect)
 {
     sweep_expect(
         board, [this] { board.file_put(kFlashImage, sample_image()); }, flashHeader_read,
-        {{"open /dev/mtd_systemlog O_RDONLY", -1,
-          "read_systemlog_header : 001 : /dev/mtd_systemlog file open error\n"s + kLogAbsent,
-          std::nullopt},
-         {"read /dev/mtd_systemlog 12", -1,
-          "read_systemlog_header : 002 : /dev/mtd_systemlog file header read error\n"s + kLogAbsent,
-          std::nullopt},
+        {{"open /dev/mtd_systemlog O_RDONLY", -1, kFlashUnopened + kLogAbsent, std::nullopt},
+         {"read /dev/mtd_systemlog 12", -1, kFlashShort + kLogAbsent, std::nullopt},
          {"close /dev/mtd_systemlog", 0, "", std::nullopt}});
 }
 
@@ -128,16 +116,13 @@ TEST_F(ReadWorkingHeader, ReadsTwelveBytesUnderAnExclusiveLock)
 TEST_F(ReadWorkingHeader, ReportsAMissingFileOnTheConsoleAlone)
 {
     EXPECT_EQ(workingHeader_read(), -1);
-    EXPECT_EQ(board.calls,
-              (Trace{"fopen /conf/system.log rb",
-                     "puts zev_maintlog_head_read : 001 : /conf/system.log file open error"}));
+    EXPECT_EQ(board.calls, (Trace{"fopen /conf/system.log rb", puts_of(kHeadUnopened)}));
     EXPECT_FALSE(board.file_exists(kSystemLog));
 }
 
 TEST_F(ReadWorkingHeader, RefusesEveryShortFileClosingItFirst)
 {
-    const std::string report =
-        "puts zev_maintlog_head_read : 003 : /conf/system.log file header write error";
+    const std::string report = puts_of(kHeadShort);
     for (size_t length = 0; length < kHeaderSize; ++length) {
         SCOPED_TRACE(length);
         board.file_put(kSystemLog, hex(kTellingHeader).substr(0, length));
@@ -155,15 +140,11 @@ TEST_F(ReadWorkingHeader, RefusesEveryShortFileClosingItFirst)
 // Mask 1: the file is there and could take the message, but does not get it.
 TEST_F(ReadWorkingHeader, EachFailingCallHasItsResultMessageAndEffect)
 {
-    sweep_expect(
-        board, [this] { board.file_put(kSystemLog, fresh_log()); }, workingHeader_read,
-        {{"fopen /conf/system.log rb", -1,
-          "zev_maintlog_head_read : 001 : /conf/system.log file open error\n", fresh_log()},
-         {"flock /conf/system.log LOCK_EX", -1,
-          "zev_maintlog_head_read : 002 : /conf/system.log file lock error\n", fresh_log()},
-         {"fread /conf/system.log 12", -1,
-          "zev_maintlog_head_read : 003 : /conf/system.log file header write error\n", fresh_log()},
-         {"fclose /conf/system.log", 0, "", fresh_log()}});
+    sweep_expect(board, [this] { board.file_put(kSystemLog, fresh_log()); }, workingHeader_read,
+                 {{"fopen /conf/system.log rb", -1, kHeadUnopened, fresh_log()},
+                  {"flock /conf/system.log LOCK_EX", -1, kHeadUnlocked, fresh_log()},
+                  {"fread /conf/system.log 12", -1, kHeadShort, fresh_log()},
+                  {"fclose /conf/system.log", 0, "", fresh_log()}});
 }
 
 // --- systemLogFileInit ---
@@ -186,16 +167,11 @@ TEST_F(FileInit, EmptiesALogThatIsThere)
 
 TEST_F(FileInit, EachFailingCallHasItsResultMessageAndEffect)
 {
-    sweep_expect(
-        board, [this] { board.file_remove(kSystemLog); }, systemLogFileInit,
-        {{"fopen /conf/system.log w+b", -1,
-          "systemLogFileInit : 001 : /conf/system.log file open error\n"s + kLogAbsent,
-          std::nullopt},
-         {"flock /conf/system.log LOCK_EX", -1,
-          "systemLogFileInit : 002 : /conf/system.log file lock error\n"s + kLogEmpty, ""},
-         {"fwrite /conf/system.log 12", -1,
-          "systemLogFileInit : 003 : /conf/system.log file header write error\n"s + kLogEmpty, ""},
-         {"fclose /conf/system.log", 0, "", fresh_log()}});
+    sweep_expect(board, [this] { board.file_remove(kSystemLog); }, systemLogFileInit,
+                 {{"fopen /conf/system.log w+b", -1, kInit001 + kLogAbsent, std::nullopt},
+                  {"flock /conf/system.log LOCK_EX", -1, kInit002 + kLogEmpty, ""},
+                  {"fwrite /conf/system.log 12", -1, kInit003 + kLogEmpty, ""},
+                  {"fclose /conf/system.log", 0, "", fresh_log()}});
 }
 
 TEST_F(FileInit, ReportsAFailedOpenToALogThatIsThere)
@@ -203,7 +179,7 @@ TEST_F(FileInit, ReportsAFailedOpenToALogThatIsThere)
     board.file_put(kSystemLog, fresh_log());
     board.fail_call(1);
     EXPECT_EQ(systemLogFileInit(), -1);
-    EXPECT_EQ(board.console, "systemLogFileInit : 001 : /conf/system.log file open error\n");
+    EXPECT_EQ(board.console, kInit001);
     EXPECT_EQ(board.file_get(kSystemLog),
               hex("00 00 00 00 01 00 01 00 01 00 00 00") +
                   record_line("systemLogFileInit : 001 : /conf/system.log file open error"));

@@ -16,7 +16,7 @@ TEST_F(FileMake, CopiesTheVerifiedImage)
     board.file_put(kFlashImage, sample_image());
     ASSERT_EQ(systemLogFileMake(), 0);
     EXPECT_EQ(board.file_get(kSystemLog), sample_image());
-    EXPECT_EQ(board.console, kSampleHeaderLines + std::string(kSampleChecksumLines));
+    EXPECT_EQ(board.console, kSampleHeaderLines + kSampleChecksumLines);
     EXPECT_EQ(
         board.calls,
         (Trace{"fopen /dev/mtd_systemlog rb", "flock /dev/mtd_systemlog LOCK_EX",
@@ -105,12 +105,11 @@ TEST_F(FileMake, RefusesMoreRecordsThanTheRingHolds)
         board.file_put(kFlashImage, image_make({1, number, 0, 1, 0}, records_make(1001)));
         board.restart();
         EXPECT_EQ(systemLogFileMake(), -1);
-        EXPECT_EQ(board.calls,
-                  (Trace{"fopen /dev/mtd_systemlog rb", "flock /dev/mtd_systemlog LOCK_EX",
-                         "fread /dev/mtd_systemlog 12", "fclose /dev/mtd_systemlog",
-                         "puts systemLogFileMake : 004 : /dev/mtd_systemlog file header data error",
-                         "time now", "fopen /conf/system.log r+",
-                         "puts systemLog_put : 002 : /conf/system.log file open error"}));
+        EXPECT_EQ(
+            board.calls,
+            (Trace{"fopen /dev/mtd_systemlog rb", "flock /dev/mtd_systemlog LOCK_EX",
+                   "fread /dev/mtd_systemlog 12", "fclose /dev/mtd_systemlog", puts_of(kMake004)} +
+             kUnlogged));
         EXPECT_FALSE(board.file_exists(kSystemLog));
     }
 }
@@ -119,12 +118,10 @@ TEST_F(FileMake, RefusesVersionZeroAndNoOther)
 {
     board.file_put(kFlashImage, sample_image().replace(8, 2, hex("00 00")));
     EXPECT_EQ(systemLogFileMake(), -1);
-    EXPECT_EQ(board.calls,
-              (Trace{"fopen /dev/mtd_systemlog rb", "flock /dev/mtd_systemlog LOCK_EX",
-                     "fread /dev/mtd_systemlog 12", "fclose /dev/mtd_systemlog",
-                     "puts systemLogFileMake : 005 : /dev/mtd_systemlog file header version error",
-                     "time now", "fopen /conf/system.log r+",
-                     "puts systemLog_put : 002 : /conf/system.log file open error"}));
+    EXPECT_EQ(board.calls, (Trace{"fopen /dev/mtd_systemlog rb", "flock /dev/mtd_systemlog LOCK_EX",
+                                  "fread /dev/mtd_systemlog 12", "fclose /dev/mtd_systemlog",
+                                  puts_of(kMake005Version)} +
+                            kUnlogged));
     EXPECT_FALSE(board.file_exists(kSystemLog));
     for (const char* version : {"01 00", "02 00", "07 00", "00 01", "00 80", "FF FF"}) {
         SCOPED_TRACE(version);
@@ -139,8 +136,7 @@ TEST_F(FileMake, TestsTheNumberBeforeTheVersion)
 {
     board.file_put(kFlashImage, hex("00 00 00 00 E9 03 00 00 00 00 00 00"));
     EXPECT_EQ(systemLogFileMake(), -1);
-    EXPECT_EQ(board.calls[4],
-              "puts systemLogFileMake : 004 : /dev/mtd_systemlog file header data error");
+    EXPECT_EQ(board.calls[4], puts_of(kMake004));
 }
 
 TEST_F(FileMake, RefusesEveryShortHeader)
@@ -150,9 +146,7 @@ TEST_F(FileMake, RefusesEveryShortHeader)
         board.file_put(kFlashImage, sample_image().substr(0, length));
         board.restart();
         EXPECT_EQ(systemLogFileMake(), -1);
-        EXPECT_EQ(board.console,
-                  "systemLogFileMake : 003 : /dev/mtd_systemlog file header read error\n"s +
-                      kLogAbsent);
+        EXPECT_EQ(board.console, kMake003 + kLogAbsent);
     }
 }
 
@@ -163,10 +157,7 @@ TEST_F(FileMake, RefusesEveryShortRecordArea)
         board.file_put(kFlashImage, sample_image().substr(0, length));
         board.restart();
         EXPECT_EQ(systemLogFileMake(), -1);
-        EXPECT_EQ(board.console,
-                  kSampleHeaderLines +
-                      "systemLogFileMake : 005 : /dev/mtd_systemlog file log data error\n"s +
-                      kLogAbsent);
+        EXPECT_EQ(board.console, kSampleHeaderLines + kMake005Data + kLogAbsent);
         ASSERT_FALSE(board.file_exists(kSystemLog));
     }
 }
@@ -175,16 +166,15 @@ TEST_F(FileMake, RefusesAWrongChecksumWithACodeOfItsOwn)
 {
     board.file_put(kFlashImage, sample_image().replace(10, 2, hex("CA CD")));
     EXPECT_EQ(systemLogFileMake(), -2);
-    EXPECT_EQ(board.calls,
-              (Trace{"fopen /dev/mtd_systemlog rb", "flock /dev/mtd_systemlog LOCK_EX",
-                     "fread /dev/mtd_systemlog 12", "printf head.seq_num  : 7",
-                     "printf head.number   : 3", "printf head.location : 5",
-                     "printf head.version  : 1", "printf head.checksum : 52682",
-                     "fread /dev/mtd_systemlog 300", "printf FROM header   checksum : 52682",
-                     "printf FROM sytemlog checksum : 51917", "fclose /dev/mtd_systemlog",
-                     "puts systemLogFileMake : 006 : /dev/mtd_systemlog file checksum error",
-                     "time now", "fopen /conf/system.log r+",
-                     "puts systemLog_put : 002 : /conf/system.log file open error"}));
+    EXPECT_EQ(
+        board.calls,
+        (Trace{"fopen /dev/mtd_systemlog rb", "flock /dev/mtd_systemlog LOCK_EX",
+               "fread /dev/mtd_systemlog 12", "printf head.seq_num  : 7",
+               "printf head.number   : 3", "printf head.location : 5", "printf head.version  : 1",
+               "printf head.checksum : 52682", "fread /dev/mtd_systemlog 300",
+               "printf FROM header   checksum : 52682", "printf FROM sytemlog checksum : 51917",
+               "fclose /dev/mtd_systemlog", puts_of(kMake006)} +
+         kUnlogged));
     EXPECT_FALSE(board.file_exists(kSystemLog));
 }
 
@@ -212,47 +202,21 @@ TEST_F(FileMake, EachFailingCallHasItsResultMessageAndEffect)
             board.file_remove(kSystemLog);
         },
         systemLogFileMake,
-        {{"fopen /dev/mtd_systemlog rb", -1,
-          "systemLogFileMake : 001 : /dev/mtd_systemlog file open error\n"s + kLogAbsent,
-          std::nullopt},
-         {"flock /dev/mtd_systemlog LOCK_EX", -1,
-          "systemLogFileMake : 002 : /dev/mtd_systemlog file lock error\n"s + kLogAbsent,
-          std::nullopt},
-         {"fread /dev/mtd_systemlog 12", -1,
-          "systemLogFileMake : 003 : /dev/mtd_systemlog file header read error\n"s + kLogAbsent,
-          std::nullopt},
-         {"printf head.seq_num  : 7", 0, console_without("head.seq_num  : 7\n", listing),
-          sample_image()},
-         {"printf head.number   : 3", 0, console_without("head.number   : 3\n", listing),
-          sample_image()},
-         {"printf head.location : 5", 0, console_without("head.location : 5\n", listing),
-          sample_image()},
-         {"printf head.version  : 1", 0, console_without("head.version  : 1\n", listing),
-          sample_image()},
-         {"printf head.checksum : 51917", 0, console_without("head.checksum : 51917\n", listing),
-          sample_image()},
-         {"fread /dev/mtd_systemlog 300", -1,
-          kSampleHeaderLines +
-              "systemLogFileMake : 005 : /dev/mtd_systemlog file log data error\n"s + kLogAbsent,
-          std::nullopt},
-         {"printf FROM header   checksum : 51917", 0,
-          console_without("FROM header   checksum : 51917\n", listing), sample_image()},
-         {"printf FROM sytemlog checksum : 51917", 0,
-          console_without("FROM sytemlog checksum : 51917\n", listing), sample_image()},
-         {"fclose /dev/mtd_systemlog", 0, listing, sample_image()},
-         {"fopen /conf/system.log w+b", -1,
-          listing + "systemLogFileMake : 007 : /conf/system.log file create error\n" + kLogAbsent,
-          std::nullopt},
-         {"flock /conf/system.log LOCK_EX", -1,
-          listing + "systemLogFileMake : 008 : /conf/system.log file lock error\n" + kLogEmpty, ""},
-         {"fwrite /conf/system.log 12", -1,
-          listing + "systemLogFileMake : 009 : /conf/system.log file header write error\n" +
-              kLogEmpty,
-          ""},
-         {"fwrite /conf/system.log 300", -1,
-          listing + "systemLogFileMake : 010 : /conf/system.log file write error\n",
-          headerAndMessage},
-         {"fclose /conf/system.log", 0, listing, sample_image()}});
+        std::vector<Failure>{
+            {"fopen /dev/mtd_systemlog rb", -1, kMake001 + kLogAbsent, std::nullopt},
+            {"flock /dev/mtd_systemlog LOCK_EX", -1, kMake002 + kLogAbsent, std::nullopt},
+            {"fread /dev/mtd_systemlog 12", -1, kMake003 + kLogAbsent, std::nullopt}} +
+            unprinted(kSampleHeaderLines, listing, 0, sample_image()) +
+            std::vector<Failure>{{"fread /dev/mtd_systemlog 300", -1,
+                                  kSampleHeaderLines + kMake005Data + kLogAbsent, std::nullopt}} +
+            unprinted(kSampleChecksumLines, listing, 0, sample_image()) +
+            std::vector<Failure>{
+                {"fclose /dev/mtd_systemlog", 0, listing, sample_image()},
+                {"fopen /conf/system.log w+b", -1, listing + kMake007 + kLogAbsent, std::nullopt},
+                {"flock /conf/system.log LOCK_EX", -1, listing + kMake008 + kLogEmpty, ""},
+                {"fwrite /conf/system.log 12", -1, listing + kMake009 + kLogEmpty, ""},
+                {"fwrite /conf/system.log 300", -1, listing + kMake010, headerAndMessage},
+                {"fclose /conf/system.log", 0, listing, sample_image()}});
 }
 
 } // namespace

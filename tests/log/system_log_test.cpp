@@ -152,7 +152,7 @@ TEST_F(SystemLog, AppendIsOneLockedReadModifyWrite)
 {
     board.file_put(kSystemLog, systemHeader_bytes(2, 2) + std::string(200, 'r'));
     ASSERT_EQ(systemLog_put("x"), 0);
-    EXPECT_EQ(board.calls, systemAppend_trace(212));
+    EXPECT_EQ(board.calls, append_calls(2));
     EXPECT_EQ(board.console, "");
     EXPECT_EQ(log(), systemHeader_bytes(3, 3) + std::string(200, 'r') + record_line("x"));
 }
@@ -193,7 +193,7 @@ TEST_F(SystemLog, SlotAndHeaderFollowNumberAndLocation)
         board.restart();
         board.file_put(kSystemLog, systemHeader_bytes(row.number, row.location) + slots);
         ASSERT_EQ(systemLog_put("here"), 0);
-        EXPECT_EQ(board.calls, systemAppend_trace(static_cast<long>(row.offset)));
+        EXPECT_EQ(board.calls, append_calls((row.offset - 12) / 100));
         Bytes expected = systemHeader_bytes(row.new_number, row.new_location) + slots;
         expected.resize(std::max(expected.size(), row.offset + 100), '\0');
         expected.replace(row.offset, 100, record_line("here"));
@@ -260,7 +260,7 @@ TEST_F(SystemLog, EachFailingCallHasItsResultMessageAndEffect)
     const Bytes new_header = systemHeader_bytes(3, 3);
     const Bytes old_slots(200, 'r');
     const Bytes record = record_line("x");
-    const Trace good = systemAppend_trace(212);
+    const Trace good = append_calls(2);
     const std::string close = "fclose /conf/system.log";
     struct Row {
         const char* call;
@@ -352,7 +352,7 @@ TEST_F(SystemLog, NothingWorkingFromAnyCallOnEndsWithoutRecursion)
           "puts systemLog_put : 008 : /conf/system.log file header write error"}},
         {0, {close}},
     };
-    const Trace good = systemAppend_trace(12);
+    const Trace good = append_calls(0);
     for (size_t call = 0; call < std::size(rows); ++call) {
         SCOPED_TRACE(good[call]);
         board.file_put(kSystemLog, systemHeader_bytes(0, 0));
@@ -388,7 +388,7 @@ TEST_F(SystemLog, LockIsHeldFromTheReadToTheClose)
         (lock_is_free(board, kSystemLog) ? free : held).push_back(call);
     };
     ASSERT_EQ(systemLog_put("x"), 0);
-    const Trace good = systemAppend_trace(12);
+    const Trace good = append_calls(0);
     EXPECT_EQ(free, Trace(good.begin(), good.begin() + 3));
     EXPECT_EQ(held, Trace(good.begin() + 3, good.end()));
     EXPECT_TRUE(lock_is_free(board, kSystemLog));

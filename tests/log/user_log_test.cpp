@@ -10,26 +10,10 @@
 namespace
 {
 
-const Trace kMarkerTrace = {"fopen /tmp/flashsave w+", "flock /tmp/flashsave LOCK_EX",
-                            "fwrite /tmp/flashsave 1", "fclose /tmp/flashsave"};
-
-Trace append_trace(long offset)
-{
-    return {"time now",
-            "fopen /conf/user.log r+b",
-            "flock /conf/user.log LOCK_EX",
-            "fread /conf/user.log 16",
-            "fseek /conf/user.log " + std::to_string(offset),
-            "fwrite /conf/user.log 16",
-            "fseek /conf/user.log 0",
-            "fwrite /conf/user.log 16",
-            "fclose /conf/user.log"};
-}
-
 // Both sinks: the console, then the first record of the system log.
 Trace report_trace(const std::string& message)
 {
-    return Trace{"puts " + message} + systemAppend_trace(12);
+    return Trace{"puts " + message} + append_calls(0);
 }
 
 // What UserLog::record becomes: stamped with the board's clock, 0x440563C3.
@@ -64,7 +48,7 @@ class UserLog : public BoardTest
         board.restart();
         const Bytes before = bytes_of(refused);
         EXPECT_EQ(userLog_put(&refused), -1);
-        EXPECT_EQ(board.calls, kMarkerTrace + report_trace(message));
+        EXPECT_EQ(board.calls, kMarkerCalls + report_trace(message));
         EXPECT_EQ(board.console, message + "\n");
         EXPECT_EQ(board.file_get(kSystemLog), systemLog_with(message.c_str()));
         EXPECT_EQ(board.file_get(kFlashSave), hex("01"));
@@ -81,7 +65,7 @@ class UserLog : public BoardTest
 TEST_F(UserLog, RaisesTheMarkerThenAppendsTheStampedRecord)
 {
     ASSERT_EQ(userLog_put(&record), 0);
-    EXPECT_EQ(board.calls, kMarkerTrace + append_trace(48));
+    EXPECT_EQ(board.calls, event_calls(2));
     EXPECT_EQ(board.console, "");
     EXPECT_EQ(log(), userHeader_bytes(3, 3) + Bytes(32, 'r') + kRecord);
     EXPECT_EQ(bytes_of(record), kRecord) << "the caller's record, with its time";
@@ -151,7 +135,7 @@ TEST_F(UserLog, CodesFrom1To300AreAccepted)
         record.code = static_cast<uint16_t>(code);
         EXPECT_EQ(userLog_put(&record), 0);
         EXPECT_EQ(board.console, "");
-        EXPECT_EQ(log().substr(56, 2), littleEndian_put(code, 2));
+        EXPECT_EQ(log().substr(56, 2), le16(code));
     }
 }
 
@@ -226,7 +210,7 @@ TEST_F(UserLog, NegativeClockIsRefusedByBothLogs)
         board.restart();
         board.now = now;
         EXPECT_EQ(userLog_put(&record), -1);
-        EXPECT_EQ(board.calls, kMarkerTrace + refusals);
+        EXPECT_EQ(board.calls, kMarkerCalls + refusals);
         EXPECT_EQ(bytes_of(record), before);
         EXPECT_EQ(log(), userHeader_bytes(2, 2) + Bytes(32, 'r'));
         EXPECT_EQ(board.file_get(kSystemLog), systemLog_with(nullptr));
@@ -248,7 +232,7 @@ TEST_F(UserLog, MarkerIsRaisedWhenThereIsNoLog)
     board.file_remove(kUserLog);
     EXPECT_EQ(userLog_put(&record), -1);
     const Trace open = {"time now", "fopen /conf/user.log r+b"};
-    EXPECT_EQ(board.calls, kMarkerTrace + open +
+    EXPECT_EQ(board.calls, kMarkerCalls + open +
                                report_trace("userLog_put : 007 : /conf/user.log file open error"));
     EXPECT_EQ(board.file_get(kFlashSave), hex("01"));
     EXPECT_EQ(board.file_get(kSystemLog),
@@ -319,7 +303,7 @@ TEST_F(UserLog, SlotAndHeaderFollowNumberAndLocation)
         board.restart();
         files_put(row.number, row.location, slots);
         ASSERT_EQ(userLog_put(&record), 0);
-        EXPECT_EQ(board.calls, kMarkerTrace + append_trace(static_cast<long>(row.offset)));
+        EXPECT_EQ(board.calls, event_calls((row.offset - 16) / 16));
         Bytes expected = userHeader_bytes(row.new_number, row.new_location) + slots;
         expected.replace(row.offset, 16, kRecord);
         EXPECT_TRUE(log() == expected);
@@ -347,8 +331,7 @@ TEST_F(UserLog, RingFillsThenWrapsEveryThousandRecords)
         ASSERT_EQ(userLog_put(&record), 0);
         const unsigned slot = (count - 1) % 1000;
         expected.replace(0, 16, userHeader_bytes(count < 1000 ? count : 1000, slot + 1));
-        expected.replace(16 + 16 * slot, 16,
-                         littleEndian_put(count, 2) + hex("00 00") + kRecord.substr(4));
+        expected.replace(16 + 16 * slot, 16, le16(count) + hex("00 00") + kRecord.substr(4));
         ASSERT_TRUE(log() == expected) << "after record " << count;
     }
     EXPECT_EQ(log().size(), 16016U);
@@ -409,7 +392,7 @@ TEST_F(UserLog, EachFailingCallHasItsResultMessageAndEffect)
          -1, kClosesAndStops, "01", stale_log},
         {"fclose /conf/user.log", nullptr, 0, kGoesOn, "01", new_log},
     };
-    const Trace good = kMarkerTrace + append_trace(48);
+    const Trace good = event_calls(2);
     const Bytes unstamped = bytes_of(record);
     UserLogRecord put = record;
     size_t runs = 0;
@@ -440,7 +423,7 @@ TEST_F(UserLog, EachFailingCallHasItsResultMessageAndEffect)
             if (row.after == kGoesOn) {
                 expected = expected + Trace(failed + 1, good.end());
             } else if (row.after == kSkipsTheMarker) {
-                expected = expected + append_trace(48);
+                expected = expected + userAppend_calls(2);
             }
             EXPECT_EQ(board.calls, expected);
             EXPECT_EQ(board.console, row.message == nullptr ? "" : std::string(row.message) + "\n");
@@ -475,8 +458,8 @@ TEST_F(UserLog, EachFileIsLockedWhileItIsUsed)
         }
     };
     ASSERT_EQ(userLog_put(&record), 0);
-    EXPECT_EQ(marker_held, Trace(kMarkerTrace.begin() + 2, kMarkerTrace.end()));
-    const Trace good = append_trace(48);
+    EXPECT_EQ(marker_held, Trace(kMarkerCalls.begin() + 2, kMarkerCalls.end()));
+    const Trace good = userAppend_calls(2);
     EXPECT_EQ(log_held, Trace(good.begin() + 3, good.end()));
     EXPECT_TRUE(lock_is_free(board, kFlashSave));
     EXPECT_TRUE(lock_is_free(board, kUserLog));

@@ -13,29 +13,25 @@
 namespace
 {
 
-using namespace std::string_literals;
-
 using BootRestore = BoardTest;
 using Program = BoardTest;
 
-// A working log that is sane: three records.
-Bytes working_log()
-{
-    return hex("02 00 00 00 03 00 03 00 01 00 00 00") + records_make(3);
-}
+// The calls that look at the working file, and those that create the empty one.
+const Trace kLooked{"stat /conf/system.log",     "puts zev_maintlog_init : 001 : Warm Start!!",
+                    "fopen /conf/system.log rb", "flock /conf/system.log LOCK_EX",
+                    "fread /conf/system.log 12", "fclose /conf/system.log"};
+const Trace kCreated{"fopen /conf/system.log w+b", "flock /conf/system.log LOCK_EX",
+                     "fwrite /conf/system.log 12", "fclose /conf/system.log"};
 
 // --- Keeping ---
 
 TEST_F(BootRestore, KeepsASaneWorkingFileUntouched)
 {
-    board.file_put(kSystemLog, working_log());
+    board.file_put(kSystemLog, sane_log());
     board.file_put(kFlashImage, sample_image());
     EXPECT_EQ(zev_maintlog_init(), 0);
-    EXPECT_EQ(board.calls,
-              (Trace{"stat /conf/system.log", "puts zev_maintlog_init : 001 : Warm Start!!",
-                     "fopen /conf/system.log rb", "flock /conf/system.log LOCK_EX",
-                     "fread /conf/system.log 12", "fclose /conf/system.log"}));
-    EXPECT_EQ(board.file_get(kSystemLog), working_log());
+    EXPECT_EQ(board.calls, kLooked);
+    EXPECT_EQ(board.file_get(kSystemLog), sane_log());
 }
 
 TEST_F(BootRestore, LooksAtNumberAndLocationAlone)
@@ -71,14 +67,14 @@ TEST_F(BootRestore, RejectsAHeaderBeyondTheRing)
         board.file_put(kFlashImage, sample_image());
         board.restart();
         EXPECT_EQ(zev_maintlog_init(), 0);
-        EXPECT_EQ(board.console, kWarm + std::string(kNotSane) + kSampleListing);
+        EXPECT_EQ(board.console, kWarm + kNotSane + kSampleListing);
         EXPECT_EQ(board.file_get(kSystemLog), sample_image());
     }
 }
 
 TEST_F(BootRestore, WaitsForTheWriterThatHoldsTheLog)
 {
-    board.file_put(kSystemLog, working_log());
+    board.file_put(kSystemLog, sane_log());
     board.file_put(kFlashImage, sample_image());
     const int log = open(board.host(kSystemLog).c_str(), O_RDWR);
     ASSERT_GE(log, 0);
@@ -142,7 +138,7 @@ TEST_F(BootRestore, RebuildsAfterAColdStart)
 
 TEST_F(BootRestore, DeletesABadWorkingFileBeforeItReadsTheFlash)
 {
-    board.file_put(kSystemLog, working_log().substr(0, 11));
+    board.file_put(kSystemLog, sane_log().substr(0, 11));
     board.file_put(kFlashImage, sample_image());
     bool deleted = false;
     board.before_call = [&](const std::string& call) {
@@ -152,13 +148,9 @@ TEST_F(BootRestore, DeletesABadWorkingFileBeforeItReadsTheFlash)
     };
     EXPECT_EQ(zev_maintlog_init(), 0);
     EXPECT_TRUE(deleted);
-    EXPECT_EQ(board.console,
-              kWarm + "zev_maintlog_head_read : 003 : /conf/system.log file header write error\n"s +
-                  kUnreadable + kSampleListing);
+    EXPECT_EQ(board.console, kWarm + kHeadShort + kUnreadable + kSampleListing);
     EXPECT_EQ(Trace(board.calls.begin() + 5, board.calls.begin() + 10),
-              (Trace{"fclose /conf/system.log",
-                     "puts zev_maintlog_head_read : 003 : /conf/system.log file header write error",
-                     "puts zev_maintlog_init : 002 : maintlog header read error",
+              (Trace{"fclose /conf/system.log", puts_of(kHeadShort), puts_of(kUnreadable),
                      "unlink /conf/system.log", "open /dev/mtd_systemlog O_RDONLY"}))
         << "after stat, Warm Start, fopen, flock, fread";
     EXPECT_EQ(board.file_get(kSystemLog), sample_image());
@@ -178,7 +170,7 @@ TEST_F(BootRestore, GoesOnWhenTheWorkingFileCannotBeDeleted)
     board.fail_call(8); // stat, puts 001, fopen, flock, fread, fclose, puts 003, unlink
     EXPECT_EQ(zev_maintlog_init(), 0);
     EXPECT_EQ(board.calls[7], "unlink /conf/system.log -> failed");
-    EXPECT_EQ(board.console, kWarm + std::string(kNotSane) + kErased);
+    EXPECT_EQ(board.console, kWarm + kNotSane + kErased);
     EXPECT_EQ(before_init, hex("00 00 00 00 03 00 EA 03 01 00 00 00") +
                                Bytes(1001 * kRecordSize, '\0') +
                                record_line("zev_maintlog_init : 006 : syslog init"));
@@ -190,12 +182,8 @@ TEST_F(BootRestore, FailsWhenADirectoryStandsInTheWay)
     std::filesystem::create_directory(board.host(kSystemLog));
     board.file_put(kFlashImage, sample_image());
     EXPECT_EQ(zev_maintlog_init(), -1);
-    EXPECT_EQ(board.console,
-              kWarm + "zev_maintlog_head_read : 003 : /conf/system.log file header write error\n"s +
-                  kUnreadable + kSampleListing +
-                  "systemLogFileMake : 007 : /conf/system.log file create error\n" + kLogAbsent +
-                  kRefusedUnlogged +
-                  "systemLogFileInit : 001 : /conf/system.log file open error\n" + kLogAbsent);
+    EXPECT_EQ(board.console, kWarm + kHeadShort + kUnreadable + kSampleListing + kMake007 +
+                                 kLogAbsent + kRefusedUnlogged + kInit001 + kLogAbsent);
 }
 
 // --- The empty log: reported first, created then ---
@@ -203,17 +191,10 @@ TEST_F(BootRestore, FailsWhenADirectoryStandsInTheWay)
 TEST_F(BootRestore, ReportsAMissingFlashBeforeItCreatesTheEmptyLog)
 {
     EXPECT_EQ(zev_maintlog_init(), 0);
-    EXPECT_EQ(board.calls,
-              (Trace{"stat /conf/system.log", "puts zev_maintlog_init : 004 : Cold Start!!",
-                     "unlink /conf/system.log", "open /dev/mtd_systemlog O_RDONLY",
-                     "puts read_systemlog_header : 001 : /dev/mtd_systemlog file open error",
-                     "time now", "fopen /conf/system.log r+",
-                     "puts systemLog_put : 002 : /conf/system.log file open error",
-                     "puts zev_maintlog_init : 005 : read_systemlog_header error", "time now",
-                     "fopen /conf/system.log r+",
-                     "puts systemLog_put : 002 : /conf/system.log file open error",
-                     "fopen /conf/system.log w+b", "flock /conf/system.log LOCK_EX",
-                     "fwrite /conf/system.log 12", "fclose /conf/system.log"}));
+    const Trace looked{"stat /conf/system.log", puts_of(kCold), "unlink /conf/system.log",
+                       "open /dev/mtd_systemlog O_RDONLY"};
+    EXPECT_EQ(board.calls, (looked + Trace{puts_of(kFlashUnopened)} + kUnlogged +
+                            Trace{puts_of(kNoFlash)} + kUnlogged + kCreated));
     EXPECT_EQ(board.file_get(kSystemLog), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
 }
 
@@ -223,18 +204,11 @@ TEST_F(BootRestore, ReportsErasedFlashBeforeItCreatesTheEmptyLog)
     // Only seq_num counts: the rest is a valid image.
     board.file_put(kFlashImage, sample_image().replace(0, 4, hex("FF FF FF FF")));
     EXPECT_EQ(zev_maintlog_init(), 0);
-    EXPECT_EQ(board.calls,
-              (Trace{"stat /conf/system.log", "puts zev_maintlog_init : 001 : Warm Start!!",
-                     "fopen /conf/system.log rb", "flock /conf/system.log LOCK_EX",
-                     "fread /conf/system.log 12", "fclose /conf/system.log",
-                     "puts zev_maintlog_init : 003 : maintlog header read error",
-                     "unlink /conf/system.log", "open /dev/mtd_systemlog O_RDONLY",
-                     "read /dev/mtd_systemlog 12", "close /dev/mtd_systemlog",
-                     "puts zev_maintlog_init : 006 : syslog init", "time now",
-                     "fopen /conf/system.log r+",
-                     "puts systemLog_put : 002 : /conf/system.log file open error",
-                     "fopen /conf/system.log w+b", "flock /conf/system.log LOCK_EX",
-                     "fwrite /conf/system.log 12", "fclose /conf/system.log"}));
+    EXPECT_EQ(board.calls, (kLooked +
+                            Trace{puts_of(kNotSane), "unlink /conf/system.log",
+                                  "open /dev/mtd_systemlog O_RDONLY", "read /dev/mtd_systemlog 12",
+                                  "close /dev/mtd_systemlog", puts_of(kErased)} +
+                            kUnlogged + kCreated));
     EXPECT_EQ(board.file_get(kSystemLog), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
 }
 
@@ -254,19 +228,11 @@ TEST_F(BootRestore, ReportsARefusedImageBeforeItCreatesTheEmptyLog)
 {
     board.file_put(kFlashImage, sample_image().replace(10, 2, hex("CD CB")));
     EXPECT_EQ(zev_maintlog_init(), 0);
-    const auto refused =
-        std::find(board.calls.begin(), board.calls.end(),
-                  "puts systemLogFileMake : 006 : /dev/mtd_systemlog file checksum error");
+    const auto refused = std::find(board.calls.begin(), board.calls.end(), puts_of(kMake006));
     ASSERT_NE(refused, board.calls.end());
     EXPECT_EQ(*(refused - 1), "fclose /dev/mtd_systemlog");
     EXPECT_EQ(Trace(refused + 1, board.calls.end()),
-              (Trace{"time now", "fopen /conf/system.log r+",
-                     "puts systemLog_put : 002 : /conf/system.log file open error",
-                     "puts zev_maintlog_init : 007 : systemlog init", "time now",
-                     "fopen /conf/system.log r+",
-                     "puts systemLog_put : 002 : /conf/system.log file open error",
-                     "fopen /conf/system.log w+b", "flock /conf/system.log LOCK_EX",
-                     "fwrite /conf/system.log 12", "fclose /conf/system.log"}));
+              kUnlogged + Trace{puts_of(kRefused)} + kUnlogged + kCreated);
     EXPECT_EQ(board.file_get(kSystemLog), hex("00 00 00 00 00 00 00 00 01 00 00 00"));
 }
 
@@ -284,9 +250,7 @@ TEST_F(BootRestore, LosesTheMessagesAppendedToAHalfBuiltFile)
     EXPECT_EQ(zev_maintlog_init(), 0);
     EXPECT_EQ(board.calls[21], "fwrite /conf/system.log 300 -> failed");
     EXPECT_EQ(creations, 2);
-    EXPECT_EQ(board.console, kCold + kSampleListing +
-                                 "systemLogFileMake : 010 : /conf/system.log file write error\n" +
-                                 kRefused);
+    EXPECT_EQ(board.console, kCold + kSampleListing + kMake010 + kRefused);
     EXPECT_EQ(before_init,
               hex("07 00 00 00 05 00 07 00 01 00 CD CA") + Bytes(5 * kRecordSize, '\0') +
                   record_line("systemLogFileMake : 010 : /conf/system.log file write error") +
@@ -323,7 +287,7 @@ TEST_F(BootRestore, KeepsItsOwnResultAtTheNextBoot)
 
 TEST_F(Program, PrintsItsBannersAroundTheRestore)
 {
-    board.file_put(kSystemLog, working_log());
+    board.file_put(kSystemLog, sane_log());
     EXPECT_EQ(maintlogfile_main(), 33) << "what puts answered to the second banner";
     EXPECT_EQ(board.console, "maintlogfile --> FROM Read Sart!!\n"
                              "zev_maintlog_init : 001 : Warm Start!!\n"
@@ -334,7 +298,7 @@ TEST_F(Program, PrintsItsBannersAroundTheRestore)
 
 TEST_F(Program, ExitsWithWhatItsLastWriteAnswered)
 {
-    board.file_put(kSystemLog, working_log());
+    board.file_put(kSystemLog, sane_log());
     board.fail_call(1);
     EXPECT_EQ(maintlogfile_main(), kExit) << "the first banner does not count";
     board.restart();

@@ -83,15 +83,15 @@ struct BootCrash : TracedTest {
     [[nodiscard]] std::string boot_says(const std::string& left) const
     {
         if (left == kAbsent) {
-            return std::string(kBegin) + kCold;
+            return kBegin + kCold;
         }
         if (left == kEmpty) {
-            return std::string(kBegin) + kWarm + kShortHeader + kUnreadable;
+            return kBegin + kWarm + kHeadShort + kUnreadable;
         }
         if (left == kPrevious && !previous_sane) {
-            return std::string(kBegin) + kWarm + kNotSane;
+            return kBegin + kWarm + kNotSane;
         }
-        return std::string(kBegin) + kWarm + kEnd; // kept: nothing else is printed
+        return kBegin + kWarm + kEnd; // kept: nothing else is printed
     }
 
     // Appends a record and checks it, the header, and that nothing else has changed.
@@ -323,9 +323,7 @@ TEST_F(BootOfCutFile, RebuildsAShortHeaderAndKeepsACompleteOne)
         ASSERT_EQ(log_state(), cut.left);
         board.restart();
         EXPECT_EQ(maintlogfile_main(), kExit);
-        const std::string says =
-            std::string(kBegin) + kWarm +
-            (cut.length < kHeaderSize ? kShortHeader + std::string(kUnreadable) : kEnd);
+        const std::string says = boot_says(cut.length < kHeaderSize ? kEmpty : cut.left);
         EXPECT_EQ(board.console.substr(0, says.size()), says);
         ASSERT_EQ(log_state(), cut.then);
         log_checkUsable(cut.then);

@@ -88,7 +88,7 @@ class Draw
             break;
         default:
             if (size >= kHeaderSize) {
-                image.replace(4 + 2 * below(4), 2, littleEndian_put(field(), 2));
+                image.replace(4 + 2 * below(4), 2, le16(field()));
             }
             break;
         }
@@ -98,8 +98,10 @@ class Draw
 };
 
 // What a boot has to make of the two files: the resulting log, and which message says so.
+const std::string kListed = "head.seq_num";
+
 struct Outcome {
-    const char* message;
+    std::string message;
     Bytes file;
 };
 
@@ -118,7 +120,7 @@ Outcome rebuild_model(const Bytes& image)
          checksum_model(image.substr(kHeaderSize, size - kHeaderSize)) != header.checksum)) {
         return {kRefused, fresh_log()};
     }
-    return {"head.seq_num", image.substr(0, size)};
+    return {kListed, image.substr(0, size)};
 }
 
 Outcome boot_model(const std::optional<Bytes>& working, const Bytes& image)
@@ -164,14 +166,14 @@ TEST_F(RandomImage, LeavesAKeptARebuiltOrAnEmptyLog)
         // Kept: within the ring. Rebuilt: within the ring, of some version, as long as it says.
         const HeaderFields header = header_get(file);
         ASSERT_LE(header.number, 1000);
-        if (expected.message == std::string(kWarm)) {
+        if (expected.message == kWarm) {
             ASSERT_LE(header.location, 1000);
         } else {
             ASSERT_NE(header.version, 0);
             ASSERT_EQ(file.size(), kHeaderSize + kRecordSize * header.number);
         }
     }
-    for (const char* outcome : {kWarm, kNoFlash, kErased, kRefused, "head.seq_num"}) {
+    for (const std::string& outcome : {kWarm, kNoFlash, kErased, kRefused, kListed}) {
         EXPECT_GE(seen[outcome], kBoots / 50) << outcome;
     }
 }

@@ -2,7 +2,6 @@
 // the hardware and in the configuration.
 #pragma once
 
-#include "device/caller_record.h"
 #include "device/led_panel_words.h"
 
 constexpr uint32_t kUnitMapD = 0x6B3D;
@@ -11,25 +10,13 @@ constexpr uint32_t kUnitMapR = 0x6B8D;
 constexpr uint32_t kMapEnabled = 0x1000; // device word 03: each unit has a key of its own
 constexpr uint16_t kIdentity = 100;      // of unit n: 100 + n
 
-// So many bytes as a caller's memory holds them.
-inline Bytes untouched(size_t size)
-{
-    return Bytes(size, static_cast<char>(kUntouched));
-}
-
 // The question for one unit's identity, with so many lines read of the configuration.
 inline Trace match_calls(uint32_t unit, size_t lines)
 {
-    Bytes text;
-    for (const char byte : le32(unit)) {
-        char pair[8];
-        snprintf(pair, sizeof pair, " %02X", static_cast<unsigned char>(byte));
-        text += pair;
-    }
-    return Trace{"open /dev/fpga O_RDONLY|O_NONBLOCK",
-                 "ioctl 6B4C" + text + " 00 00 00 00 00 00 01 00 00 00 00 00",
-                 "open /dev/fpga O_RDONLY|O_NONBLOCK", "ioctl 6B03 00 00", "close /dev/fpga"} +
-           lookup_calls(kConfig, lines) + Trace{"close /dev/fpga"};
+    const Course questions{opens_to_read(),
+                           record_read(0x6B4C, le32(unit) + zeros(6) + hex("01 00 00 00 00 00")),
+                           opens_to_read(), word_read(kDeviceWord03), closes()};
+    return calls_of(questions) + lookup_calls(kConfig, lines) + calls_of({closes()});
 }
 
 class UnitTest : public LedTest

@@ -3,29 +3,38 @@
 
 #include "device/led_panel_words.h"
 
-constexpr const char* kUserLog = "/conf/user.log";
-constexpr uint8_t kMirrorPort = 4;
-constexpr DeviceCommandCode kRestore = WR_LED_RESTORE;
+constexpr uint16_t kOwn = 12; // the own unit's identifier
 
+// A command as a test plans it.
 struct Command {
     DeviceCommandCode code;
     Bytes record;
 };
+
+// A record that is 0 but for some bytes.
+inline Bytes record_of(std::initializer_list<std::pair<size_t, int>> bytes)
+{
+    Bytes record = zeros(44);
+    for (const auto& [byte, value] : bytes) {
+        record[byte] = static_cast<char>(value);
+    }
+    return record;
+}
 
 class InhibitTest : public LedTest
 {
   protected:
     void SetUp() override
     {
-        board.fpga.words[kOwnIdentifier] = 12;
-        board.file_put(kUserLog, Bytes(16, '\0'));
+        board.fpga.words[kOwnIdentifier] = kOwn;
+        board.file_put(kUserLog, zeros(16));
     }
 
-    void run(const std::vector<Command>& commands)
+    void run_all(const std::vector<Command>& commands)
     {
-        for (const Command& command : commands) {
-            const int32_t result = command_run(command.code, Bytes(command.record));
-            EXPECT_TRUE(result == 0 || result == 1) << command.code << ": " << result;
+        for (const auto& [code, record] : commands) {
+            const int32_t result = run(code, record);
+            EXPECT_TRUE(result == 0 || result == 1) << command_name(code) << ": " << result;
         }
     }
 
@@ -33,16 +42,16 @@ class InhibitTest : public LedTest
     PanelWords without_pattern(const PanelWords& words, const std::vector<Command>& commands)
     {
         panel_put(board, words);
-        run(commands);
+        run_all(commands);
         return panel_get(board);
     }
     PanelWords with_pattern(const PanelWords& words, const std::vector<Command>& commands,
                             const PatternBits& pattern = kPattern1)
     {
         panel_put(board, words);
-        run({{pattern.command, ""}});
-        run(commands);
-        run({{kRestore, ""}});
+        run_all({{pattern.command, ""}});
+        run_all(commands);
+        run_all({{WR_LED_RESTORE, zeros(44)}});
         EXPECT_FALSE(board.file_exists(kLedFile));
         return panel_get(board);
     }
@@ -59,13 +68,3 @@ class InhibitTest : public LedTest
         return codes;
     }
 };
-
-// A record that is 0 but for some bytes.
-inline Bytes record_of(std::initializer_list<std::pair<size_t, int>> bytes)
-{
-    Bytes record(44, '\0');
-    for (const auto& [byte, value] : bytes) {
-        record[byte] = static_cast<char>(value);
-    }
-    return record;
-}
