@@ -15,21 +15,21 @@ TEST_F(PortMasks, TheMaskIsFilledInTheCallersRecord)
                  hex("AA BB CC DD EF CD AB 89"), 4);
 }
 
-struct MaskRow {
+struct MaskChange {
     const char* port; // and value
     uint32_t held;
     uint32_t written;
 };
 
 // Set, and held already; cleared.
-constexpr MaskRow kMasks[] = {{"03 00 01 00", 0x81234567, 0x8123456F},
-                              {"04 00 01 00", 0x80000011, 0x80000011},
-                              {"04 00 01 00", 0x80000001, 0x80000011},
-                              {"01 00 02 00", 0xFFFFFFFF, 0xFFFFFFFD}};
+constexpr MaskChange kMaskChanges[] = {{"03 00 01 00", 0x81234567, 0x8123456F},
+                                       {"04 00 01 00", 0x80000011, 0x80000011},
+                                       {"04 00 01 00", 0x80000001, 0x80000011},
+                                       {"01 00 02 00", 0xFFFFFFFF, 0xFFFFFFFD}};
 
 TEST_F(PortMasks, APortsBitIsSetOrClearedInTheCallersMask)
 {
-    for (const auto& [port, held, written] : kMasks) {
+    for (const auto& [port, held, written] : kMaskChanges) {
         SCOPED_TRACE(hex_number(held));
         device_put = [this, held = held] { board.fpga.words[0x6B8D] = held; };
         const Bytes before = hex(port) + hex("11 22 33 44");

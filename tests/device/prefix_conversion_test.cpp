@@ -1,4 +1,5 @@
 // Prefix lengths and their masks.
+#include "device/command_facts.h"
 #include "device/prefix_masks.h"
 #include "device/record_bytes.h"
 
@@ -25,8 +26,8 @@ TEST_F(PrefixConversion, EveryLengthBecomesItsMaskOrNothing)
     for (uint32_t length = 0; length <= UINT16_MAX; ++length) {
         PrefixBytes mask = {0x12, 0x34, 0x56, 0x78};
         const int32_t result = prefixMask_fromLength(static_cast<uint16_t>(length), mask);
-        ASSERT_EQ(result, length > 32 ? -1 : 0) << length;
-        ASSERT_EQ(value_of(mask), length > 32 ? 0x12345678U : kMasks[length]) << length;
+        ASSERT_EQ(result, length > 32 ? -1 : 0) << hex_number(length);
+        ASSERT_EQ(value_of(mask), length > 32 ? 0x12345678U : kMasks[length]) << hex_number(length);
     }
     EXPECT_EQ(board.call_count(), 0U);
 }
@@ -46,8 +47,8 @@ TEST_F(PrefixConversion, AMaskWithGapsHasTheLengthOfItsLeadingOnes)
         // A run of ones, a zero, and anything behind it.
         const uint32_t run = draw() % 32;
         const uint32_t value = (kMasks[run] | (draw() & ~kMasks[run + 1])) & ~(0x80000000U >> run);
-        ASSERT_EQ(length_of(value), run) << std::hex << value;
-        ASSERT_EQ(length_of(value), ones_before_zero(value)) << std::hex << value;
+        ASSERT_EQ(length_of(value), run) << hex_number(value);
+        ASSERT_EQ(length_of(value), ones_before_zero(value)) << hex_number(value);
     }
 }
 

@@ -143,7 +143,7 @@ TEST_F(Rule, ADeleteSendsTheIndexAlone)
 {
     board.fpga.rules[0x2A] = kDrivers;
     prove_record(WR_RULE_DELETE, byte(0x2A), kDeletes, byte(0x2A));
-    expect_run(WR_RULE_DELETE, kCallers, 0, kCallers);
+    expect_calls(WR_RULE_DELETE, kCallers, kDeletes, kCallers);
     EXPECT_EQ(board.fpga.rules[0x2A], index_alone(0x2A));
     expect_run(RD_RULE_ENTRY, kCallers, 0, byte(0x2A) + zeros(kCallersSize - 1));
 }

@@ -105,7 +105,7 @@ TEST_F(StatisticsTest, EachCounterHasItsPlaceInTheFile)
 {
     const Bytes before = file_sample();
     for (const Place& place : kPlaces) {
-        SCOPED_TRACE(place.index);
+        SCOPED_TRACE(hex_number(place.index));
         board_put(before, {{{place.index, 32}, 0x01020304}});
         Bytes after = before;
         const uint32_t sum = 0x01020304 + total_at(before, place.rest);
