@@ -138,6 +138,7 @@ TEST_F(ChannelWords, TheChannelWordKeepsItsTopFourBits)
                  {opens_to_write(), word_read(0x6B51), value_write(0x6B52, 0xF345, -2), closes()},
                  hex("FF FF 45 53"));
     EXPECT_EQ(board.fpga.words[0x6B51], 0xF345U);
+    expect_kept(WR_CHANNEL_WORD, hex("FF FF 45 53"));
 }
 
 TEST_F(ChannelWords, EveryChannelWordAndValueAreJoined)
