@@ -1,5 +1,6 @@
 // The indexed address tables.
-#include "device/register_map_test.h"
+#include "device/command_test.h"
+#include "device/record_bytes.h"
 
 namespace
 {
@@ -7,7 +8,7 @@ namespace
 // The driver's record of entry 0x1D as it is held, and as it is asked for.
 const Bytes kHeld = hex("1D 00 00 00 00 00 00 00 01 00 00 00 "
                         "0A 0B 0C 0D 21 22 23 24 25 26 31 00");
-const Bytes kAsked = le32(0x1D) + Bytes(20, '\0');
+const Bytes kAsked = le32(0x1D) + zeros(20);
 
 // The caller's entry 0x1D in either table, with its valid mask.
 Bytes entry(uint32_t valid, uint32_t table)
@@ -37,61 +38,53 @@ Course writes(uint32_t valid)
             record_write(0x6B86, kSent[valid == 0 ? 7 : valid % 8]), closes()};
 }
 
-class AddressTable : public RegisterMapTest
+class AddressTable : public CommandTest
 {
   protected:
-    void SetUp() override { board.fpga.address_table[0x1D] = kHeld; }
-
-    // A fresh entry in the device, and the caller's.
-    std::function<void*()> fresh(const Bytes& record)
+    AddressTable()
     {
-        return [this, record] {
-            board.fpga.address_table = {{0x1D, kHeld}};
-            return caller.put(record);
-        };
+        device_put = [this] { board.fpga.address_table = {{0x1D, held_}}; };
     }
+
+    Bytes& entry_held() { return board.fpga.address_table[0x1D]; }
+    Bytes held_ = kHeld; // before each run
 };
 
 TEST_F(AddressTable, AReportGivesAddressesAndAttribute)
 {
     for (const uint32_t table : {0U, 1U, 2U, 255U}) {
         for (const uint32_t valid : {0U, 1U, 0x5AU, 0xFFU}) { // no matter
-            prove(RD_ADDR_TABLE_ENTRY, fresh(entry(valid, table)), kReads);
-            EXPECT_EQ(run(RD_ADDR_TABLE_ENTRY, entry(valid, table)),
-                      hex("1D") + byte(valid) + hex("0A 0B 0C 0D 21 22 23 24 25 26 31") +
-                          byte(table));
+            prove_record(RD_ADDR_TABLE_ENTRY, entry(valid, table), kReads,
+                         hex("1D") + byte(valid) + hex("0A 0B 0C 0D 21 22 23 24 25 26 31") +
+                             byte(table));
         }
     }
-    expect_untouched_on_failure(RD_ADDR_TABLE_ENTRY, entry(0, 0), kReads);
+    expect_kept(RD_ADDR_TABLE_ENTRY, entry(0, 0));
 }
 
 TEST_F(AddressTable, AReportOfAnEmptyEntryGivesZeros)
 {
-    board.fpga.address_table.clear();
-    EXPECT_EQ(run(RD_ADDR_TABLE_ENTRY, entry(3, 1)),
-              hex("1D 03 00 00 00 00 00 00 00 00 00 00 00 01"));
+    device_put = [this] { board.fpga.address_table.clear(); };
+    expect_run(RD_ADDR_TABLE_ENTRY, entry(3, 1), 0, hex("1D 03") + zeros(11) + hex("01"));
 }
 
 TEST_F(AddressTable, AWriteReplacesTheSelectedPartsOfTheEntry)
 {
     for (uint32_t valid = 0; valid <= 0xFF; ++valid) {
-        SCOPED_TRACE(valid);
-        prove(WR_ADDR_TABLE_ENTRY, fresh(entry(valid, valid % 3)), writes(valid));
-        board.fpga.address_table[0x1D] = kHeld;
-        expect_sets(WR_ADDR_TABLE_ENTRY, entry(valid, valid % 3), writes(valid));
-        EXPECT_EQ(board.fpga.address_table[0x1D], kSent[valid == 0 ? 7 : valid % 8]);
+        SCOPED_TRACE(hex_number(valid));
+        const Bytes record = entry(valid, valid % 3);
+        prove_record(WR_ADDR_TABLE_ENTRY, record, writes(valid), record);
+        EXPECT_EQ(entry_held(), kSent[valid == 0 ? 7 : valid % 8]);
     }
 }
 
 // Also where nothing is selected.
 TEST_F(AddressTable, AWriteMarksTheEntryAsValid)
 {
+    bytes_put(held_, 8, le32(0));
     for (const uint32_t valid : {0U, 1U, 2U, 4U, 8U, 0x80U}) {
-        Bytes deleted = kHeld;
-        bytes_put(deleted, 8, le32(0));
-        board.fpga.address_table[0x1D] = deleted;
-        run(WR_ADDR_TABLE_ENTRY, entry(valid, 0));
-        EXPECT_EQ(board.fpga.address_table[0x1D].substr(8, 4), le32(1));
+        EXPECT_EQ(run(WR_ADDR_TABLE_ENTRY, entry(valid, 0)), 0);
+        EXPECT_EQ(entry_held().substr(8, 4), le32(1));
     }
 }
 
@@ -99,52 +92,50 @@ TEST_F(AddressTable, AFailedWriteLeavesTheEntry)
 {
     for (const uint32_t failing : {0x6B85U, 0x6B86U}) {
         board.fpga.results = {{failing, -1}};
-        run(WR_ADDR_TABLE_ENTRY, entry(0, 0), failing == 0x6B85 ? -2 : -4);
-        EXPECT_EQ(board.fpga.address_table[0x1D], kHeld);
+        expect_run(WR_ADDR_TABLE_ENTRY, entry(0, 0), failing == 0x6B85 ? -2 : -4, entry(0, 0));
+        EXPECT_EQ(entry_held(), kHeld);
     }
-    run(WR_ADDR_TABLE_DELETE, entry(0, 0), -4);
-    EXPECT_EQ(board.fpga.address_table[0x1D], kHeld);
+    expect_run(WR_ADDR_TABLE_DELETE, entry(0, 0), -4, entry(0, 0));
+    EXPECT_EQ(entry_held(), kHeld);
 }
 
 TEST_F(AddressTable, ADeleteSendsTheIndexAlone)
 {
     for (const uint32_t table : {0U, 1U, 255U}) {
         for (const uint32_t valid : {0U, 1U, 0xFFU}) { // no matter
-            prove(WR_ADDR_TABLE_DELETE, fresh(entry(valid, table)), kDeletes);
-            expect_sets(WR_ADDR_TABLE_DELETE, entry(valid, table), kDeletes);
-            EXPECT_EQ(board.fpga.address_table[0x1D], kAsked);
+            prove_record(WR_ADDR_TABLE_DELETE, entry(valid, table), kDeletes, entry(valid, table));
+            EXPECT_EQ(entry_held(), kAsked);
         }
     }
-    EXPECT_EQ(run(RD_ADDR_TABLE_ENTRY, entry(0, 0)),
-              hex("1D 00 00 00 00 00 00 00 00 00 00 00 00 00"));
+    held_ = kAsked;
+    expect_run(RD_ADDR_TABLE_ENTRY, entry(0, 0), 0, hex("1D") + zeros(13));
 }
 
 TEST_F(AddressTable, TheIndexIsBoundedByItsTable)
 {
+    device_put = nullptr;
     for (const uint32_t table : {0U, 1U, 2U, 127U, 128U, 254U, 255U}) {
         const uint32_t last = table == 0 ? 127 : 29;
         for (uint32_t index = 0; index <= 0xFF; ++index) {
-            SCOPED_TRACE("index " + std::to_string(index) + ", table " + std::to_string(table));
+            SCOPED_TRACE("index " + hex_number(index) + ", table " + hex_number(table));
             for (const DeviceCommandCode command :
                  {RD_ADDR_TABLE_ENTRY, WR_ADDR_TABLE_ENTRY, WR_ADDR_TABLE_DELETE}) {
-                const Bytes record = byte(index) + Bytes(12, '\0') + byte(table);
+                const Bytes before = byte(index) + zeros(12) + byte(table);
                 if (index > last) {
-                    expect_refused(command, caller.put(record));
-                    EXPECT_EQ(caller.get(), record);
+                    expect_refused(command, before);
                     continue;
                 }
-                board.fpga.address_table.clear();
-                board.fpga.address_table[index] = le32(index) + kHeld.substr(4);
-                run(command, record);
+                board.fpga.address_table = {{index, le32(index) + kHeld.substr(4)}};
+                EXPECT_EQ(run(command, before), 0);
                 const Bytes& held = board.fpga.address_table[index];
                 EXPECT_EQ(held.substr(0, 4), le32(index));
                 EXPECT_EQ(board.fpga.address_table.size(), 1U);
                 if (command == RD_ADDR_TABLE_ENTRY) {
-                    EXPECT_EQ(caller.get().substr(2, 11), kHeld.substr(12, 11));
+                    EXPECT_EQ(record().substr(2, 11), kHeld.substr(12, 11));
                     EXPECT_EQ(held.substr(4), kHeld.substr(4));
                 } else {
                     const uint32_t updated = command == WR_ADDR_TABLE_ENTRY ? 1 : 0;
-                    EXPECT_EQ(held.substr(4), le32(0) + le32(updated) + Bytes(12, '\0'));
+                    EXPECT_EQ(held.substr(4), le32(0) + le32(updated) + zeros(12));
                 }
             }
         }
@@ -154,22 +145,24 @@ TEST_F(AddressTable, TheIndexIsBoundedByItsTable)
 // What the driver holds beside the parts goes back as it came.
 TEST_F(AddressTable, AnUpdateSendsWhatTheDriverAnswered)
 {
-    board.fpga.address_table[0x1D] = hex("1D 00 00 00 91 92 93 94 00 00 00 00 "
-                                         "0A 0B 0C 0D 21 22 23 24 25 26 31 95");
-    run(WR_ADDR_TABLE_ENTRY, entry(1, 0));
-    EXPECT_EQ(board.fpga.address_table[0x1D], hex("1D 00 00 00 91 92 93 94 01 00 00 00 "
-                                                  "C0 C1 C2 C3 21 22 23 24 25 26 31 95"));
+    held_ = hex("1D 00 00 00 91 92 93 94 00 00 00 00 0A 0B 0C 0D 21 22 23 24 25 26 31 95");
+    EXPECT_EQ(run(WR_ADDR_TABLE_ENTRY, entry(1, 0)), 0);
+    EXPECT_EQ(entry_held(),
+              hex("1D 00 00 00 91 92 93 94 01 00 00 00 C0 C1 C2 C3 21 22 23 24 25 26 31 95"));
 }
 
 // The entries of both tables are the same to the driver.
 TEST_F(AddressTable, WhatWasWrittenIsReported)
 {
+    Draws draw;
     Bytes held = kHeld;
+    device_put = nullptr;
+    entry_held() = held;
     for (uint32_t round = 0; round < share_of(20000); ++round) {
-        const Bytes written = draw_bytes(11);
-        const uint32_t valid = draw_byte();
+        const Bytes written = draw.bytes(11);
+        const uint32_t valid = draw() % 256;
         const uint32_t selected = valid == 0 ? 7 : valid % 8;
-        run(WR_ADDR_TABLE_ENTRY, hex("1D") + byte(valid) + written + byte(draw()));
+        ASSERT_EQ(run(WR_ADDR_TABLE_ENTRY, hex("1D") + byte(valid) + written + byte(draw())), 0);
         if (selected % 2 != 0) {
             bytes_put(held, 12, written.substr(0, 4));
         }
@@ -179,9 +172,9 @@ TEST_F(AddressTable, WhatWasWrittenIsReported)
         if (selected / 4 != 0) {
             bytes_put(held, 22, written.substr(10));
         }
-        ASSERT_EQ(board.fpga.address_table[0x1D], held);
-        const Bytes asked = hex("1D") + draw_bytes(13);
-        ASSERT_EQ(run(RD_ADDR_TABLE_ENTRY, asked),
+        ASSERT_EQ(entry_held(), held);
+        const Bytes asked = hex("1D") + draw.bytes(13);
+        ASSERT_EQ(record_after(RD_ADDR_TABLE_ENTRY, asked),
                   asked.substr(0, 2) + held.substr(12, 11) + asked.substr(13));
         board.restart();
     }

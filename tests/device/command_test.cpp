@@ -95,3 +95,17 @@ void CommandTest::close_left_open(size_t expected)
         board.closing(board.descriptors().begin()->first);
     }
 }
+
+Bytes CommandTest::record_after(DeviceCommandCode command, const Bytes& before, int32_t result)
+{
+    EXPECT_EQ(run(command, before), result) << command_name(command);
+    return record();
+}
+
+void CommandTest::expect_calls(DeviceCommandCode command, const Bytes& before, const Course& course,
+                               const Bytes& after, int32_t result)
+{
+    SCOPED_TRACE(command_name(command));
+    expect_course(command, with(before)(), course, result);
+    EXPECT_EQ(record(), after);
+}

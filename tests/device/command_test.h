@@ -48,6 +48,13 @@ class CommandTest : public DeviceTest
     // Closes what the two commands that leave the device open have left.
     void close_left_open(size_t expected);
 
+    // The record after a run on a fresh one.
+    Bytes record_after(DeviceCommandCode command, const Bytes& before, int32_t result = DEVICE_OK);
+
+    // The calls of a run on a fresh record, its result, and the record afterwards.
+    void expect_calls(DeviceCommandCode command, const Bytes& before, const Course& course,
+                      const Bytes& after, int32_t result = DEVICE_OK);
+
   private:
     static constexpr size_t kGuard = 64;
     [[nodiscard]] Bytes guard() const { return untouched(kGuard); }

@@ -1,6 +1,6 @@
 // The two address and prefix sets.
 #include "device/prefix_masks.h"
-#include "device/register_map_test.h"
+#include "device/register_fixture.h"
 
 namespace
 {
@@ -21,23 +21,20 @@ constexpr Set kSets[] = {
 
 const Course kRead0 = Course{opens_to_read()} + registers_read(0x0100, 4) + Course{closes()};
 const Course kRead1 = Course{opens_to_read()} + registers_read(0x0108, 4) + Course{closes()};
-const Bytes kCallers(16, '\x5A');
+const Bytes kCallers = untouched(16);
 
-class Prefix : public RegisterMapTest
+// Both sets, their neighbours and the commit register.
+const Registers kHeld = {{0x00FE, 0x1111}, {0x0100, 0x0A0B}, {0x0102, 0x0C0D}, {0x0104, 0xFFFF},
+                         {0x0106, 0xF000}, {0x0108, 0xAC10}, {0x010A, 0x2122}, {0x010C, 0xFF00},
+                         {0x010E, 0xFF00}, {0x0110, 0x2222}, {0x0112, 0x3333}, {0x0114, 0x8A50}};
+
+class Prefix : public RegisterTest
 {
   protected:
-    void SetUp() override { device_put(); }
+    Prefix() { held_put(); }
+    void held_put() { board.fpga.registers = kHeld; }
 
-    // Both sets, their neighbours and the commit register.
-    void device_put()
-    {
-        board.fpga.registers = {{0x00FE, 0x1111}, {0x0100, 0x0A0B}, {0x0102, 0x0C0D},
-                                {0x0104, 0xFFFF}, {0x0106, 0xF000}, {0x0108, 0xAC10},
-                                {0x010A, 0x2122}, {0x010C, 0xFF00}, {0x010E, 0xFF00},
-                                {0x0110, 0x2222}, {0x0112, 0x3333}, {0x0114, 0x8A50}};
-    }
-
-    static Bytes record(const Set& set, uint32_t valid, const Bytes& address, uint32_t length)
+    static Bytes record_of(const Set& set, uint32_t valid, const Bytes& address, uint32_t length)
     {
         Bytes record = kCallers;
         bytes_put(record, set.offset, byte(valid));
@@ -45,8 +42,15 @@ class Prefix : public RegisterMapTest
         return record;
     }
 
+    // The caller's record after a report of set 0, and of set 1.
+    static Bytes report_0(uint32_t length) { return untouched(6) + le16(length) + untouched(8); }
+    static Bytes report_1(const Bytes& address, uint32_t length)
+    {
+        return untouched(10) + address + le16(length);
+    }
+
     // The course of a write of C0 A8 07 FE with the prefix 19.
-    Course write_course(const Set& set, uint32_t valid)
+    static Course write_course(const Set& set, uint32_t valid)
     {
         const bool address = valid == 0 || valid % 2 == 1;
         const bool mask = valid == 0 || valid / 2 % 2 == 1;
@@ -61,9 +65,8 @@ class Prefix : public RegisterMapTest
             course.push_back(register_write(set.mask[1], 0xE000));
         }
         if (address || mask) {
-            const uint32_t high = static_cast<uint32_t>(board.fpga.register_high) << 16;
             course.push_back(register_read(0x0114));
-            course.push_back(register_write(0x0114, high | 0x8A50U | set.commit));
+            course.push_back(register_write(0x0114, kHigh | 0x8A50U | set.commit));
         }
         course.push_back(closes());
         return course;
@@ -104,26 +107,11 @@ TEST_F(Prefix, ReadingASetTellsWhyItFailed)
     }
 }
 
-TEST_F(Prefix, TheReportOfSet0ReadsItAllAndGivesTheLengthAlone)
+// FF 00 FF 00 is 8 ones before a zero.
+TEST_F(Prefix, AReportReadsItsSet)
 {
-    board.fpga.register_high = 0xBEEF;
-    prove(
-        RD_PREFIX0_LENGTH, [&] { return caller.put(kCallers); }, kRead0);
-    Bytes expected = kCallers;
-    bytes_put(expected, 6, le16(20));
-    EXPECT_EQ(run(RD_PREFIX0_LENGTH, kCallers), expected);
-    expect_untouched_on_failure(RD_PREFIX0_LENGTH, kCallers, kRead0);
-}
-
-TEST_F(Prefix, TheReportOfSet1GivesAddressAndLength)
-{
-    board.fpga.register_high = 0xBEEF;
-    prove(
-        RD_PREFIX1, [&] { return caller.put(kCallers); }, kRead1);
-    Bytes expected = kCallers;
-    bytes_put(expected, 10, hex("AC 10 21 22") + le16(8)); // FF 00 FF 00: 8 ones before a zero
-    EXPECT_EQ(run(RD_PREFIX1, kCallers), expected);
-    expect_untouched_on_failure(RD_PREFIX1, kCallers, kRead1);
+    prove_registers({RD_PREFIX0_LENGTH, kCallers, kHeld, kRead0, report_0(20)});
+    prove_registers({RD_PREFIX1, kCallers, kHeld, kRead1, report_1(hex("AC 10 21 22"), 8)});
 }
 
 TEST_F(Prefix, EveryRegisterValueIsReported)
@@ -138,32 +126,24 @@ TEST_F(Prefix, EveryRegisterValueIsReported)
             board.fpga.registers[set.mask[1]] = word;
         }
         const uint32_t mask = first * 0x10000U + word;
-        Bytes expected = kCallers;
-        bytes_put(expected, 6, le16(ones_before_zero(mask)));
-        ASSERT_EQ(run(RD_PREFIX0_LENGTH, kCallers), expected);
-        expected = kCallers;
-        bytes_put(expected, 10,
-                  byte(word / 256) + byte(word % 256) + byte(other / 256) + byte(other % 256) +
-                      le16(ones_before_zero(mask)));
-        ASSERT_EQ(run(RD_PREFIX1, kCallers), expected);
+        ASSERT_EQ(record_after(RD_PREFIX0_LENGTH, kCallers), report_0(ones_before_zero(mask)));
+        ASSERT_EQ(record_after(RD_PREFIX1, kCallers),
+                  report_1(big16(word) + big16(other), ones_before_zero(mask)));
     });
 }
 
 // Writes ------------------------------------------------------------------------------------
 
+// Whichever call fails, the parts before it stay written.
 TEST_F(Prefix, AWriteReadsTheSetWritesItsPartsAndCommitsThem)
 {
-    board.fpga.register_high = 0xBEEF; // goes back with the commit bit only
     for (const Set& set : kSets) {
         for (const uint32_t valid : {0U, 1U, 2U, 3U, 4U, 0xFCU, 0xFFU}) {
-            SCOPED_TRACE(valid);
-            prove(
-                set.write,
-                [&] {
-                    device_put();
-                    return caller.put(record(set, valid, kAddress, 19));
-                },
-                write_course(set, valid));
+            SCOPED_TRACE(hex_number(valid));
+            const Bytes record = record_of(set, valid, kAddress, 19);
+            prove_registers({set.write, record, kHeld, write_course(set, valid), record});
+            // What is held already is written and committed again.
+            expect_calls(set.write, record, write_course(set, valid), record);
         }
     }
 }
@@ -172,23 +152,11 @@ TEST_F(Prefix, EveryMaskWritesItsPartsAndNothingElse)
 {
     for (const Set& set : kSets) {
         for (uint32_t valid = 0; valid <= 0xFF; ++valid) {
-            SCOPED_TRACE(valid);
-            device_put();
-            expect_sets(set.write, record(set, valid, kAddress, 19), write_course(set, valid));
+            SCOPED_TRACE(hex_number(valid));
+            const Bytes record = record_of(set, valid, kAddress, 19);
+            held_put();
+            expect_calls(set.write, record, write_course(set, valid), record);
         }
-    }
-}
-
-TEST_F(Prefix, ThePartsBeforeAFailedWriteStayWritten)
-{
-    for (const Set& set : kSets) {
-        expect_earlier_writes_stay(
-            set.write,
-            [&] {
-                device_put();
-                return caller.put(record(set, 0, kAddress, 19));
-            },
-            write_course(set, 0));
     }
 }
 
@@ -200,17 +168,18 @@ TEST_F(Prefix, ATooLongPrefixIsFoundBeforeAnythingIsWritten)
         const Course pause{{"usleep 1", kIgnored}};
         for (const uint32_t valid : {0U, 2U, 3U, 0x7EU, 0xFFU}) {
             for (const uint32_t length : {33U, 0x0100U, 0x8000U, 65535U}) {
-                const auto before = board.fpga.registers;
-                expect_sets(set.write, record(set, valid, kAddress, length),
-                            once + pause + once + pause, -3);
-                EXPECT_EQ(board.fpga.registers, before);
+                held_put();
+                const Bytes record = record_of(set, valid, kAddress, length);
+                expect_calls(set.write, record, once + pause + once + pause, record, -3);
+                EXPECT_EQ(board.fpga.registers, kHeld);
             }
         }
         // Where the length is not selected it does not matter.
-        device_put();
-        expect_sets(set.write, record(set, 1, kAddress, 33), write_course(set, 1));
-        device_put();
-        expect_sets(set.write, record(set, 4, kAddress, 65535), write_course(set, 4));
+        for (const auto& [valid, length] : {std::pair{1U, 33U}, {4U, 65535U}}) {
+            held_put();
+            const Bytes record = record_of(set, valid, kAddress, length);
+            expect_calls(set.write, record, write_course(set, valid), record);
+        }
     }
 }
 
@@ -218,14 +187,14 @@ TEST_F(Prefix, EveryLengthIsWrittenAsItsMaskOrRefused)
 {
     for (const Set& set : kSets) {
         for_every_word([&](uint16_t length) {
-            device_put();
+            held_put();
             auto expected = board.fpga.registers;
             if (length <= 32) {
                 expected[set.mask[0]] = static_cast<uint16_t>(kMasks[length] >> 16);
                 expected[set.mask[1]] = static_cast<uint16_t>(kMasks[length]);
                 expected[0x0114] = static_cast<uint16_t>(0x8A50 | set.commit);
             }
-            run(set.write, record(set, 2, kAddress, length), length <= 32 ? 0 : -3);
+            ASSERT_EQ(run(set.write, record_of(set, 2, kAddress, length)), length <= 32 ? 0 : -3);
             ASSERT_EQ(board.fpga.registers, expected);
         });
     }
@@ -236,15 +205,12 @@ TEST_F(Prefix, EveryAddressByteFindsItsRegister)
     for (const Set& set : kSets) {
         for_every_word([&](uint16_t word) {
             const auto other = static_cast<uint16_t>(word * 40503U + 1);
-            device_put();
+            held_put();
             auto expected = board.fpga.registers;
             expected[set.address[0]] = word;
             expected[set.address[1]] = other;
             expected[0x0114] = static_cast<uint16_t>(0x8A50 | set.commit);
-            run(set.write,
-                record(set, 1,
-                       byte(word / 256) + byte(word % 256) + byte(other / 256) + byte(other % 256),
-                       65535));
+            ASSERT_EQ(run(set.write, record_of(set, 1, big16(word) + big16(other), 65535)), 0);
             ASSERT_EQ(board.fpga.registers, expected);
         });
     }
@@ -255,36 +221,24 @@ TEST_F(Prefix, TheCommitBitLeavesTheOthersOfItsRegister)
     for (const Set& set : kSets) {
         for (const uint32_t valid : {0U, 1U, 2U, 4U}) {
             for_every_word([&](uint16_t word) {
-                board.fpga.registers[0x0114] = word;
-                run(set.write, record(set, valid, kAddress, 24));
-                ASSERT_EQ(board.fpga.registers[0x0114], valid == 4 ? word : word | set.commit);
+                at(0x0114) = word;
+                ASSERT_EQ(run(set.write, record_of(set, valid, kAddress, 24)), 0);
+                ASSERT_EQ(at(0x0114), valid == 4 ? word : word | set.commit);
             });
         }
     }
 }
 
-TEST_F(Prefix, WhatIsHeldAlreadyIsWrittenAndCommittedAgain)
-{
-    for (const Set& set : kSets) {
-        device_put();
-        run(set.write, record(set, 0, kAddress, 19));
-        expect_sets(set.write, record(set, 0, kAddress, 19), write_course(set, 0));
-    }
-}
-
 TEST_F(Prefix, WhatWasWrittenIsReported)
 {
+    Draws draw;
     for (unsigned length = 0; length <= 32; ++length) {
-        const Bytes address = draw_bytes(4);
+        const Bytes address = draw.bytes(4);
         for (const Set& set : kSets) {
-            run(set.write, record(set, 0, address, length));
+            EXPECT_EQ(run(set.write, record_of(set, 0, address, length)), 0);
         }
-        Bytes expected = kCallers;
-        bytes_put(expected, 6, le16(length));
-        EXPECT_EQ(run(RD_PREFIX0_LENGTH, kCallers), expected);
-        expected = kCallers;
-        bytes_put(expected, 10, address + le16(length));
-        EXPECT_EQ(run(RD_PREFIX1, kCallers), expected);
+        expect_run(RD_PREFIX0_LENGTH, kCallers, 0, report_0(length));
+        expect_run(RD_PREFIX1, kCallers, 0, report_1(address, length));
     }
 }
 

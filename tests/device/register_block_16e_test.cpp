@@ -38,49 +38,36 @@ class RegisterBlock16E : public RegisterBlockTest
 
 TEST_F(RegisterBlock16E, TheReportOfBlock16EGivesItsRegisters)
 {
-    board.fpga.register_high = 0xBEEF;
-    const Bytes callers(12, '\x5A');
-    prove(RD_REG16E_BLOCK, fresh(callers), kReads16E);
-    EXPECT_EQ(run(RD_REG16E_BLOCK, callers), hex("5A 5A 00 01 21 32 43 54 65 76 87 98"));
-    expect_untouched_on_failure(RD_REG16E_BLOCK, callers, kReads16E);
+    prove_registers({RD_REG16E_BLOCK, untouched(12), kHeldBlocks, kReads16E,
+                     hex("A5 A5 00 01 21 32 43 54 65 76 87 98")});
 }
 
 TEST_F(RegisterBlock16E, EveryRegisterValueOfBlock16EIsReported)
 {
     for_every_word([&](uint16_t word) {
-        Bytes expected = hex("5A 5A") + byte(word % 2) + byte(word / 2 % 2);
-        board.fpga.registers[0x016E] = word;
+        Bytes expected = untouched(2) + byte(word % 2) + byte(word / 2 % 2);
+        at(0x016E) = word;
         for (unsigned i = 0; i < 4; ++i) { // each register takes every value
             const auto held = static_cast<uint16_t>((word + i) * (40503U + 2 * i));
             board.fpga.registers[0x0170 + 2 * i] = held;
-            expected += byte(held / 256) + byte(held % 256);
+            expected += big16(held);
         }
-        ASSERT_EQ(run(RD_REG16E_BLOCK, Bytes(12, '\x5A')), expected);
+        ASSERT_EQ(record_after(RD_REG16E_BLOCK, untouched(12)), expected);
     });
 }
 
 TEST_F(RegisterBlock16E, EveryMaskWritesItsPartsOfBlock16E)
 {
-    board.fpga.register_high = 0xBEEF;
     for (uint32_t valid = 0; valid <= 0xFF; ++valid) {
-        SCOPED_TRACE(valid);
-        device_put();
-        expect_sets(WR_REG16E_BLOCK, record_16e(valid, 1, 0), write_course_16e(valid));
+        SCOPED_TRACE(hex_number(valid));
+        expect_written(WR_REG16E_BLOCK, record_16e(valid, 1, 0), write_course_16e(valid));
     }
 }
 
-TEST_F(RegisterBlock16E, AFailedCallEndsTheWriteOfBlock16E)
+TEST_F(RegisterBlock16E, AFailedCallEndsTheWriteOfBlock16EAndThePartsBeforeItStayWritten)
 {
-    for (const uint32_t valid : {0U, 1U, 2U, 3U, 4U, 8U, 12U, 16U, 0xFFU}) {
-        prove(WR_REG16E_BLOCK, fresh(record_16e(valid, 1, 0)), write_course_16e(valid));
-    }
-}
-
-TEST_F(RegisterBlock16E, ThePartsOfBlock16EBeforeAFailedWriteStayWritten)
-{
-    for (const uint32_t valid : {0U, 0x0FU, 0x05U, 0x0AU}) {
-        expect_earlier_writes_stay(WR_REG16E_BLOCK, fresh(record_16e(valid, 1, 0)),
-                                   write_course_16e(valid));
+    for (const uint32_t valid : {0U, 1U, 2U, 3U, 4U, 5U, 8U, 10U, 12U, 15U, 16U, 0xFFU}) {
+        prove_block(WR_REG16E_BLOCK, record_16e(valid, 1, 0), write_course_16e(valid));
     }
 }
 
@@ -90,8 +77,8 @@ TEST_F(RegisterBlock16E, TheFlagsOf16ELeaveItsOtherBits)
     for_every_word([&](uint16_t word) {
         const auto& [a, b] = kFlags[word % 6 == 5 ? word / 6 % 6 : word % 6];
         for (const uint32_t valid : {0U, 1U, 2U, 3U, 0x0CU}) {
-            device_put();
-            board.fpga.registers[0x016E] = word;
+            held_put();
+            at(0x016E) = word;
             uint32_t expected = word;
             if (valid == 0 || valid == 1 || valid == 3) {
                 expected = expected / 2 * 2 + (a == 1 ? 1 : 0);
@@ -99,8 +86,8 @@ TEST_F(RegisterBlock16E, TheFlagsOf16ELeaveItsOtherBits)
             if (valid == 0 || valid == 2 || valid == 3) {
                 expected = (expected & ~2U) + (b == 1 ? 2 : 0);
             }
-            run(WR_REG16E_BLOCK, record_16e(valid, a, b));
-            ASSERT_EQ(board.fpga.registers[0x016E], expected);
+            ASSERT_EQ(run(WR_REG16E_BLOCK, record_16e(valid, a, b)), 0);
+            ASSERT_EQ(at(0x016E), expected);
         }
     });
 }
@@ -110,25 +97,20 @@ TEST_F(RegisterBlock16E, EveryFlagByteOf16EIsOneOrNot)
     for_every_word([&](uint16_t flags) {
         const uint32_t a = flags >> 8;
         const uint32_t b = flags & 0xFFU;
-        run(WR_REG16E_BLOCK, record_16e(3, a, b));
-        ASSERT_EQ(board.fpga.registers[0x016E], 0xB4C0 + (a == 1 ? 1 : 0) + (b == 1 ? 2 : 0));
+        ASSERT_EQ(run(WR_REG16E_BLOCK, record_16e(3, a, b)), 0);
+        ASSERT_EQ(at(0x016E), 0xB4C0 + (a == 1 ? 1 : 0) + (b == 1 ? 2 : 0));
     });
-}
-
-TEST_F(RegisterBlock16E, WhatBlock16EHoldsAlreadyIsWrittenAgain)
-{
-    run(WR_REG16E_BLOCK, record_16e(0, 1, 0));
-    expect_sets(WR_REG16E_BLOCK, record_16e(0, 1, 0), write_course_16e(0));
 }
 
 TEST_F(RegisterBlock16E, WhatWasWrittenToBlock16EIsReported)
 {
+    Draws draw;
     for (uint32_t round = 0; round < share_of(5000); ++round) {
-        const Bytes addresses = draw_bytes(8);
+        const Bytes addresses = draw.bytes(8);
         const uint32_t flags = draw() % 4;
-        run(WR_REG16E_BLOCK, hex("00 5A") + byte(flags % 2) + byte(flags / 2) + addresses);
-        ASSERT_EQ(run(RD_REG16E_BLOCK, Bytes(12, '\x33')),
-                  hex("33 33") + byte(flags % 2) + byte(flags / 2) + addresses);
+        const Bytes parts = byte(flags % 2) + byte(flags / 2) + addresses;
+        ASSERT_EQ(run(WR_REG16E_BLOCK, hex("00 5A") + parts), 0);
+        ASSERT_EQ(record_after(RD_REG16E_BLOCK, untouched(12)), untouched(2) + parts);
         board.restart();
     }
 }

@@ -65,12 +65,8 @@ class RegisterBlockE0 : public RegisterBlockTest
 
 TEST_F(RegisterBlockE0, TheReportOfBlockE0GivesItsRegisters)
 {
-    board.fpga.register_high = 0xBEEF;
-    const Bytes callers(22, '\x5A');
-    prove(RD_REGE0_BLOCK, fresh(callers), kReadsE0);
-    EXPECT_EQ(run(RD_REGE0_BLOCK, callers),
-              hex("5A 00 11 22 33 44 55 66 88 77 5A 5A CC BB AA 99 10 FF EE DD 02 0D"));
-    expect_untouched_on_failure(RD_REGE0_BLOCK, callers, kReadsE0);
+    prove_registers({RD_REGE0_BLOCK, untouched(22), kHeldBlocks, kReadsE0,
+                     hex("A5 00 11 22 33 44 55 66 88 77 A5 A5 CC BB AA 99 10 FF EE DD 02 0D")});
 }
 
 TEST_F(RegisterBlockE0, EveryRegisterValueOfBlockE0IsReported)
@@ -81,44 +77,34 @@ TEST_F(RegisterBlockE0, EveryRegisterValueOfBlockE0IsReported)
             held[i] = static_cast<uint16_t>((word + i) * (40503U + 2 * i));
             board.fpga.registers[0x00E0 + 2 * i] = held[i];
         }
-        Bytes expected(22, '\x5A');
+        Bytes expected = untouched(22);
         bytes_put(expected, 1, byte(held[8] % 2));
         for (unsigned i = 0; i < 3; ++i) {
-            bytes_put(expected, 2 + 2 * i, byte(held[i] / 256) + byte(held[i] % 256));
+            bytes_put(expected, 2 + 2 * i, big16(held[i]));
         }
         bytes_put(expected, 8, le16(held[3]));
         bytes_put(expected, 12, le32(held[4] * 65536U + held[5]));
         bytes_put(expected, 16, le32(held[6] * 65536U + held[7]));
         bytes_put(expected, 20, byte(held[9] / 256 % 8) + byte(held[9] % 32));
-        ASSERT_EQ(run(RD_REGE0_BLOCK, Bytes(22, '\x5A')), expected);
+        ASSERT_EQ(record_after(RD_REGE0_BLOCK, untouched(22)), expected);
     });
 }
 
 TEST_F(RegisterBlockE0, EveryMaskWritesItsPartsOfBlockE0)
 {
-    board.fpga.register_high = 0xBEEF;
     for (uint32_t valid = 0; valid <= 0xFF; ++valid) {
-        SCOPED_TRACE(valid);
+        SCOPED_TRACE(hex_number(valid));
         const BlockE0 block{valid};
-        device_put();
-        expect_sets(WR_REGE0_BLOCK, block.record(), write_course_e0(block));
+        expect_written(WR_REGE0_BLOCK, block.record(), write_course_e0(block));
     }
 }
 
-TEST_F(RegisterBlockE0, AFailedCallEndsTheWriteOfBlockE0)
+TEST_F(RegisterBlockE0, AFailedCallEndsTheWriteOfBlockE0AndThePartsBeforeItStayWritten)
 {
-    for (const uint32_t valid :
-         {0U, 0xFFU, 0x01U, 0x02U, 0x04U, 0x08U, 0x10U, 0x20U, 0x40U, 0x80U, 0x55U, 0x2AU}) {
+    for (const uint32_t valid : {0U, 0xFFU, 0x01U, 0x02U, 0x04U, 0x08U, 0x10U, 0x20U, 0x40U, 0x80U,
+                                 0x55U, 0x2AU, 0x7FU, 0x22U, 0x5DU}) {
         const BlockE0 block{valid};
-        prove(WR_REGE0_BLOCK, fresh(block.record()), write_course_e0(block));
-    }
-}
-
-TEST_F(RegisterBlockE0, ThePartsOfBlockE0BeforeAFailedWriteStayWritten)
-{
-    for (const uint32_t valid : {0U, 0x7FU, 0x22U, 0x5DU}) {
-        const BlockE0 block{valid};
-        expect_earlier_writes_stay(WR_REGE0_BLOCK, fresh(block.record()), write_course_e0(block));
+        prove_block(WR_REGE0_BLOCK, block.record(), write_course_e0(block));
     }
 }
 
@@ -127,14 +113,13 @@ TEST_F(RegisterBlockE0, TheEnableFlagDrivesThreeBits)
 {
     for_every_word([&](uint16_t word) {
         for (const uint32_t enable : {0U, 1U, 2U, 3U, 255U}) {
-            device_put();
-            board.fpga.registers[0x00F0] = word;
+            held_put();
+            at(0x00F0) = word;
             auto expected = board.fpga.registers;
             expected[0x00F0] = static_cast<uint16_t>(word / 8 * 8 + (enable == 1 ? 7 : 0));
-            run(WR_REGE0_BLOCK, BlockE0{0x01, enable}.record());
+            ASSERT_EQ(run(WR_REGE0_BLOCK, BlockE0{0x01, enable}.record()), 0);
             ASSERT_EQ(board.fpga.registers, expected);
-            Bytes reported(22, '\0');
-            ASSERT_EQ(byte_at(run(RD_REGE0_BLOCK, reported), 1), enable == 1 ? 1 : 0);
+            ASSERT_EQ(byte_at(record_after(RD_REGE0_BLOCK, zeros(22)), 1), enable == 1 ? 1 : 0);
         }
     });
 }
@@ -147,10 +132,9 @@ TEST_F(RegisterBlockE0, TheFieldsOfF2LeaveItsOtherBits)
         const uint32_t with_3 = (word & ~0x0700U) + field_3 * 0x100;
         for (const uint32_t valid : {0x20U, 0x40U, 0x60U, 0x80U}) {
             const uint32_t base = (valid & 0x20U) != 0 ? with_3 : word;
-            board.fpga.registers[0x00F2] = word;
-            run(WR_REGE0_BLOCK, BlockE0{valid, 1, field_3, field_5}.record());
-            ASSERT_EQ(board.fpga.registers[0x00F2],
-                      (valid & 0x40U) != 0 ? (base & ~0x001FU) + field_5 : base);
+            at(0x00F2) = word;
+            ASSERT_EQ(run(WR_REGE0_BLOCK, BlockE0{valid, 1, field_3, field_5}.record()), 0);
+            ASSERT_EQ(at(0x00F2), (valid & 0x40U) != 0 ? (base & ~0x001FU) + field_5 : base);
         }
     });
 }
@@ -163,8 +147,9 @@ TEST_F(RegisterBlockE0, EveryPairOfFieldsIsWrittenOrRefused)
         for (const uint32_t valid : {0x20U, 0x40U, 0x60U, 0x9FU}) {
             const bool refused =
                 ((valid & 0x20U) != 0 && field_3 > 7) || ((valid & 0x40U) != 0 && field_5 > 31);
-            device_put();
-            run(WR_REGE0_BLOCK, BlockE0{valid, 1, field_3, field_5}.record(), refused ? -5 : 0);
+            held_put();
+            const Bytes record = BlockE0{valid, 1, field_3, field_5}.record();
+            ASSERT_EQ(run(WR_REGE0_BLOCK, record), refused ? -5 : 0);
             uint32_t expected = 0xFAED;
             if (!refused && (valid & 0x20U) != 0) {
                 expected = (expected & 0xF8FFU) | field_3 << 8;
@@ -172,7 +157,7 @@ TEST_F(RegisterBlockE0, EveryPairOfFieldsIsWrittenOrRefused)
             if (!refused && (valid & 0x40U) != 0) {
                 expected = (expected & 0xFFE0U) | field_5;
             }
-            ASSERT_EQ(board.fpga.registers[0x00F2], expected);
+            ASSERT_EQ(at(0x00F2), expected);
         }
     });
 }
@@ -186,39 +171,31 @@ TEST_F(RegisterBlockE0, AFieldOutOfRangeLeavesThePartsBeforeItWritten)
                            {0x20, 1, 8, 0x12}, {0x40, 1, 5, 32},      {0x60, 1, 7, 32},
                            {0x4A, 1, 8, 32},   {0xE0, 1, 0x80, 0x80}, {0x60, 1, 8, 31}};
     for (const BlockE0& block : bad) {
-        SCOPED_TRACE(block.valid);
+        SCOPED_TRACE(hex_number(block.valid));
         Course course = write_course_e0(block);
         course.erase(course.end() - 2); // the write of 0xF2
         ASSERT_EQ(course.back().call, "close /dev/fpga");
-        prove(WR_REGE0_BLOCK, fresh(block.record()), course, -5);
-        device_put();
-        expect_sets(WR_REGE0_BLOCK, block.record(), course, -5);
-        EXPECT_EQ(board.fpga.registers[0x00F2], 0xFAED);
+        prove_registers({WR_REGE0_BLOCK, block.record(), kHeldBlocks, course, block.record(), -5});
+        EXPECT_EQ(at(0x00F2), 0xFAED);
         if (block.valid == 0) {
-            EXPECT_EQ(board.fpga.registers[0x00F0], 0xA5A7);
-            EXPECT_EQ(board.fpga.registers[0x00EE], 0x0708);
+            EXPECT_EQ(at(0x00F0), 0xA5A7);
+            EXPECT_EQ(at(0x00EE), 0x0708);
         }
     }
 }
 
-TEST_F(RegisterBlockE0, WhatBlockE0HoldsAlreadyIsWrittenAgain)
-{
-    const BlockE0 block{};
-    run(WR_REGE0_BLOCK, block.record());
-    expect_sets(WR_REGE0_BLOCK, block.record(), write_course_e0(block));
-}
-
 TEST_F(RegisterBlockE0, WhatWasWrittenToBlockE0IsReported)
 {
+    Draws draw;
     for (uint32_t round = 0; round < share_of(5000); ++round) {
-        Bytes record = draw_bytes(22);
+        Bytes record = draw.bytes(22);
         bytes_put(record, 0, byte(0));
         bytes_put(record, 20, byte(draw() % 8) + byte(draw() % 32));
-        run(WR_REGE0_BLOCK, record);
+        ASSERT_EQ(run(WR_REGE0_BLOCK, record), 0);
         Bytes expected = record;
         bytes_put(expected, 1, byte(byte_at(record, 1) == 1 ? 1 : 0));
         const Bytes asked = byte(0) + Bytes(9, '\x33') + record.substr(10, 2) + Bytes(10, '\x33');
-        ASSERT_EQ(run(RD_REGE0_BLOCK, asked), expected);
+        ASSERT_EQ(record_after(RD_REGE0_BLOCK, asked), expected);
         board.restart();
     }
 }

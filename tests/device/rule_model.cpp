@@ -1,6 +1,6 @@
 #include "device/rule_model.h"
 
-#include "device/register_map_test.h"
+#include "device/record_bytes.h"
 
 Bytes sent_for(const Bytes& from)
 {

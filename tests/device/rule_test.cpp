@@ -1,7 +1,8 @@
 // The table of rule entries.
 #include <memory>
 
-#include "device/register_map_test.h"
+#include "device/command_test.h"
+#include "device/record_bytes.h"
 #include "device/rule_model.h"
 
 namespace
@@ -23,7 +24,7 @@ const Bytes kCallers = hex("2A EE "             // 0: index, enabled
                            "50 00 "             // 30: word D
                            "C1 D1 "             // 32: companions of C and D
                            "00 01 02 FF ") +    // 34: switches
-                       Bytes(kCallersSize - 38, '\x5A');
+                       untouched(kCallersSize - 38);
 
 // What the driver is sent for it.
 const Bytes kDrivers = hex("2A 00 3F 02 "             // 0: index, presence
@@ -42,14 +43,14 @@ const Bytes kDrivers = hex("2A 00 3F 02 "             // 0: index, presence
 // The record that asks for an entry, and the one that deletes it.
 Bytes index_alone(uint32_t index)
 {
-    return le16(index) + Bytes(78, '\0');
+    return le16(index) + zeros(78);
 }
 
 const Course kReads{opens_to_write(), record_read(0x6B6A, index_alone(0x2A)), closes()};
 const Course kWrites{opens_to_write(), record_write(0x6B6B, kDrivers), closes()};
 const Course kDeletes{opens_to_write(), record_write(0x6B6B, index_alone(0x2A)), closes()};
 
-class Rule : public RegisterMapTest
+class Rule : public CommandTest
 {
   protected:
     // What the driver holds for a caller's record with one part replaced.
@@ -57,7 +58,7 @@ class Rule : public RegisterMapTest
     {
         Bytes record = kCallers;
         bytes_put(record, offset, part);
-        run(WR_RULE_ENTRY, record);
+        EXPECT_EQ(run(WR_RULE_ENTRY, record), 0);
         board.restart();
         EXPECT_EQ(board.fpga.rules[0x2A], sent_for(record));
         return board.fpga.rules[0x2A];
@@ -69,7 +70,7 @@ class Rule : public RegisterMapTest
         Bytes held = kDrivers;
         bytes_put(held, offset, part);
         board.fpga.rules[0x2A] = held;
-        Bytes record = run(RD_RULE_ENTRY, kCallers);
+        const Bytes record = record_after(RD_RULE_ENTRY, kCallers);
         board.restart();
         EXPECT_EQ(record, reported_for(held));
         return record;
@@ -78,7 +79,7 @@ class Rule : public RegisterMapTest
     // Random bytes, every other record with many zeros.
     Bytes draw_record(size_t size)
     {
-        Bytes record = draw_bytes(size);
+        Bytes record = draw.bytes(size);
         if (draw() % 2 == 0) {
             for (char& each : record) {
                 each = draw() % 3 == 0 ? each : '\0';
@@ -86,6 +87,8 @@ class Rule : public RegisterMapTest
         }
         return record;
     }
+
+    Draws draw;
 };
 
 TEST_F(Rule, AWriteSendsTheWholeEntry)
@@ -93,45 +96,36 @@ TEST_F(Rule, AWriteSendsTheWholeEntry)
     ASSERT_EQ(kDrivers.size(), 80U);
     ASSERT_EQ(kCallers.size(), kCallersSize);
     EXPECT_EQ(sent_for(kCallers), kDrivers);
-    prove(
-        WR_RULE_ENTRY, [&] { return caller.put(kCallers); }, kWrites);
-    expect_sets(WR_RULE_ENTRY, kCallers, kWrites);
+    prove_record(WR_RULE_ENTRY, kCallers, kWrites, kCallers);
 }
 
 TEST_F(Rule, AnEmptyWriteSendsAnEnabledEntryWithNothingInIt)
 {
     Bytes sent = index_alone(0x2A);
     sent[76] = 1;
-    expect_sets(WR_RULE_ENTRY, byte(0x2A) + Bytes(kCallersSize - 1, '\0'),
-                {opens_to_write(), record_write(0x6B6B, sent), closes()});
+    const Bytes empty = byte(0x2A) + zeros(kCallersSize - 1);
+    expect_calls(WR_RULE_ENTRY, empty, {opens_to_write(), record_write(0x6B6B, sent), closes()},
+                 empty);
 }
 
 TEST_F(Rule, AReportGivesTheWholeEntry)
 {
-    const auto prepare = [&] {
-        board.fpga.rules = {{0x2A, kDrivers}};
-        return caller.put(kCallers);
-    };
-    prove(RD_RULE_ENTRY, prepare, kReads);
-    Bytes expected = kCallers.substr(0, 38) + Bytes(kCallersSize - 38, '\0');
+    board.fpga.rules = {{0x2A, kDrivers}};
+    Bytes expected = kCallers.substr(0, 38) + zeros(kCallersSize - 38);
     expected[1] = 1;
     bytes_put(expected, 34, hex("00 01 01 01"));
-    EXPECT_EQ(run(RD_RULE_ENTRY, kCallers), expected);
+    prove_record(RD_RULE_ENTRY, kCallers, kReads, expected);
     EXPECT_EQ(board.fpga.rules[0x2A], kDrivers);
-}
-
-TEST_F(Rule, AFailedReportLeavesTheCallersBuffer)
-{
-    board.fpga.rules[0x2A] = kDrivers;
-    expect_untouched_on_failure(RD_RULE_ENTRY, kCallers, kReads);
+    expect_kept(RD_RULE_ENTRY, kCallers);
 }
 
 TEST_F(Rule, AFailedWriteLeavesTheEntry)
 {
     board.fpga.rules[0x2A] = kDrivers;
     board.fpga.results[0x6B6B] = -1;
-    run(WR_RULE_ENTRY, byte(0x2A) + Bytes(kCallersSize - 1, '\x77'), -4);
-    run(WR_RULE_DELETE, byte(0x2A), -4);
+    const Bytes record = byte(0x2A) + Bytes(kCallersSize - 1, '\x77');
+    expect_run(WR_RULE_ENTRY, record, -4, record);
+    expect_run(WR_RULE_DELETE, byte(0x2A), -4, byte(0x2A));
     EXPECT_EQ(board.fpga.rules[0x2A], kDrivers);
 }
 
@@ -148,30 +142,27 @@ TEST_F(Rule, TheSettersReadNothingBeyondTheirFields)
 TEST_F(Rule, ADeleteSendsTheIndexAlone)
 {
     board.fpga.rules[0x2A] = kDrivers;
-    prove(
-        WR_RULE_DELETE, [&] { return caller.put(byte(0x2A)); }, kDeletes);
-    expect_sets(WR_RULE_DELETE, kCallers, kDeletes);
+    prove_record(WR_RULE_DELETE, byte(0x2A), kDeletes, byte(0x2A));
+    expect_calls(WR_RULE_DELETE, kCallers, kDeletes, kCallers);
     EXPECT_EQ(board.fpga.rules[0x2A], index_alone(0x2A));
-    EXPECT_EQ(run(RD_RULE_ENTRY, kCallers), byte(0x2A) + Bytes(kCallersSize - 1, '\0'));
+    expect_run(RD_RULE_ENTRY, kCallers, 0, byte(0x2A) + zeros(kCallersSize - 1));
 }
 
 TEST_F(Rule, AnIndexAbove127IsRefused)
 {
     for (uint32_t index = 0; index <= 0xFF; ++index) {
-        SCOPED_TRACE(index);
-        Bytes record = kCallers;
-        bytes_put(record, 0, byte(index));
+        SCOPED_TRACE(hex_number(index));
+        const Bytes before = byte(index) + kCallers.substr(1);
         for (const DeviceCommandCode command : {RD_RULE_ENTRY, WR_RULE_ENTRY, WR_RULE_DELETE}) {
             board.fpga.rules.clear();
             if (index > 127) {
-                expect_refused(command, caller.put(record));
-                EXPECT_EQ(caller.get(), record);
+                expect_refused(command, before);
                 continue;
             }
-            run(command, record);
+            EXPECT_EQ(run(command, before), 0);
             EXPECT_EQ(board.fpga.rules.size(), 1U);
             EXPECT_EQ(board.fpga.rules.count(static_cast<uint16_t>(index)), 1U);
-            EXPECT_EQ(byte_at(caller.get(), 0), index);
+            EXPECT_EQ(byte_at(record(), 0), index);
         }
     }
 }
@@ -183,12 +174,12 @@ TEST_F(Rule, TheReportedIndexIsTheDrivers)
         record[0] = '\x9B';
         record[1] = '\x12';
     };
-    EXPECT_EQ(byte_at(run(RD_RULE_ENTRY, kCallers), 0), 0x9B);
+    EXPECT_EQ(byte_at(record_after(RD_RULE_ENTRY, kCallers), 0), 0x9B);
 }
 
 TEST_F(Rule, AnEntryThatIsNotEnabledReportsItsIndexAlone)
 {
-    EXPECT_EQ(reported(76, byte(0)), byte(0x2A) + Bytes(kCallersSize - 1, '\0'));
+    EXPECT_EQ(reported(76, byte(0)), byte(0x2A) + zeros(kCallersSize - 1));
     for (uint32_t enabled = 1; enabled <= 0xFF; ++enabled) {
         const Bytes record = reported(76, byte(enabled));
         EXPECT_EQ(byte_at(record, 1), enabled);
@@ -201,17 +192,17 @@ TEST_F(Rule, EveryPresenceWordSelectsWhatIsReported)
     for_every_word([&](uint16_t present) { reported(2, le16(present)); });
     // Without any: six-byte addresses and switches, which have no bit there.
     EXPECT_EQ(reported(2, le16(0)),
-              hex("2A 01 00 00 00 00 00 00 00 00 00 00 00 00 00 01 02 AB CD EF 01 23") +
-                  Bytes(12, '\0') + hex("00 01 01 01") + Bytes(kCallersSize - 38, '\0'));
+              hex("2A 01 00 00 00 00 00 00 00 00 00 00 00 00 00 01 02 AB CD EF 01 23") + zeros(12) +
+                  hex("00 01 01 01") + zeros(kCallersSize - 38));
 }
 
 TEST_F(Rule, SixByteAddressesAreReportedWhereMarked)
 {
     for (uint32_t mark = 0; mark <= 0xFF; ++mark) {
         EXPECT_EQ(reported(66, byte(mark)).substr(10, 6),
-                  mark == 0 ? Bytes(6, '\0') : hex("00 00 00 00 00 01"));
+                  mark == 0 ? zeros(6) : hex("00 00 00 00 00 01"));
         EXPECT_EQ(reported(67, byte(mark)).substr(16, 6),
-                  mark == 0 ? Bytes(6, '\0') : hex("02 AB CD EF 01 23"));
+                  mark == 0 ? zeros(6) : hex("02 AB CD EF 01 23"));
     }
 }
 
@@ -251,20 +242,21 @@ TEST_F(Rule, ClassCodes1To4AreWritten)
 // 0.10.20.30 is no address, and has no prefix.
 TEST_F(Rule, AnAddressWhoseFirstByteIsZeroIsAbsent)
 {
-    Bytes held = written(2, hex("00 0A 14 1E"));
-    EXPECT_EQ(word_at(held, 2), 0x023D);
-    EXPECT_EQ(held.substr(8, 5), Bytes(5, '\0'));
-    Bytes record = run(RD_RULE_ENTRY, kCallers);
-    EXPECT_EQ(record.substr(2, 4), Bytes(4, '\0'));
-    EXPECT_EQ(byte_at(record, 26), 0);
-
-    held = written(6, hex("00 0A 14 1E"));
-    EXPECT_EQ(word_at(held, 2), 0x023B);
-    EXPECT_EQ(held.substr(16, 5), Bytes(5, '\0'));
-    record = run(RD_RULE_ENTRY, kCallers);
-    EXPECT_EQ(record.substr(6, 4), Bytes(4, '\0'));
-    EXPECT_EQ(byte_at(record, 27), 0);
-
+    struct Row {
+        size_t address; // of the caller's record
+        size_t prefix;
+        size_t held;
+        uint16_t present; // all but this address
+    };
+    for (const auto& [address, prefix, held_at, present] :
+         {Row{2, 26, 8, 0x023D}, Row{6, 27, 16, 0x023B}}) {
+        const Bytes held = written(address, hex("00 0A 14 1E"));
+        EXPECT_EQ(word_at(held, 2), present);
+        EXPECT_EQ(held.substr(held_at, 5), zeros(5));
+        const Bytes report = record_after(RD_RULE_ENTRY, kCallers);
+        EXPECT_EQ(report.substr(address, 4), zeros(4));
+        EXPECT_EQ(byte_at(report, prefix), 0);
+    }
     for (uint32_t first = 1; first <= 0xFF; ++first) {
         EXPECT_EQ(written(2, byte(first) + hex("00 00 00")).substr(8, 5),
                   hex("00 00 00") + byte(first) + hex("18"));
@@ -276,10 +268,10 @@ TEST_F(Rule, AnAddressWhoseFirstByteIsZeroIsAbsent)
 TEST_F(Rule, ASixByteAddressIsPresentWithAnyByte)
 {
     for (const size_t which : {0U, 1U}) {
-        EXPECT_EQ(byte_at(written(10 + 6 * which, Bytes(6, '\0')), 66 + which), 0);
+        EXPECT_EQ(byte_at(written(10 + 6 * which, zeros(6)), 66 + which), 0);
         for (size_t i = 0; i < 6; ++i) {
             for (const uint32_t value : {1U, 0x80U, 0xFFU}) {
-                Bytes address(6, '\0');
+                Bytes address = zeros(6);
                 bytes_put(address, i, byte(value));
                 const Bytes held = written(10 + 6 * which, address);
                 EXPECT_EQ(byte_at(held, 66 + which), 1);
@@ -324,15 +316,15 @@ TEST_F(Rule, WhatWasWrittenIsReportedInItsNormalForm)
         Bytes record = draw_record(kCallersSize);
         record[0] = static_cast<char>(draw() % 128);
         const uint16_t index = byte_at(record, 0);
-        run(WR_RULE_ENTRY, record);
+        ASSERT_EQ(run(WR_RULE_ENTRY, record), 0);
         const Bytes& held = board.fpga.rules[index];
         ASSERT_EQ(held, sent_for(record));
         ASSERT_EQ(word_at(held, 2) & ~0x033F, 0);
-        const Bytes report = run(RD_RULE_ENTRY, record.substr(0, 1) + draw_bytes(495));
+        const Bytes report = record_after(RD_RULE_ENTRY, record.substr(0, 1) + draw.bytes(495));
         ASSERT_EQ(report, normal_form(record));
         // Written again, a report changes nothing.
         const Bytes before = held;
-        run(WR_RULE_ENTRY, report);
+        ASSERT_EQ(run(WR_RULE_ENTRY, report), 0);
         ASSERT_EQ(board.fpga.rules[index], before);
         board.restart();
     }
@@ -344,8 +336,8 @@ TEST_F(Rule, AnyDriversRecordIsReportedByItsPresence)
         Bytes held = draw_record(80);
         bytes_put(held, 0, le16(draw() % 128));
         board.fpga.rules[word_at(held, 0)] = held;
-        const Bytes asked = held.substr(0, 1) + draw_bytes(495);
-        ASSERT_EQ(run(RD_RULE_ENTRY, asked), reported_for(held));
+        const Bytes asked = held.substr(0, 1) + draw.bytes(495);
+        ASSERT_EQ(record_after(RD_RULE_ENTRY, asked), reported_for(held));
         board.restart();
     }
 }

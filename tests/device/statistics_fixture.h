@@ -1,12 +1,12 @@
 // The statistics file on the simulated board, and what a save and a clear make of it.
 #pragma once
 
-#include <random>
-
-#include "device/device_test.h"
+#include "device/command_test.h"
+#include "device/record_bytes.h"
 
 constexpr const char* kFile = "/conf/statistics";
 constexpr uint32_t kPorts = 30;
+constexpr size_t kFileSize = 496;
 
 using Counters = std::map<std::pair<uint32_t, uint32_t>, uint32_t>;
 
@@ -22,16 +22,12 @@ constexpr Stream kStreams[] = {{"A", 1, 128, 376}, {"B", 65, 8, 256}};
 
 inline uint32_t total_at(const Bytes& file, size_t offset)
 {
-    uint32_t word = 0;
-    for (size_t i = 4; i-- > 0;) {
-        word = word << 8 | static_cast<uint8_t>(file.at(offset + i));
-    }
-    return word;
+    return word_at(file, offset) | static_cast<uint32_t>(word_at(file, offset + 2)) << 16;
 }
 
 inline void total_put(Bytes& file, size_t offset, uint32_t word)
 {
-    file.replace(offset, 4, le32(word));
+    bytes_put(file, offset, le32(word));
 }
 
 // 124 random words, the remainders within their range.
@@ -86,30 +82,15 @@ inline Bytes saved(Bytes file, const Counters& counters, uint64_t overhead)
 
 inline Bytes cleared(const Bytes& file)
 {
-    return file.substr(0, 8) + Bytes(240, '\0') + file.substr(248, 8) + Bytes(240, '\0');
+    return file.substr(0, 8) + zeros(240) + file.substr(248, 8) + zeros(240);
 }
 
-class StatisticsTest : public DeviceTest
+const Bytes kCallers = untouched(kFileSize);
+
+class StatisticsTest : public CommandTest
 {
   protected:
-    // The caller's buffer between guards.
-    void* caller_put()
-    {
-        memory_ = Bytes(16, '\x5A') + Bytes(496, '\xC3') + Bytes(16, '\x5A');
-        return memory_.data() + 16;
-    }
-
-    // The caller's buffer, after a check that nothing was written around it.
-    [[nodiscard]] Bytes caller_get() const
-    {
-        EXPECT_EQ(memory_.substr(0, 16), Bytes(16, '\x5A'));
-        EXPECT_EQ(memory_.substr(16 + 496), Bytes(16, '\x5A'));
-        return memory_.substr(16, 496);
-    }
-
-    int32_t run(DeviceCommandCode command) { return Fpga_Register_Set(command, caller_put()); }
-
-    void put(const Bytes& file, const Counters& counters, uint16_t word = 0)
+    void board_put(const Bytes& file, const Counters& counters, uint16_t word = 0)
     {
         board.restart();
         board.file_put(kFile, file);
@@ -120,11 +101,8 @@ class StatisticsTest : public DeviceTest
     // Runs a command that must succeed; file and caller's buffer must then be the same bytes.
     Bytes run_well(DeviceCommandCode command)
     {
-        EXPECT_EQ(run(command), 0);
-        EXPECT_EQ(board.file_get(kFile), caller_get());
-        return caller_get();
+        const Bytes after = record_after(command, kCallers);
+        EXPECT_EQ(board.file_get(kFile), after);
+        return after;
     }
-
-  private:
-    Bytes memory_;
 };

@@ -41,8 +41,8 @@ TEST_F(StatisticsTest, ReadsTheFourCountersOfEachPortWithAnOpenEach)
     ASSERT_EQ(save_course().size(), 2U + 3 + 360 + 3);
     ASSERT_EQ(clear_course().size(), 2U + 360 + 3);
     // The first and the last calls, letter by letter.
-    put(file_sample(), counters_sample(1));
-    EXPECT_EQ(run(WR_STATISTICS_SAVE), 0);
+    board_put(file_sample(), counters_sample(1));
+    EXPECT_EQ(run(WR_STATISTICS_SAVE, kCallers), 0);
     const Trace calls = board.calls;
     ASSERT_EQ(calls.size(), 368U);
     const std::string opens = "open /dev/fpga O_RDWR|O_NONBLOCK";
@@ -73,26 +73,11 @@ TEST_F(StatisticsTest, ReadsTheFourCountersOfEachPortWithAnOpenEach)
                      "close /conf/statistics"}));
 }
 
-TEST_F(StatisticsTest, SaveTakesItsCourseAndEveryFailureHasItsCode)
+TEST_F(StatisticsTest, EachTakesItsCourseAndEveryFailureHasItsCode)
 {
-    prove(
-        WR_STATISTICS_SAVE,
-        [this] {
-            board.file_put(kFile, file_sample());
-            return caller_put();
-        },
-        save_course());
-}
-
-TEST_F(StatisticsTest, ClearTakesItsCourseAndEveryFailureHasItsCode)
-{
-    prove(
-        WR_STATISTICS_CLEAR,
-        [this] {
-            board.file_put(kFile, file_sample());
-            return caller_put();
-        },
-        clear_course());
+    device_put = [this] { board.file_put(kFile, file_sample()); };
+    prove(WR_STATISTICS_SAVE, with(kCallers), save_course());
+    prove(WR_STATISTICS_CLEAR, with(kCallers), clear_course());
 }
 
 // Layout ------------------------------------------------------------------------------------
@@ -120,15 +105,15 @@ TEST_F(StatisticsTest, EachCounterHasItsPlaceInTheFile)
 {
     const Bytes before = file_sample();
     for (const Place& place : kPlaces) {
-        SCOPED_TRACE(place.index);
-        put(before, {{{place.index, 32}, 0x01020304}});
+        SCOPED_TRACE(hex_number(place.index));
+        board_put(before, {{{place.index, 32}, 0x01020304}});
         Bytes after = before;
         const uint32_t sum = 0x01020304 + total_at(before, place.rest);
         total_put(after, place.kib, total_at(before, place.kib) + sum / 1024);
         total_put(after, place.rest, sum % 1024);
         EXPECT_EQ(run_well(WR_STATISTICS_SAVE), after);
 
-        put(before, {{{place.index, 33}, 1024}}); // 18 KiB
+        board_put(before, {{{place.index, 33}, 1024}}); // 18 KiB
         after = before;
         total_put(after, place.kib, total_at(before, place.kib) + 18);
         EXPECT_EQ(run_well(WR_STATISTICS_SAVE), after);
@@ -145,7 +130,7 @@ TEST_F(StatisticsTest, CountersThatAreNobodysAreNotRead)
         others[{index, 0}] = others[{index, 31}] = others[{index, 34}] = 5000;
     }
     for (const DeviceCommandCode command : {WR_STATISTICS_SAVE, WR_STATISTICS_CLEAR}) {
-        put(cleared(file_sample()), others);
+        board_put(cleared(file_sample()), others);
         EXPECT_EQ(run_well(command), cleared(file_sample()));
         for (const auto& [key, count] : others) {
             EXPECT_EQ(board.fpga.counters[key], count);
@@ -200,12 +185,13 @@ TEST_F(StatisticsTest, SaveAddsBytesAndItemsToEveryTotal)
         for (const Stream& stream : kStreams) {
             for (const uint32_t i : {0U, 16U, 29U}) {
                 SCOPED_TRACE(std::string("stream ") + stream.name + " port " +
-                             std::to_string(i + 1) + " bytes " + std::to_string(sum.bytes) +
-                             " items " + std::to_string(sum.items));
+                             std::to_string(i + 1) + " bytes " + hex_number(sum.bytes) + " items " +
+                             hex_number(sum.items));
                 Bytes file = file_sample();
                 total_put(file, stream.kib + 4 * i, sum.kib);
                 total_put(file, stream.rest + 4 * i, sum.rest);
-                put(file,
+                board_put(
+                    file,
                     {{{stream.index + i, 32}, sum.bytes}, {{stream.index + i, 33}, sum.items}},
                     sum.word);
                 total_put(file, stream.kib + 4 * i, sum.kib_after);
@@ -219,7 +205,7 @@ TEST_F(StatisticsTest, SaveAddsBytesAndItemsToEveryTotal)
 TEST_F(StatisticsTest, TheDriverMayFill496BytesForTheWord)
 {
     const Bytes file = file_sample();
-    put(file, counters_sample(5), 0x0100);
+    board_put(file, counters_sample(5), 0x0100);
     board.fpga.filled[0x6B03] = 496;
     EXPECT_EQ(run_well(WR_STATISTICS_SAVE), saved(file, counters_sample(5), 26));
 }
@@ -232,7 +218,7 @@ TEST_F(StatisticsTest, SavesFollowTheModel)
         SCOPED_TRACE(round);
         const Counters counters = counters_sample(round);
         const auto word = static_cast<uint16_t>(random());
-        put(file, counters, word);
+        board_put(file, counters, word);
         file = saved(file, counters, (word & 0x0100) != 0 ? 26 : 18);
         ASSERT_EQ(run_well(WR_STATISTICS_SAVE), file);
         for (const auto& [key, count] : board.fpga.counters) {
@@ -247,7 +233,7 @@ TEST_F(StatisticsTest, ClearZeroesEveryTotalAndEveryCounter)
 {
     for (uint32_t round = 0; round < 20; ++round) {
         const Bytes file = round == 0 ? Bytes(496, '\xFF') : file_sample(round);
-        put(file, counters_sample(round), static_cast<uint16_t>(round << 8));
+        board_put(file, counters_sample(round), static_cast<uint16_t>(round << 8));
         EXPECT_EQ(run_well(WR_STATISTICS_CLEAR), cleared(file));
         EXPECT_EQ(board.fpga.counters.size(), 120U);
         for (const auto& [key, count] : board.fpga.counters) {
@@ -267,7 +253,7 @@ TEST_F(StatisticsTest, KeepsTheWordsThatAreNotItsOwn)
             for (const size_t offset : {0U, 4U, 248U, 252U}) {
                 total_put(file, offset, kept + static_cast<uint32_t>(offset));
             }
-            put(file, counters_sample(3));
+            board_put(file, counters_sample(3));
             const Bytes after = run_well(command);
             EXPECT_EQ(after.substr(0, 8), file.substr(0, 8));
             EXPECT_EQ(after.substr(248, 8), file.substr(248, 8));
