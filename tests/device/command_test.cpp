@@ -14,7 +14,8 @@ void* CommandTest::put(const Bytes& record)
 {
     EXPECT_LE(record.size(), kRecordMax);
     size_ = record.size();
-    (guard() + record + guard()).copy(memory_, sizeof memory_);
+    memset(memory_, kUntouched, sizeof memory_);
+    record.copy(memory_ + kGuard, size_);
     return memory_ + kGuard;
 }
 
@@ -44,7 +45,10 @@ std::function<void*()> CommandTest::with(const Bytes& record)
 
 int32_t CommandTest::run(DeviceCommandCode command, const Bytes& record)
 {
-    with(record)();
+    if (device_put) {
+        device_put();
+    }
+    put(record);
     return run(command);
 }
 
