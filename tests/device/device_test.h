@@ -59,7 +59,7 @@ class DeviceTest : public BoardTest
     //   - for each call that fails in the first run only: the open descriptors are closed, then
     //     usleep(1), then the whole course; the result is the second run's;
     //   - for each call that fails in both runs: twice as far as that call, and that call's
-    //     failure as result (a bad argument, and command 62, end after the first run);
+    //     failure as result (a bad argument, and RD_DEVICE_WORD_40, end after the first run);
     //   - a failure that the command ignores changes nothing in the course.
     // No run leaves a descriptor.
     void prove(DeviceCommandCode command, const std::function<void*()>& prepare,
