@@ -26,7 +26,7 @@ class IdEntryTest : public CommandTest
 {
   protected:
     // None of these commands changes its record.
-    void expect(DeviceCommandCode command, const Bytes& entry, int32_t result)
+    void expect_result(DeviceCommandCode command, const Bytes& entry, int32_t result)
     {
         expect_run(command, entry, result, entry);
     }
@@ -61,19 +61,19 @@ TEST_F(IdEntryTest, CallersFieldOutOfRangeIsUnmappedAfterTheReadAndRetried)
 TEST_F(IdEntryTest, ReadFailureCountsBeforeTheCallersFields)
 {
     board.fpga.results[0x6B4A] = -1;
-    expect(RD_ID_ENTRY, entry_of(kId, 0, 0, 4096, 8), -2);
-    expect(RD_ID_ENTRY, entry_of(kId, 0, 0, 0, 0), -2);
+    expect_result(RD_ID_ENTRY, entry_of(kId, 0, 0, 4096, 8), -2);
+    expect_result(RD_ID_ENTRY, entry_of(kId, 0, 0, 0, 0), -2);
     board.fpga_present = false;
-    expect(RD_ID_ENTRY, entry_of(kId, 0, 0, 4096, 8), -1);
+    expect_result(RD_ID_ENTRY, entry_of(kId, 0, 0, 4096, 8), -1);
 }
 
 TEST_F(IdEntryTest, ChecksEveryValueOfTheCallersFields)
 {
     board.fpga.id_entries[kId] = kHeld;
     for_every_word([this](uint16_t value) {
-        expect(RD_ID_ENTRY, entry_of(kId, 0, value, 0, 0), 0);
-        expect(RD_ID_ENTRY, entry_of(kId, 0, 0, value, 0), value < 4096 ? 0 : -3);
-        expect(RD_ID_ENTRY, entry_of(kId, 0, 0, 0, value), value < 8 ? 0 : -3);
+        expect_result(RD_ID_ENTRY, entry_of(kId, 0, value, 0, 0), 0);
+        expect_result(RD_ID_ENTRY, entry_of(kId, 0, 0, value, 0), value < 4096 ? 0 : -3);
+        expect_result(RD_ID_ENTRY, entry_of(kId, 0, 0, 0, value), value < 8 ? 0 : -3);
     });
 }
 
@@ -103,7 +103,7 @@ TEST_F(IdEntryTest, MaskSelectsTheFields)
         if (mask == 0 || (mask & 0x04) != 0) {
             expected.replace(8, 2, given, 4, 2);
         }
-        expect(WR_ID_ENTRY, entry_of(kId, mask, 0x1234, 0x0567, 5), 0);
+        expect_result(WR_ID_ENTRY, entry_of(kId, mask, 0x1234, 0x0567, 5), 0);
         EXPECT_EQ(board.fpga.id_entries[kId], expected);
     }
 }
@@ -127,10 +127,10 @@ TEST_F(IdEntryTest, SelectedFieldOutOfRangeIsRefusedAfterTheRead)
 
 TEST_F(IdEntryTest, FieldThatIsNotSelectedMayHoldAnything)
 {
-    expect(WR_ID_ENTRY, entry_of(kId, 0x01, 1, 5000, 9), 0);
-    expect(WR_ID_ENTRY, entry_of(kId, 0x02, 1, 4095, 8), 0);
-    expect(WR_ID_ENTRY, entry_of(kId, 0x04, 1, 4096, 7), 0);
-    expect(WR_ID_ENTRY, entry_of(kId, 0xF8, 1, 4096, 8), 0); // selects none
+    expect_result(WR_ID_ENTRY, entry_of(kId, 0x01, 1, 5000, 9), 0);
+    expect_result(WR_ID_ENTRY, entry_of(kId, 0x02, 1, 4095, 8), 0);
+    expect_result(WR_ID_ENTRY, entry_of(kId, 0x04, 1, 4096, 7), 0);
+    expect_result(WR_ID_ENTRY, entry_of(kId, 0xF8, 1, 4096, 8), 0); // selects none
     EXPECT_EQ(board.fpga.id_entries[kId],
               le16(kId) + le16(1) + le16(0) + le16(4095) + le16(7) + le16(0));
 }
@@ -139,18 +139,18 @@ TEST_F(IdEntryTest, WritesEveryValueInRange)
 {
     for_every_word([this](uint16_t value) {
         board.fpga.id_entries[kId] = kHeld;
-        expect(WR_ID_ENTRY, entry_of(kId, 1, value, 0, 0), 0);
+        expect_result(WR_ID_ENTRY, entry_of(kId, 1, value, 0, 0), 0);
         Bytes expected = kHeld;
         expected.replace(2, 2, le16(value));
         EXPECT_EQ(board.fpga.id_entries[kId], expected) << value;
 
-        expect(WR_ID_ENTRY, entry_of(kId, 2, 0, value, 0), value < 4096 ? 0 : -5);
+        expect_result(WR_ID_ENTRY, entry_of(kId, 2, 0, value, 0), value < 4096 ? 0 : -5);
         if (value < 4096) {
             expected.replace(6, 2, le16(value));
         }
         EXPECT_EQ(board.fpga.id_entries[kId], expected) << value;
 
-        expect(WR_ID_ENTRY, entry_of(kId, 4, 0, 0, value), value < 8 ? 0 : -5);
+        expect_result(WR_ID_ENTRY, entry_of(kId, 4, 0, 0, value), value < 8 ? 0 : -5);
         if (value < 8) {
             expected.replace(8, 2, le16(value));
         }
@@ -164,7 +164,7 @@ TEST_F(IdEntryTest, KeepsWhateverTheDeviceHoldsInTheRestOfTheEntry)
         const auto other = static_cast<uint16_t>(~held);
         board.fpga.id_entries[kId] =
             le16(kId) + le16(held) + le16(other) + le16(held) + le16(held) + le16(held ^ 0x5A5AU);
-        expect(WR_ID_ENTRY, entry_of(kId, 2, 1, 0x0ABC, 1), 0);
+        expect_result(WR_ID_ENTRY, entry_of(kId, 2, 1, 0x0ABC, 1), 0);
         EXPECT_EQ(board.fpga.id_entries[kId], le16(kId) + le16(held) + le16(other) + le16(0x0ABC) +
                                                   le16(held) + le16(held ^ 0x5A5AU))
             << held;
@@ -177,9 +177,9 @@ TEST_F(IdEntryTest, TakesEachIdentifierOfTheRangeAlone)
         board.recording = id < 40;
         board.restart();
         const bool valid = id >= 1 && id <= 30;
-        expect(RD_ID_ENTRY, entry_of(id, 0, 0, 0, 0), valid ? 0 : -5);
+        expect_result(RD_ID_ENTRY, entry_of(id, 0, 0, 0, 0), valid ? 0 : -5);
         EXPECT_EQ(board.call_count(), valid ? 3U : 0U) << id;
-        expect(WR_ID_ENTRY, entry_of(id, 0, 1, 2, 3), valid ? 0 : -5);
+        expect_result(WR_ID_ENTRY, entry_of(id, 0, 1, 2, 3), valid ? 0 : -5);
         EXPECT_EQ(board.call_count(), valid ? 7U : 0U) << id;
     }
     board.recording = true;

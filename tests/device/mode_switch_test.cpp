@@ -123,13 +123,13 @@ TEST_F(ModeSwitch, WritesItsBitsAloneForEveryValueOfTheWordAndOfEachRegister)
         EXPECT_EQ(places(), (Places{static_cast<uint16_t>(value & 0xFFFC),
                                     static_cast<uint16_t>(other | 0x0007),
                                     static_cast<uint16_t>(third | 0x0005)}))
-            << value;
+            << hex_number(value);
         place({value, other, third});
         mode_write(0);
         EXPECT_EQ(places(), (Places{static_cast<uint16_t>(value | 0x0003),
                                     static_cast<uint16_t>(other & 0xFFF8),
                                     static_cast<uint16_t>(third & 0xFFFA)}))
-            << value;
+            << hex_number(value);
     });
 }
 
@@ -147,18 +147,20 @@ TEST_F(ModeSwitch, OneAloneSwitchesOnAndIsReadBack)
 
 TEST_F(ModeSwitch, FailedWriteKeepsTheEarlierOnes)
 {
-    const Places before{0x0003, 0x0000, 0x0000};
     const struct {
         size_t call; // open 1, reads 2..4, writes 5..7
         int32_t result;
         Places after;
-    } cases[] = {{1, -1, {0x0003, 0x0000, 0x0000}}, {2, -2, {0x0003, 0x0000, 0x0000}},
-                 {3, -2, {0x0003, 0x0000, 0x0000}}, {4, -2, {0x0003, 0x0000, 0x0000}},
-                 {5, -4, {0x0003, 0x0000, 0x0000}}, {6, -4, {0x0000, 0x0000, 0x0000}},
+    } cases[] = {{1, -1, kOff},
+                 {2, -2, kOff},
+                 {3, -2, kOff},
+                 {4, -2, kOff},
+                 {5, -4, kOff},
+                 {6, -4, {0x0000, 0x0000, 0x0000}},
                  {7, -4, {0x0000, 0x0007, 0x0000}}};
     for (const auto& [call, result, after] : cases) {
         SCOPED_TRACE(call);
-        place(before);
+        place(kOff);
         board.restart();
         fail_in_both_runs(call, call == 1 ? 0 : 1);
         mode_write(1, result);
