@@ -1,6 +1,5 @@
 // The address entries of peers and of the appliance itself.
-#include "device/caller_record.h"
-#include "device/device_test.h"
+#include "device/command_test.h"
 
 namespace
 {
@@ -10,7 +9,9 @@ constexpr uint32_t kPeer = 12;
 constexpr uint32_t kOutside[] = {0, 31, 32, 0x0000010C, 0x0001000C, 0x8000000C, 0xFFFFFFFF};
 
 const Bytes kValue = hex("0A 00 00 01");
+const Bytes kNumber = le32(0x0A000001);
 const Bytes kSet = hex("0A 00 00 01 C0 A8 12 34 80 7F FE 01 11 22 33 44");
+const Bytes kNumbers = le32(0x0A000001) + le32(0xC0A81234) + le32(0x807FFE01) + le32(0x11223344);
 
 // What the parts of a caller's record hold before a report, all different from each other.
 const Bytes kUnused16 = hex("E0 E1 E2 E3 E4 E5 E6 E7 E8 E9 EA EB EC ED EE EF");
@@ -40,177 +41,72 @@ Bytes reversed_fours(Bytes bytes)
     return bytes;
 }
 
-class AddressEntryTest : public DeviceTest
+class AddressEntryTest : public CommandTest
 {
   protected:
-    // Prepares a run of a command on such a record.
-    std::function<void*()> with(const Bytes& start)
-    {
-        return [this, start] {
-            record = CallerRecord(start);
-            return record.pointer();
-        };
-    }
-
-    int32_t run(DeviceCommandCode command, const Bytes& start)
-    {
-        record = CallerRecord(start);
-        return Fpga_Register_Set(command, record.pointer());
-    }
-
-    void expect_record(const Bytes& start) const
-    {
-        EXPECT_EQ(record.bytes(), untouched_after(start));
-    }
-
     // A command that returns 0 and makes no call at all.
     void expect_nothing_done(DeviceCommandCode command, const Bytes& start)
     {
-        record = CallerRecord(start);
-        expect_course(command, record.pointer(), {});
-        expect_record(start);
+        expect_course(command, put(start), {});
+        EXPECT_EQ(record(), start);
     }
-
-    CallerRecord record;
 };
 
-TEST_F(AddressEntryTest, ReadsTheValueOfAPeer)
-{
-    board.fpga.addresses[kPeer] = le32(0x0A000001);
-    prove(RD_ADDR_ENTRY, with(entry_of(kOwn, kPeer, kOldValue)),
-          {opens_to_read(), record_read(0x6B39, le32(kPeer) + zeros(32)), closes()});
-    EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, kPeer, kOldValue)), 0);
-    expect_record(entry_of(kOwn, kPeer, hex("0A 00 00 01"), le32(0x0A000001)));
-}
-
-TEST_F(AddressEntryTest, ReadsTheOwnValueIntoTheCallersBytes)
+TEST_F(AddressEntryTest, ReportsAreOneRequest)
 {
     board.fpga.own_address = kValue;
-    prove(RD_ADDR_ENTRY, with(entry_of(kOwn, kOwn, kOldValue)),
-          {opens_to_read(), record_read(0x6B23, kOldValue), closes()});
-    EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, kOwn, kOldValue)), 0);
-    expect_record(entry_of(kOwn, kOwn, hex("0A 00 00 01"), le32(0x0A000001)));
-}
-
-TEST_F(AddressEntryTest, WritesTheValueOfAPeerAsANumber)
-{
-    prove(WR_ADDR_ENTRY, with(entry_of(kOwn, kPeer, kValue)),
-          {opens_to_write(),
-           record_write(0x6B3A, le32(kPeer) + le32(1) + le32(0x0A000001) + zeros(24)), closes()});
-    EXPECT_EQ(run(WR_ADDR_ENTRY, entry_of(kOwn, kPeer, kValue)), 0);
-    EXPECT_EQ(board.fpga.addresses[kPeer], le32(0x0A000001));
-    expect_record(entry_of(kOwn, kPeer, kValue));
-}
-
-TEST_F(AddressEntryTest, WritesTheOwnValueFromTheCallersBytes)
-{
-    prove(WR_ADDR_ENTRY, with(entry_of(kOwn, kOwn, kValue)),
-          {opens_to_write(), record_write(0x6B24, hex("0A 00 00 01")), closes()});
-    EXPECT_EQ(run(WR_ADDR_ENTRY, entry_of(kOwn, kOwn, kValue)), 0);
-    EXPECT_EQ(board.fpga.own_address, kValue);
-    EXPECT_TRUE(board.fpga.addresses.empty());
-    expect_record(entry_of(kOwn, kOwn, kValue));
-}
-
-TEST_F(AddressEntryTest, WritesTheRawValueOfAPeerInTheOrderOfItsBytes)
-{
-    prove(WR_ADDR_ENTRY_VALUE, with(entry_of(kOwn, kPeer, kValue)),
-          {opens_to_write(),
-           record_write(0x6B3A, le32(kPeer) + le32(0) + hex("0A 00 00 01") + zeros(24)), closes()});
-    EXPECT_EQ(run(WR_ADDR_ENTRY_VALUE, entry_of(kOwn, kPeer, kValue)), 0);
-    EXPECT_EQ(board.fpga.addresses[kPeer], kValue);
-    expect_record(entry_of(kOwn, kPeer, kValue));
-}
-
-TEST_F(AddressEntryTest, ReadsTheSetOfAPeer)
-{
-    board.fpga.address_sets[kPeer] =
-        le32(0x0A000001) + le32(0xC0A81234) + le32(0x807FFE01) + le32(0x11223344);
-    prove(RD_ADDR_SET, with(set_of(kOwn, kPeer, kOldSet)),
-          {opens_to_read(), record_read(0x6B5E, le32(kPeer) + zeros(32)), closes()});
-    EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, kPeer, kOldSet)), 0);
-    expect_record(
-        set_of(kOwn, kPeer, kSet,
-               le32(0x0A000001) + le32(0xC0A81234) + le32(0x807FFE01) + le32(0x11223344)));
-}
-
-TEST_F(AddressEntryTest, ReadsTheOwnSetWithItsNumbersInTheOppositeByteOrder)
-{
+    board.fpga.addresses[kPeer] = kNumber;
     board.fpga.own_address_set = kSet;
-    prove(RD_ADDR_SET, with(set_of(kOwn, kOwn, kOldSet)),
-          {opens_to_read(), record_read(0x6B5C, kOldSet), closes()});
-    EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, kOwn, kOldSet)), 0);
-    expect_record(
-        set_of(kOwn, kOwn, kSet,
-               le32(0x0100000A) + le32(0x3412A8C0) + le32(0x01FE7F80) + le32(0x44332211)));
-}
-
-TEST_F(AddressEntryTest, WritesTheSetOfAPeerAsNumbers)
-{
-    const Bytes numbers = le32(0x0A000001) + le32(0xC0A81234) + le32(0x807FFE01) + le32(0x11223344);
-    prove(WR_ADDR_SET, with(set_of(kOwn, kPeer, kSet)),
-          {opens_to_write(),
-           record_write(0x6B5F, le32(kPeer) + le32(1) + zeros(4) + numbers + zeros(8)), closes()});
-    EXPECT_EQ(run(WR_ADDR_SET, set_of(kOwn, kPeer, kSet)), 0);
-    EXPECT_EQ(board.fpga.address_sets[kPeer], numbers);
-    expect_record(set_of(kOwn, kPeer, kSet));
-}
-
-TEST_F(AddressEntryTest, WritesTheOwnSetFromTheCallersBytes)
-{
-    prove(WR_ADDR_SET, with(set_of(kOwn, kOwn, kSet)),
-          {opens_to_write(), record_write(0x6B5D, kSet), closes()});
-    EXPECT_EQ(run(WR_ADDR_SET, set_of(kOwn, kOwn, kSet)), 0);
-    EXPECT_EQ(board.fpga.own_address_set, kSet);
-    EXPECT_TRUE(board.fpga.address_sets.empty());
-    expect_record(set_of(kOwn, kOwn, kSet));
-}
-
-TEST_F(AddressEntryTest, WritesTheRawSetOfAPeerInTheOrderOfItsBytes)
-{
-    prove(WR_ADDR_SET_VALUE, with(set_of(kOwn, kPeer, kSet)),
-          {opens_to_write(),
-           record_write(0x6B5F, le32(kPeer) + le32(0) + zeros(4) + kSet + zeros(8)), closes()});
-    EXPECT_EQ(run(WR_ADDR_SET_VALUE, set_of(kOwn, kPeer, kSet)), 0);
-    EXPECT_EQ(board.fpga.address_sets[kPeer], kSet);
-    expect_record(set_of(kOwn, kPeer, kSet));
-}
-
-TEST_F(AddressEntryTest, FailedReportLeavesTheRecord)
-{
-    board.fpga.own_address = kValue;
-    board.fpga.own_address_set = kSet;
-    board.fpga.addresses[kPeer] = kValue;
-    board.fpga.address_sets[kPeer] = kSet;
-    for (const uint32_t request : {0x6B23U, 0x6B39U, 0x6B5CU, 0x6B5EU}) {
-        board.fpga.results[request] = -1;
-    }
-    for (const bool present : {true, false}) {
-        board.fpga_present = present;
-        const int32_t failure = present ? -2 : -1;
-        for (const uint32_t id : {kOwn, kPeer}) {
-            EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, id, kOldValue)), failure);
-            expect_record(entry_of(kOwn, id, kOldValue));
-            EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, id, kOldSet)), failure);
-            expect_record(set_of(kOwn, id, kOldSet));
-        }
+    board.fpga.address_sets[kPeer] = kNumbers;
+    // A set's own numbers are in the opposite byte order.
+    const Bytes own_numbers =
+        le32(0x0100000A) + le32(0x3412A8C0) + le32(0x01FE7F80) + le32(0x44332211);
+    const struct {
+        DeviceCommandCode command;
+        Bytes before;
+        Step request;
+        Bytes after;
+    } rows[] = {
+        {RD_ADDR_ENTRY, entry_of(kOwn, kPeer, kOldValue),
+         record_read(0x6B39, le32(kPeer) + zeros(32)), entry_of(kOwn, kPeer, kValue, kNumber)},
+        {RD_ADDR_ENTRY, entry_of(kOwn, kOwn, kOldValue), record_read(0x6B23, kOldValue),
+         entry_of(kOwn, kOwn, kValue, kNumber)},
+        {RD_ADDR_SET, set_of(kOwn, kPeer, kOldSet), record_read(0x6B5E, le32(kPeer) + zeros(32)),
+         set_of(kOwn, kPeer, kSet, kNumbers)},
+        {RD_ADDR_SET, set_of(kOwn, kOwn, kOldSet), record_read(0x6B5C, kOldSet),
+         set_of(kOwn, kOwn, kSet, own_numbers)},
+    };
+    for (const auto& [command, before, request, after] : rows) {
+        SCOPED_TRACE(request.call);
+        prove_record(command, before, {opens_to_read(), request, closes()}, after);
+        expect_kept(command, before);
     }
 }
 
-// A driver that answers with a positive number has not failed.
-TEST_F(AddressEntryTest, PositiveResultOfTheDriverIsSuccess)
+TEST_F(AddressEntryTest, SettersAreOneRequest)
 {
-    for (const uint32_t request :
-         {0x6B23U, 0x6B24U, 0x6B39U, 0x6B3AU, 0x6B5CU, 0x6B5DU, 0x6B5EU, 0x6B5FU}) {
-        board.fpga.results[request] = 3;
-    }
-    for (const uint32_t id : {kOwn, kPeer}) {
-        EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, id, kValue)), 0);
-        EXPECT_EQ(run(WR_ADDR_ENTRY, entry_of(kOwn, id, kValue)), 0);
-        EXPECT_EQ(run(WR_ADDR_ENTRY_VALUE, entry_of(kOwn, id, kValue)), 0);
-        EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, id, kSet)), 0);
-        EXPECT_EQ(run(WR_ADDR_SET, set_of(kOwn, id, kSet)), 0);
-        EXPECT_EQ(run(WR_ADDR_SET_VALUE, set_of(kOwn, id, kSet)), 0);
+    const Bytes entry = entry_of(kOwn, kPeer, kValue);
+    const Bytes own_entry = entry_of(kOwn, kOwn, kValue);
+    const Bytes set = set_of(kOwn, kPeer, kSet);
+    const Bytes own_set = set_of(kOwn, kOwn, kSet);
+    const struct {
+        DeviceCommandCode command;
+        Bytes before;
+        Step request;
+    } rows[] = {
+        {WR_ADDR_ENTRY, entry,
+         record_write(0x6B3A, le32(kPeer) + le32(1) + le32(0x0A000001) + zeros(24))},
+        {WR_ADDR_ENTRY, own_entry, record_write(0x6B24, hex("0A 00 00 01"))},
+        {WR_ADDR_ENTRY_VALUE, entry,
+         record_write(0x6B3A, le32(kPeer) + le32(0) + hex("0A 00 00 01") + zeros(24))},
+        {WR_ADDR_SET, set,
+         record_write(0x6B5F, le32(kPeer) + le32(1) + zeros(4) + kNumbers + zeros(8))},
+        {WR_ADDR_SET, own_set, record_write(0x6B5D, kSet)},
+        {WR_ADDR_SET_VALUE, set,
+         record_write(0x6B5F, le32(kPeer) + le32(0) + zeros(4) + kSet + zeros(8))},
+    };
+    for (const auto& [command, before, request] : rows) {
+        prove_record(command, before, {opens_to_write(), request, closes()}, before);
     }
 }
 
@@ -219,14 +115,10 @@ TEST_F(AddressEntryTest, RefusesIdentifiersOutsideTheRangeEvenIfOwn)
     for (const uint32_t id : kOutside) {
         for (const uint32_t own : {kOwn, id}) {
             for (const DeviceCommandCode command : {RD_ADDR_ENTRY, WR_ADDR_ENTRY}) {
-                record = CallerRecord(entry_of(own, id, kOldValue));
-                expect_refused(command, record.pointer());
-                expect_record(entry_of(own, id, kOldValue));
+                expect_refused(command, entry_of(own, id, kOldValue));
             }
             for (const DeviceCommandCode command : {RD_ADDR_SET, WR_ADDR_SET}) {
-                record = CallerRecord(set_of(own, id, kOldSet));
-                expect_refused(command, record.pointer());
-                expect_record(set_of(own, id, kOldSet));
+                expect_refused(command, set_of(own, id, kOldSet));
             }
         }
     }
@@ -266,11 +158,11 @@ TEST_F(AddressEntryTest, AsksForEachIdentifierOfTheRange)
             const bool is_own = own == id;
             const Bytes address =
                 is_own ? board.fpga.own_address : reversed_fours(board.fpga.addresses[id]);
-            EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(own, id, kOldValue)), 0);
-            expect_record(entry_of(own, id, address, reversed_fours(address)));
-            EXPECT_EQ(run(RD_ADDR_SET, set_of(own, id, kOldSet)), 0);
-            expect_record(set_of(own, id, is_own ? kOldNumbers : reversed_fours(kSet),
-                                 is_own ? kOldNumbers : kSet));
+            expect_run(RD_ADDR_ENTRY, entry_of(own, id, kOldValue), 0,
+                       entry_of(own, id, address, reversed_fours(address)));
+            expect_run(RD_ADDR_SET, set_of(own, id, kOldSet), 0,
+                       set_of(own, id, is_own ? kOldNumbers : reversed_fours(kSet),
+                              is_own ? kOldNumbers : kSet));
 
             FpgaModel before = board.fpga;
             EXPECT_EQ(run(WR_ADDR_ENTRY, entry_of(own, id, kValue)), 0);
@@ -311,17 +203,16 @@ TEST_F(AddressEntryTest, EachBitHasItsPlace)
         EXPECT_EQ(run(WR_ADDR_SET, set_of(kOwn, kPeer, bytes)), 0);
         EXPECT_EQ(board.fpga.address_sets[kPeer], reversed_fours(bytes));
 
-        EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, kPeer, kOldValue)), 0);
-        expect_record(entry_of(kOwn, kPeer, first, reversed_fours(first)));
-        EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, kPeer, kOldSet)), 0);
-        expect_record(set_of(kOwn, kPeer, bytes, reversed_fours(bytes)));
+        expect_run(RD_ADDR_ENTRY, entry_of(kOwn, kPeer, kOldValue), 0,
+                   entry_of(kOwn, kPeer, first, reversed_fours(first)));
+        expect_run(RD_ADDR_SET, set_of(kOwn, kPeer, kOldSet), 0,
+                   set_of(kOwn, kPeer, bytes, reversed_fours(bytes)));
 
         EXPECT_EQ(run(WR_ADDR_ENTRY, entry_of(kOwn, kOwn, first)), 0);
-        EXPECT_EQ(run(RD_ADDR_ENTRY, entry_of(kOwn, kOwn, kOldValue)), 0);
-        expect_record(entry_of(kOwn, kOwn, first, reversed_fours(first)));
+        expect_run(RD_ADDR_ENTRY, entry_of(kOwn, kOwn, kOldValue), 0,
+                   entry_of(kOwn, kOwn, first, reversed_fours(first)));
         EXPECT_EQ(run(WR_ADDR_SET, set_of(kOwn, kOwn, bytes)), 0);
-        EXPECT_EQ(run(RD_ADDR_SET, set_of(kOwn, kOwn, kOldSet)), 0);
-        expect_record(set_of(kOwn, kOwn, bytes, bytes));
+        expect_run(RD_ADDR_SET, set_of(kOwn, kOwn, kOldSet), 0, set_of(kOwn, kOwn, bytes, bytes));
     }
 }
 

@@ -1,17 +1,19 @@
 // The bandwidth limit of the line.
 #include <map>
 
-#include "device/caller_record.h"
+#include "device/command_test.h"
 #include "device/phy_course.h"
 
 namespace
 {
 
 // Register values by identifier.
-constexpr uint16_t kNotAt100[21] = {21333, 12800, 6400, 3200, 2133, 1600, 1280, 1066, 914, 800, 711,
-                                    640,   640,   640,  640,  640,  640,  640,  640,  640, 640};
-constexpr uint16_t kAt100[21] = {21333, 12800, 6400, 3200, 2133, 1600, 1280, 1066, 914, 800, 711,
-                                 640,   320,   213,  160,  128,  106,  91,   80,   71,  64};
+constexpr std::array<uint16_t, 21> kNotAt100 = {21333, 12800, 6400, 3200, 2133, 1600, 1280,
+                                                1066,  914,   800,  711,  640,  640,  640,
+                                                640,   640,   640,  640,  640,  640,  640};
+constexpr std::array<uint16_t, 21> kAt100 = {21333, 12800, 6400, 3200, 2133, 1600, 1280,
+                                             1066,  914,   800,  711,  640,  320,  213,
+                                             160,   128,   106,  91,   80,   71,   64};
 
 constexpr std::array<uint16_t, 32> kManual10{0x0100, 0x0004};
 constexpr std::array<uint16_t, 32> kManual100{0x2000, 0x0004};
@@ -26,7 +28,7 @@ Course reading_port0()
     return phy_reading(0, -2, -2);
 }
 
-class Bandwidth : public DeviceTest
+class Bandwidth : public CommandTest
 {
   protected:
     void SetUp() override
@@ -40,51 +42,37 @@ class Bandwidth : public DeviceTest
 
     void use(const std::array<uint16_t, 32>& phy) { board.fpga.phys[9] = phy; }
 
-    int32_t write(uint32_t id)
+    int32_t write(uint32_t id) { return run(WR_BANDWIDTH, le16(id)); }
+
+    // A report's result and what the caller then has.
+    void expect_read(int32_t result, const Bytes& id)
     {
-        record = CallerRecord(le16(id));
-        return Fpga_Register_Set(WR_BANDWIDTH, record.pointer());
+        SCOPED_TRACE("limit " + hex_number(limit));
+        expect_run(RD_BANDWIDTH, kHeld, result, id);
     }
 
-    int32_t read()
-    {
-        record = CallerRecord();
-        return Fpga_Register_Set(RD_BANDWIDTH, record.pointer());
-    }
-
+    const Bytes kHeld = untouched(2);
     uint16_t& limit = board.fpga.registers[0x0012];
-    CallerRecord record;
 };
 
 TEST_F(Bandwidth, WritesAfterReadingThePhyOfPort0)
 {
-    for (const auto& [phy, value] : {std::pair{kManual10, 640}, std::pair{kManual100, 64}}) {
-        prove(
-            WR_BANDWIDTH,
-            [this, &phy = phy] {
-                use(phy);
-                board.fpga.register_high = 0x4321;
-                record = CallerRecord(le16(20));
-                return record.pointer();
-            },
-            reading_port0() + Course{opens_to_write(),
-                                     register_write(0x0012, static_cast<uint32_t>(value)),
-                                     closes()});
-        EXPECT_EQ(record.bytes(), untouched_after(le16(20)));
+    board.fpga.register_high = 0x4321;
+    for (const auto& [phy, value] : {std::pair{kManual10, 640U}, std::pair{kManual100, 64U}}) {
+        use(phy);
+        prove_record(WR_BANDWIDTH, le16(20),
+                     reading_port0() +
+                         Course{opens_to_write(), register_write(0x0012, value), closes()},
+                     le16(20));
     }
 }
 
 TEST_F(Bandwidth, ReadsAfterReadingThePhyOfPort0)
 {
-    prove(
-        RD_BANDWIDTH,
-        [this] {
-            limit = 640;
-            record = CallerRecord();
-            return record.pointer();
-        },
-        reading_port0() + Course{opens_to_write(), register_read(0x0012), closes()});
-    EXPECT_EQ(record.bytes(), untouched_after(le16(11)));
+    limit = 640;
+    prove_record(RD_BANDWIDTH, kHeld,
+                 reading_port0() + Course{opens_to_write(), register_read(0x0012), closes()},
+                 le16(11));
 }
 
 TEST_F(Bandwidth, WritesAndReadsEveryIdUnderBothTables)
@@ -95,15 +83,13 @@ TEST_F(Bandwidth, WritesAndReadsEveryIdUnderBothTables)
             use(phy);
             EXPECT_EQ(write(id), 0);
             EXPECT_EQ(limit, kNotAt100[id]);
-            EXPECT_EQ(read(), 0);
-            EXPECT_EQ(record.bytes(), untouched_after(le16(id <= 11 ? id : 11)));
+            expect_read(0, le16(id <= 11 ? id : 11));
         }
         for (const auto& phy : {kManual100, kNegotiated100}) {
             use(phy);
             EXPECT_EQ(write(id), 0);
             EXPECT_EQ(limit, kAt100[id]);
-            EXPECT_EQ(read(), 0);
-            EXPECT_EQ(record.bytes(), untouched_after(le16(id)));
+            expect_read(0, le16(id));
         }
     }
 }
@@ -124,28 +110,17 @@ TEST_F(Bandwidth, HoldsTheIntegerPartsOf64000)
 
 TEST_F(Bandwidth, ReadsEveryRegisterValueUnderBothTables)
 {
-    const std::map<uint16_t, uint16_t> common{{21333, 0}, {12800, 1}, {6400, 2}, {3200, 3},
-                                              {2133, 4},  {1600, 5},  {1280, 6}, {1066, 7},
-                                              {914, 8},   {800, 9},   {711, 10}, {640, 11}};
-    std::map<uint16_t, uint16_t> at_100 = common;
-    at_100.insert({{320, 12},
-                   {213, 13},
-                   {160, 14},
-                   {128, 15},
-                   {106, 16},
-                   {91, 17},
-                   {80, 18},
-                   {71, 19},
-                   {64, 20}});
     board.fpga.register_high = 0xFFFF;
-    for (const auto& [phy, ids] : {std::pair{kManual10, common}, std::pair{kManual100, at_100}}) {
+    for (const auto& [phy, table] : {std::pair{kManual10, kNotAt100}, {kManual100, kAt100}}) {
         use(phy);
-        for_every_word([this, &ids = ids](uint16_t value) {
+        std::map<uint16_t, uint32_t> ids;
+        for (uint32_t id = 0; id <= 20; ++id) {
+            ids.emplace(table[id], id); // of several the first
+        }
+        for_every_word([this, &ids](uint16_t value) {
             limit = value;
             const auto known = ids.find(value);
-            EXPECT_EQ(read(), known == ids.end() ? -3 : 0) << value;
-            EXPECT_EQ(record.bytes(),
-                      untouched_after(le16(known == ids.end() ? 20 : known->second)));
+            expect_read(known == ids.end() ? -3 : 0, le16(known == ids.end() ? 20 : known->second));
             EXPECT_EQ(limit, value);
         });
     }
@@ -154,23 +129,19 @@ TEST_F(Bandwidth, ReadsEveryRegisterValueUnderBothTables)
 TEST_F(Bandwidth, StoresId20ForAnUnknownValueAndIsRunAgain)
 {
     limit = 64; // known at 100 Mb/s only
-    record = CallerRecord();
     const Course run =
         reading_port0() + Course{opens_to_write(), register_read(0x0012), closes()} + kRetryDelay;
-    expect_course(RD_BANDWIDTH, record.pointer(), run + run, -3);
-    EXPECT_EQ(record.bytes(), untouched_after(le16(20)));
+    expect_course(RD_BANDWIDTH, put(kHeld), run + run, -3);
+    EXPECT_EQ(record(), le16(20));
     use(kManual100);
-    EXPECT_EQ(read(), 0);
-    EXPECT_EQ(record.bytes(), untouched_after(le16(20)));
+    expect_read(0, le16(20));
 }
 
 TEST_F(Bandwidth, RefusesIdsAbove20WithoutTouchingAnything)
 {
     limit = 1234;
     for (const uint32_t id : {21U, 22U, 255U, 256U, 0x8000U, 0xFFFFU}) {
-        record = CallerRecord(le16(id));
-        expect_refused(WR_BANDWIDTH, record.pointer());
-        EXPECT_EQ(record.bytes(), untouched_after(le16(id)));
+        expect_refused(WR_BANDWIDTH, le16(id));
     }
     board.restart();
     for_every_word([this](uint16_t id) {
@@ -187,28 +158,16 @@ TEST_F(Bandwidth, FailsWithAnUndecidedNegotiationOfPort0)
     use(kUndecided);
     limit = 640;
     const Course run = phy_reading_undecided(0) + kRetryDelay;
-    record = CallerRecord(le16(3));
-    expect_course(WR_BANDWIDTH, record.pointer(), run + run, -2);
+    expect_course(WR_BANDWIDTH, put(le16(3)), run + run, -2);
     EXPECT_EQ(limit, 640);
-    record = CallerRecord();
-    expect_course(RD_BANDWIDTH, record.pointer(), run + run, -2);
-    EXPECT_EQ(record.bytes(), untouched_after(""));
+    expect_course(RD_BANDWIDTH, put(kHeld), run + run, -2);
+    EXPECT_EQ(record(), kHeld);
 }
 
 TEST_F(Bandwidth, KeepsTheCallersIdWhenAnyCallOfTheReadFails)
 {
     limit = 640;
-    for (size_t failing = 1; failing <= 36; ++failing) {
-        if (failing == 34) {
-            continue; // the close of the PHY's descriptor, which does not count
-        }
-        SCOPED_TRACE(failing);
-        const bool opens = failing == 1 || failing == 35;
-        board.restart();
-        fail_in_both_runs(failing, opens ? 0 : 1);
-        EXPECT_EQ(read(), failing == 35 ? -1 : -2);
-        EXPECT_EQ(record.bytes(), untouched_after(""));
-    }
+    expect_kept(RD_BANDWIDTH, kHeld);
 }
 
 TEST_F(Bandwidth, KeepsTheLimitWhenThePhyCannotBeRead)
@@ -216,11 +175,11 @@ TEST_F(Bandwidth, KeepsTheLimitWhenThePhyCannotBeRead)
     limit = 1234;
     board.fpga_present = false;
     EXPECT_EQ(write(1), -2);
-    EXPECT_EQ(read(), -2);
+    expect_read(-2, kHeld);
     board.fpga_present = true;
     board.fpga.results[0x6B98] = -1;
     EXPECT_EQ(write(1), -2);
-    EXPECT_EQ(read(), -2);
+    expect_read(-2, kHeld);
     EXPECT_EQ(limit, 1234);
 }
 
@@ -230,14 +189,12 @@ TEST_F(Bandwidth, ChoosesTheTableAfreshEachTime)
     EXPECT_EQ(write(15), 0);
     EXPECT_EQ(limit, 128);
     use(kManual10);
-    EXPECT_EQ(read(), -3);
+    expect_read(-3, le16(20));
     EXPECT_EQ(write(15), 0);
     EXPECT_EQ(limit, 640);
-    EXPECT_EQ(read(), 0);
-    EXPECT_EQ(record.bytes(), untouched_after(le16(11)));
+    expect_read(0, le16(11));
     use(kNegotiated100);
-    EXPECT_EQ(read(), 0);
-    EXPECT_EQ(record.bytes(), untouched_after(le16(11)));
+    expect_read(0, le16(11));
     EXPECT_EQ(write(15), 0);
     EXPECT_EQ(limit, 128);
 }

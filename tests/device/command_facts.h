@@ -15,9 +15,10 @@ struct CommandFacts {
     const char* name;
     DeviceCommandCode named; // the public constant of that name
     uint32_t number;
-    size_t record; // bytes of the caller's record, in and out
+    size_t record; // bytes of the caller's record, up to the last that the command reads or writes
     // All that the command may return. RD_DEVICE_WORD_40 returns whatever its request does, in the
-    // tests 0 or a failure's -1.
+    // tests 0 or a failure's -1; RD_PHY_STATUS returns -3 as well, but only when another thread
+    // opens the device in the middle of it.
     std::set<int32_t> results;
     // The whole of what the command may ask of /dev/fpga, whatever its argument and the device's
     // state; none for a command that does not use it.

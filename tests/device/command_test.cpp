@@ -9,14 +9,16 @@ void* CommandTest::put(const Bytes& record)
 {
     EXPECT_LE(record.size(), kRecordMax);
     size_ = record.size();
-    (guard() + record + guard()).copy(memory_, sizeof memory_);
+    memset(memory_, kUntouched, sizeof memory_);
+    record.copy(memory_ + kGuard, size_);
     return memory_ + kGuard;
 }
 
 Bytes CommandTest::record() const
 {
-    EXPECT_EQ(Bytes(memory_, kGuard), guard()) << "before the record";
-    EXPECT_EQ(Bytes(memory_ + kGuard + size_, kGuard), guard()) << "behind the record";
+    EXPECT_EQ(Bytes(memory_, kGuard), guard()) << "before the record: " << command_name(ran_);
+    EXPECT_EQ(Bytes(memory_ + kGuard + size_, kGuard), guard())
+        << "behind the record: " << command_name(ran_);
     return {memory_ + kGuard, size_};
 }
 
@@ -38,20 +40,25 @@ std::function<void*()> CommandTest::with(const Bytes& record)
 
 int32_t CommandTest::run(DeviceCommandCode command, const Bytes& record)
 {
-    return Fpga_Register_Set(command, with(record)());
+    if (device_put) {
+        device_put();
+    }
+    put(record);
+    return run(command);
 }
 
 int32_t CommandTest::run(DeviceCommandCode command)
 {
+    ran_ = command;
     return Fpga_Register_Set(command, memory_ + kGuard);
 }
 
 void CommandTest::expect_run(DeviceCommandCode command, const Bytes& before, int32_t result,
                              const Bytes& after)
 {
-    SCOPED_TRACE(command_name(command));
-    EXPECT_EQ(run(command, before), result);
-    EXPECT_EQ(record(), after);
+    EXPECT_EQ(run(command, before), result)
+        << command_name(command) << " of " << testing::PrintToString(before);
+    EXPECT_EQ(record(), after) << command_name(command) << " of " << testing::PrintToString(before);
 }
 
 void CommandTest::expect_refused(DeviceCommandCode command, const Bytes& before)

@@ -61,4 +61,5 @@ class CommandTest : public DeviceTest
 
     alignas(8) char memory_[kGuard + kRecordMax + kGuard] = {};
     size_t size_ = 0;
+    DeviceCommandCode ran_ = UINT32_MAX; // for messages
 };

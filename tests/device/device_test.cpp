@@ -1,5 +1,7 @@
 #include "device/device_test.h"
 
+#include "device/command_facts.h"
+
 namespace
 {
 
@@ -15,14 +17,21 @@ std::string record_line(uint32_t request, const Bytes& record)
     return request_line(request) + hex_pairs(record);
 }
 
+// Of a device or a file.
 bool is_open(const std::string& call)
 {
-    return call.rfind("open ", 0) == 0;
+    return call.rfind("open ", 0) == 0 || call.rfind("fopen ", 0) == 0;
 }
 
 bool is_close(const std::string& call)
 {
-    return call.rfind("close ", 0) == 0;
+    return call.rfind("close ", 0) == 0 || call.rfind("fclose ", 0) == 0;
+}
+
+std::string close_of(const std::string& open)
+{
+    const size_t path = open.find(' ') + 1;
+    return (open[0] == 'f' ? "fclose " : "close ") + open.substr(path, open.find(' ', path) - path);
 }
 
 bool is_sleep(const std::string& call)
@@ -39,7 +48,7 @@ Trace failed_run(const Course& course, size_t failing)
         const std::string& call = course[i].call;
         calls.push_back(call);
         if (is_open(call) && i != failing) {
-            open.push_back("close " + call.substr(5, call.find(' ', 5) - 5));
+            open.push_back(close_of(call));
         } else if (is_close(call)) {
             open.pop_back();
         }
@@ -171,9 +180,7 @@ void DeviceTest::prove_failure(DeviceCommandCode command, const std::function<vo
 void DeviceTest::prove(DeviceCommandCode command, const std::function<void*()>& prepare,
                        const Course& course, int32_t result)
 {
-    char name[32];
-    snprintf(name, sizeof name, "command 0x%04X", command);
-    SCOPED_TRACE(name);
+    SCOPED_TRACE(command_name(command));
     board.restart();
     expect_course(command, prepare(), course, result);
     for (size_t failing = 0; failing < course.size(); ++failing) {

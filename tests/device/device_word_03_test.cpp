@@ -1,28 +1,23 @@
 // Bit 6 of device word 03, as the LED commands set it.
 #include "device/commands/device_word.h"
 
+#include "device/command_facts.h"
 #include "device/device_test.h"
 
 namespace
 {
 
-class DeviceWord03 : public DeviceTest
-{
-};
+using DeviceWord03 = DeviceTest;
 
 TEST_F(DeviceWord03, ReadsAndWritesTheWordOnOneDescriptor)
 {
-    const Trace set{"open /dev/fpga O_RDWR|O_NONBLOCK", "ioctl 6B03 00 00", "ioctl 6B04 =1274",
-                    "close /dev/fpga"};
     board.fpga.words[0x6B03] = 0x1234;
-    EXPECT_EQ(deviceWord03_setBit6(1), 0);
-    EXPECT_EQ(board.calls, set);
-
-    const Trace cleared{"open /dev/fpga O_RDWR|O_NONBLOCK", "ioctl 6B03 00 00", "ioctl 6B04 =1234",
-                        "close /dev/fpga"};
-    board.restart();
-    EXPECT_EQ(deviceWord03_setBit6(0), 0);
-    EXPECT_EQ(board.calls, cleared);
+    for (const auto& [flag, sent] : {std::pair{1, 0x1274U}, {0, 0x1234U}}) {
+        board.restart();
+        EXPECT_EQ(deviceWord03_setBit6(flag), 0);
+        EXPECT_EQ(board.calls, calls_of({opens_to_write(), word_read(0x6B03),
+                                         value_write(0x6B04, sent), closes()}));
+    }
 }
 
 TEST_F(DeviceWord03, ReportsEachFailureAndClosesTheDevice)
@@ -46,7 +41,8 @@ TEST_F(DeviceWord03, ChangesBit6AloneInEveryWord)
         for (const int32_t flag : {0, 1, 2, 255, -1, 257}) {
             board.fpga.words[0x6B03] = word;
             EXPECT_EQ(deviceWord03_setBit6(flag), 0);
-            EXPECT_EQ(board.fpga.words[0x6B03], flag == 1 ? word | 0x0040U : word & 0xFFBFU);
+            EXPECT_EQ(board.fpga.words[0x6B03], flag == 1 ? word | 0x0040U : word & 0xFFBFU)
+                << flag << " into " << hex_number(word);
         }
     });
 }

@@ -1,154 +1,166 @@
-// The flags that go with the MTU.
-#include "device/device_test.h"
+// Flags in device words.
+#include "device/command_test.h"
 
 namespace
 {
 
-constexpr uint32_t kWord35 = 0x6B35;
-constexpr uint32_t kWord36 = 0x6B36;
-constexpr uint32_t kWord03 = 0x6B03;
-constexpr uint32_t kWord04 = 0x6B04;
-
-class MtuFlags : public DeviceTest
+class DeviceWordFlag : public CommandTest
 {
   protected:
-    // A flag between guards.
-    struct Guarded {
-        uint16_t before = 0xAAAA;
-        uint16_t flag = 0x5555;
-        uint16_t after = 0xBBBB;
-    } argument;
-
-    void set(uint32_t word, uint32_t value) { board.fpga.words[word] = value; }
-
-    void* report_of(uint32_t word, uint32_t value)
-    {
-        set(word, value);
-        argument.flag = 0x5555;
-        return &argument.flag;
-    }
-
-    void* setting(uint32_t word, uint32_t value, uint16_t flag)
-    {
-        set(word, value);
-        argument.flag = flag;
-        return &argument.flag;
-    }
-
-    // The word after a command with this flag.
-    uint32_t word_after(DeviceCommandCode command, uint32_t word, uint32_t value, uint16_t flag)
-    {
-        void* record = setting(word, value, flag);
-        EXPECT_EQ(Fpga_Register_Set(command, record), 0);
-        EXPECT_EQ(argument.flag, flag);
-        return board.fpga.words[word];
-    }
-
-    uint16_t report(DeviceCommandCode command, uint32_t word, uint32_t value)
-    {
-        EXPECT_EQ(Fpga_Register_Set(command, report_of(word, value)), 0);
-        return argument.flag;
-    }
-
-    void TearDown() override
-    {
-        EXPECT_EQ(argument.before, 0xAAAA);
-        EXPECT_EQ(argument.after, 0xBBBB);
-        DeviceTest::TearDown();
-    }
+    uint32_t& word(uint32_t request) { return board.fpga.words[request]; }
 };
 
-TEST_F(MtuFlags, ReadWord35)
+// A flag as the caller has it.
+Bytes flag_of(size_t size, uint32_t value)
 {
-    prove(RD_DEVICE_WORD_35, [this] { return report_of(kWord35, 0x0040); },
-          {opens_to_read(), word_read(kWord35), closes()});
-    EXPECT_EQ(argument.flag, 1);
+    return le16(value).substr(0, size);
 }
 
-TEST_F(MtuFlags, WriteWord36)
+// Flags that are read, and changed, in a word of other bits. -------------------------------------
+
+struct Flag {
+    DeviceCommandCode reader;
+    DeviceCommandCode writer;
+    size_t size;
+    uint32_t read; // the requests
+    uint32_t write;
+    uint32_t bits; // any of them is the flag; it is written to all
+    bool set_by_one_only;
+};
+
+constexpr Flag kFlags[] = {
+    {RD_GROUP_FLAG, WR_GROUP_FLAG, 1, 0x6B2D, 0x6B2E, 0x01C4, true},
+    {RD_DEVICE_WORD_35, WR_DEVICE_WORD_36, 2, 0x6B35, 0x6B36, 0x00C0, false},
+    {RD_VLANT_MAP_ENABLE, WR_VLANT_MAP_ENABLE, 2, 0x6B03, 0x6B04, 0x1000, true},
+};
+
+TEST_F(DeviceWordFlag, IsReadFromAClearedWord)
 {
-    prove(WR_DEVICE_WORD_36, [this] { return setting(kWord35, 0x8001, 1); },
-          {opens_to_write(), word_read(kWord35), value_write(kWord36, 0x80C1), closes()});
-    prove(WR_DEVICE_WORD_36, [this] { return setting(kWord35, 0xFFFF, 0); },
-          {opens_to_write(), word_read(kWord35), value_write(kWord36, 0xFF3F), closes()});
+    for (const Flag& flag : kFlags) {
+        word(flag.read) = flag.bits;
+        const Bytes before = untouched(flag.size);
+        prove_record(flag.reader, before, {opens_to_read(), word_read(flag.read), closes()},
+                     flag_of(flag.size, 1));
+        expect_kept(flag.reader, before);
+    }
 }
 
-TEST_F(MtuFlags, ReadVlantMapEnable)
+TEST_F(DeviceWordFlag, IsWrittenByReadingItsWordFirst)
 {
-    prove(RD_VLANT_MAP_ENABLE, [this] { return report_of(kWord03, 0x1000); },
-          {opens_to_read(), word_read(kWord03), closes()});
-    EXPECT_EQ(argument.flag, 1);
-}
-
-TEST_F(MtuFlags, WriteVlantMapEnable)
-{
-    prove(WR_VLANT_MAP_ENABLE, [this] { return setting(kWord03, 0x8140, 1); },
-          {opens_to_write(), word_read(kWord03), value_write(kWord04, 0x9140), closes()});
-    prove(WR_VLANT_MAP_ENABLE, [this] { return setting(kWord03, 0xFFFF, 0); },
-          {opens_to_write(), word_read(kWord03), value_write(kWord04, 0xEFFF), closes()});
-}
-
-TEST_F(MtuFlags, AFailedReportStoresNothing)
-{
-    for (const auto& [command, word] :
-         {std::pair{RD_DEVICE_WORD_35, kWord35}, std::pair{RD_VLANT_MAP_ENABLE, kWord03}}) {
-        for (const size_t call : {1U, 2U}) {
-            board.restart();
-            void* record = report_of(word, 0xFFFF);
-            board.fail_from(call);
-            EXPECT_LT(Fpga_Register_Set(command, record), 0);
-            EXPECT_EQ(argument.flag, 0x5555);
+    for (const Flag& flag : kFlags) {
+        for (const auto& [value, held, sent] :
+             {std::tuple{1U, 0x8001U, 0x8001U | flag.bits}, {0U, 0xFFFFU, 0xFFFFU & ~flag.bits}}) {
+            device_put = [this, &flag, held = held] { word(flag.read) = held; };
+            const Bytes record = flag_of(flag.size, value);
+            prove_record(
+                flag.writer, record,
+                {opens_to_write(), word_read(flag.read), value_write(flag.write, sent), closes()},
+                record);
         }
     }
-    board.restart();
 }
 
-TEST_F(MtuFlags, Word35IsReportedSetByEitherBitForEveryWord)
+TEST_F(DeviceWordFlag, IsAnyOfItsBitsInEveryWordAndChangesThemAlone)
 {
-    for_every_word([this](uint16_t word) {
-        const bool bit6 = (word >> 6) % 2 == 1;
-        const bool bit7 = (word >> 7) % 2 == 1;
-        EXPECT_EQ(report(RD_DEVICE_WORD_35, kWord35, word), bit6 || bit7 ? 1 : 0) << word;
+    for (const Flag& flag : kFlags) {
+        for_every_word([&](uint16_t held) {
+            SCOPED_TRACE("word " + hex_number(held));
+            word(flag.read) = held;
+            expect_run(flag.reader, untouched(flag.size), 0,
+                       flag_of(flag.size, (held & flag.bits) != 0 ? 1 : 0));
+            for (const uint32_t value : {0U, 1U, 2U, 0x81U, 255U}) {
+                word(flag.read) = held;
+                const Bytes record = flag_of(flag.size, value);
+                expect_run(flag.writer, record, 0, record);
+                const bool set = flag.set_by_one_only ? value == 1 : value != 0;
+                EXPECT_EQ(word(flag.read), set ? held | flag.bits : held & ~flag.bits) << value;
+                if (value <= 1) {
+                    expect_run(flag.reader, untouched(flag.size), 0, record);
+                }
+            }
+        });
+    }
+}
+
+TEST_F(DeviceWordFlag, IsSetByEveryValueThatCountsAsSet)
+{
+    for (const Flag& flag : kFlags) {
+        for_every_word([&](uint16_t value) {
+            word(flag.read) = 0x1244;
+            const Bytes record = flag_of(flag.size, value);
+            expect_run(flag.writer, record, 0, record);
+            const uint32_t given = flag.size == 1 ? value & 0xFFU : value;
+            const bool set = flag.set_by_one_only ? given == 1 : given != 0;
+            EXPECT_EQ(word(flag.read), set ? 0x1244 | flag.bits : 0x1244 & ~flag.bits)
+                << hex_number(given);
+        });
+    }
+}
+
+// The enable flag, whose word is written without a read ------------------------------------------
+
+TEST_F(DeviceWordFlag, TheEnableFlagIsOneRequest)
+{
+    prove_record(RD_ENABLE_FLAG, untouched(1), {opens_to_read(), word_read(0x6B0B), closes()},
+                 byte(0));
+    expect_kept(RD_ENABLE_FLAG, untouched(1));
+    word(0x6B0B) = 0xFFFE;
+    prove_record(WR_ENABLE_FLAG, byte(1), {opens_to_write(), value_write(0x6B0C, 1), closes()},
+                 byte(1));
+}
+
+TEST_F(DeviceWordFlag, TheEnableFlagIsBit0OfEveryWord)
+{
+    for_every_word([this](uint16_t held) {
+        word(0x6B0B) = held;
+        expect_run(RD_ENABLE_FLAG, untouched(1), 0, byte(held & 1U));
     });
 }
 
-TEST_F(MtuFlags, Word36ChangesItsTwoBitsOfEveryWord)
+TEST_F(DeviceWordFlag, TheEnableWordIsOneOrZeroForEveryByte)
 {
-    for_every_word([this](uint16_t word) {
-        ASSERT_EQ(word_after(WR_DEVICE_WORD_36, kWord35, word, 1), word | 0x00C0U);
-        ASSERT_EQ(report(RD_DEVICE_WORD_35, kWord35, board.fpga.words[kWord35]), 1);
-        ASSERT_EQ(word_after(WR_DEVICE_WORD_36, kWord35, word, 0), word & 0xFF3FU);
-        ASSERT_EQ(report(RD_DEVICE_WORD_35, kWord35, board.fpga.words[kWord35]), 0);
+    for (unsigned flag = 0; flag < 256; ++flag) {
+        word(0x6B0B) = 0xFFFF;
+        expect_run(WR_ENABLE_FLAG, byte(flag), 0, byte(flag));
+        EXPECT_EQ(word(0x6B0B), flag == 1 ? 1U : 0U) << flag;
+    }
+}
+
+// The control bits, likewise ----------------------------------------------------------------------
+
+TEST_F(DeviceWordFlag, TheControlBitsAreOneRequest)
+{
+    word(0x6B07) = 0xFFFD;
+    prove_record(RD_CONTROL_BITS, untouched(3), {opens_to_read(), word_read(0x6B07), closes()},
+                 hex("00 01") + untouched(1));
+    expect_kept(RD_CONTROL_BITS, untouched(3));
+    prove_record(WR_CONTROL_BITS, hex("01 00 01"),
+                 {opens_to_write(), value_write(0x6B08, 0x0006), closes()}, hex("01 00 01"));
+}
+
+TEST_F(DeviceWordFlag, TheControlBitsReportTwoBitsOfEveryWord)
+{
+    for_every_word([this](uint16_t held) {
+        word(0x6B07) = held;
+        expect_run(RD_CONTROL_BITS, untouched(3), 0,
+                   byte((held >> 1) & 1U) + byte(held & 1U) + untouched(1));
     });
 }
 
-TEST_F(MtuFlags, Word36IsSetByEveryFlagButZero)
+TEST_F(DeviceWordFlag, TheControlWordIsMadeOfExactlyOnes)
 {
-    for_every_word([this](uint16_t flag) {
-        EXPECT_EQ(word_after(WR_DEVICE_WORD_36, kWord35, 0x1240, flag),
-                  flag == 0 ? 0x1200U : 0x12C0U)
-            << flag;
-    });
-}
-
-TEST_F(MtuFlags, VlantMapEnableIsBit12OfEveryWord)
-{
-    for_every_word([this](uint16_t word) {
-        ASSERT_EQ(report(RD_VLANT_MAP_ENABLE, kWord03, word), word / 4096 % 2);
-        ASSERT_EQ(word_after(WR_VLANT_MAP_ENABLE, kWord03, word, 1), word | 0x1000U);
-        ASSERT_EQ(report(RD_VLANT_MAP_ENABLE, kWord03, board.fpga.words[kWord03]), 1);
-        ASSERT_EQ(word_after(WR_VLANT_MAP_ENABLE, kWord03, word, 0), word & 0xEFFFU);
-        ASSERT_EQ(report(RD_VLANT_MAP_ENABLE, kWord03, board.fpga.words[kWord03]), 0);
-    });
-}
-
-TEST_F(MtuFlags, VlantMapEnableIsSetByTheFlag1Alone)
-{
-    for_every_word([this](uint16_t flag) {
-        EXPECT_EQ(word_after(WR_VLANT_MAP_ENABLE, kWord03, 0x1234, flag),
-                  flag == 1 ? 0x1234U : 0x0234U)
-            << flag;
-    });
+    constexpr unsigned kValues[] = {0, 1, 2, 255};
+    for (const unsigned first : kValues) {
+        for (const unsigned second : kValues) {
+            for (const unsigned third : kValues) {
+                word(0x6B07) = 0xFFFF;
+                const Bytes bits = byte(first) + byte(second) + byte(third);
+                expect_run(WR_CONTROL_BITS, bits, 0, bits);
+                EXPECT_EQ(word(0x6B07), (first == 1 ? 2U : 0U) | (second == 1 ? 1U : 0U) |
+                                            (third == 1 ? 4U : 0U));
+            }
+        }
+    }
 }
 
 } // namespace

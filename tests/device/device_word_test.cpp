@@ -1,83 +1,50 @@
 // Commands that move one word between the caller and the device.
-#include "device/device_test.h"
+#include "device/command_test.h"
 
 namespace
 {
 
-class DeviceWord : public DeviceTest
-{
-  protected:
-    // Fresh caller's bytes: a value between guards.
-    void* caller_put(uint32_t value)
-    {
-        record_ = Bytes(8, '\x5A') + le32(value) + Bytes(8, '\x5A');
-        return record_.data() + 8;
-    }
-
-    // The caller's value of so many bytes, after a check that nothing else was written. The bytes
-    // behind it were set from `put`.
-    uint32_t caller_get(size_t size, uint32_t put)
-    {
-        EXPECT_EQ(record_.substr(0, 8), Bytes(8, '\x5A'));
-        EXPECT_EQ(record_.substr(8 + size), le32(put).substr(size) + Bytes(8, '\x5A'));
-        uint32_t value = 0;
-        memcpy(&value, record_.data() + 8, size);
-        return value;
-    }
-
-    int32_t run(DeviceCommandCode command) { return Fpga_Register_Set(command, &record_[8]); }
-
-    // What two failed runs of a command leave open; closed by the end of the process.
-    void close_left_open(size_t expected)
-    {
-        EXPECT_EQ(board.descriptors().size(), expected);
-        while (!board.descriptors().empty()) {
-            board.closing(board.descriptors().begin()->first);
-        }
-    }
-
-  private:
-    Bytes record_;
-};
+using DeviceWord = CommandTest;
 
 // Passed through to read --------------------------------------------------------------------
 
-constexpr uint32_t kCallers = 0xC3A5E187; // what the caller's bytes hold before a read
+const Bytes kCallers = hex("87 E1 A5 C3"); // what the caller's bytes hold before a read
 
 struct ReadThrough {
     DeviceCommandCode command;
     uint32_t request;
     size_t size;
-    bool opens_to_write;
+    Step opens;
     bool leaves_open; // when the request fails
+
+    [[nodiscard]] Bytes before() const { return kCallers.substr(0, size); }
+
+    [[nodiscard]] Course course() const
+    {
+        return {opens, record_read(request, before(), command == RD_DEVICE_WORD_40 ? -1 : -2),
+                closes()};
+    }
 };
 
-constexpr ReadThrough kReadThrough[] = {
-    {0x0036, 0x6B27, 2, false, false}, {0x0038, 0x6B29, 2, false, false},
-    {0x003E, 0x6B40, 2, false, false}, {0x0040, 0x6B21, 2, false, true},
-    {0x0042, 0x6B03, 2, false, false}, {0x0046, 0x6B3B, 4, false, false},
-    {0x0056, 0x6B4E, 2, true, false},
+const ReadThrough kReadThrough[] = {
+    {RD_DEVICE_WORD_27, 0x6B27, 2, opens_to_read(), false},
+    {RD_DEVICE_WORD_29, 0x6B29, 2, opens_to_read(), false},
+    {RD_DEVICE_WORD_40, 0x6B40, 2, opens_to_read(), false},
+    {RD_DEVICE_WORD_21, 0x6B21, 2, opens_to_read(), true},
+    {RD_DEVICE_WORD_03, 0x6B03, 2, opens_to_read(), false},
+    {RD_DEVICE_WORD_3B, 0x6B3B, 4, opens_to_read(), false},
+    {RD_DEVICE_WORD_4E, 0x6B4E, 2, opens_to_write(), false},
 };
-
-Course read_course(const ReadThrough& row)
-{
-    return {row.opens_to_write ? opens_to_write() : opens_to_read(),
-            record_read(row.request, le32(kCallers).substr(0, row.size),
-                        row.command == 0x003E ? -1 : -2),
-            closes()};
-}
 
 TEST_F(DeviceWord, ReadsPassTheCallersPointerThrough)
 {
     for (const ReadThrough& row : kReadThrough) {
-        const auto prepare = [&] {
-            board.fpga.words[row.request] = 0x89AB4567;
-            return caller_put(kCallers);
-        };
+        board.fpga.words[row.request] = 0x89AB4567;
         if (row.leaves_open) {
-            expect_course(row.command, prepare(), read_course(row));
+            expect_course(row.command, put(row.before()), row.course());
         } else {
-            prove(row.command, prepare, read_course(row));
+            prove_record(row.command, row.before(), row.course(),
+                         le32(0x89AB4567).substr(0, row.size));
         }
     }
 }
@@ -88,9 +55,7 @@ TEST_F(DeviceWord, ReadsHandBackEveryWord)
         for_every_word([&](uint16_t word) {
             const uint32_t held = row.size == 4 ? word * 0x10001U ^ 0xFFFFU : word;
             board.fpga.words[row.request] = held;
-            caller_put(kCallers);
-            ASSERT_EQ(run(row.command), 0);
-            ASSERT_EQ(caller_get(row.size, kCallers), held);
+            expect_run(row.command, row.before(), 0, le32(held).substr(0, row.size));
         });
     }
 }
@@ -98,22 +63,10 @@ TEST_F(DeviceWord, ReadsHandBackEveryWord)
 TEST_F(DeviceWord, AFailedReadLeavesTheCallersValue)
 {
     for (const ReadThrough& row : kReadThrough) {
-        SCOPED_TRACE(row.request);
         board.fpga.results[row.request] = -7;
-        caller_put(kCallers);
-        EXPECT_EQ(run(row.command), row.command == 0x003E ? -7 : -2);
-        EXPECT_EQ(caller_get(row.size, kCallers), kCallers & (row.size == 4 ? ~0U : 0xFFFFU));
+        expect_run(row.command, row.before(), row.command == RD_DEVICE_WORD_40 ? -7 : -2,
+                   row.before());
         close_left_open(row.leaves_open ? 2 : 0);
-    }
-}
-
-// A request counts as failed when its result is negative, and only then.
-TEST_F(DeviceWord, AReadWithAPositiveResultHasSucceeded)
-{
-    for (const ReadThrough& row : kReadThrough) {
-        board.fpga.results[row.request] = 3;
-        expect_course(row.command, caller_put(kCallers), read_course(row),
-                      row.command == 0x003E ? 3 : 0);
     }
 }
 
@@ -122,33 +75,32 @@ TEST_F(DeviceWord, AReadWithAPositiveResultHasSucceeded)
 struct WriteThrough {
     DeviceCommandCode command;
     uint32_t request;
-    uint32_t shows; // the request under which the written word shows
+    DeviceCommandCode reader; // of the same word
+    uint32_t shows;           // the reader's request
     bool by_value;
     bool leaves_open;
 };
 
 constexpr WriteThrough kWriteThrough[] = {
-    {0x0037, 0x6B28, 0x6B27, true, false},  {0x0039, 0x6B2A, 0x6B29, true, false},
-    {0x003F, 0x6B41, 0x6B40, false, false}, {0x0041, 0x6B22, 0x6B21, false, true},
-    {0x0043, 0x6B04, 0x6B03, true, false},
+    {WR_DEVICE_WORD_28, 0x6B28, RD_DEVICE_WORD_27, 0x6B27, true, false},
+    {WR_DEVICE_WORD_2A, 0x6B2A, RD_DEVICE_WORD_29, 0x6B29, true, false},
+    {WR_DEVICE_WORD_41, 0x6B41, RD_DEVICE_WORD_40, 0x6B40, false, false},
+    {WR_DEVICE_WORD_22, 0x6B22, RD_DEVICE_WORD_21, 0x6B21, false, true},
+    {WR_DEVICE_WORD_04, 0x6B04, RD_DEVICE_WORD_03, 0x6B03, true, false},
 };
-
-Course write_course(const WriteThrough& row, uint32_t value)
-{
-    return {opens_to_write(),
-            row.by_value ? value_write(row.request, value) : record_write(row.request, le16(value)),
-            closes()};
-}
 
 TEST_F(DeviceWord, WritesSendTheCallersWord)
 {
     for (const WriteThrough& row : kWriteThrough) {
-        // The bytes behind the caller's 16 bits are no part of it.
-        const auto prepare = [&] { return caller_put(0xFFFF8123); };
+        const Bytes word = le16(0x8123);
+        const Course course{opens_to_write(),
+                            row.by_value ? value_write(row.request, 0x8123)
+                                         : record_write(row.request, word),
+                            closes()};
         if (row.leaves_open) {
-            expect_course(row.command, prepare(), write_course(row, 0x8123));
+            expect_course(row.command, put(word), course);
         } else {
-            prove(row.command, prepare, write_course(row, 0x8123));
+            prove_record(row.command, word, course, word);
         }
     }
 }
@@ -158,10 +110,9 @@ TEST_F(DeviceWord, WritesReplaceTheWholeWord)
     for (const WriteThrough& row : kWriteThrough) {
         for_every_word([&](uint16_t word) {
             board.fpga.words[row.shows] = static_cast<uint16_t>(~word);
-            caller_put(word | 0x77770000U);
-            ASSERT_EQ(run(row.command), 0);
-            ASSERT_EQ(board.fpga.words[row.shows], word);
-            ASSERT_EQ(caller_get(2, word | 0x77770000U), word);
+            expect_run(row.command, le16(word), 0, le16(word));
+            EXPECT_EQ(board.fpga.words[row.shows], word);
+            expect_run(row.reader, untouched(2), 0, le16(word));
         });
     }
 }
@@ -171,23 +122,10 @@ TEST_F(DeviceWord, AFailedWriteChangesNothing)
     for (const WriteThrough& row : kWriteThrough) {
         board.fpga.words[row.shows] = 0x1111;
         board.fpga.results[row.request] = -9;
-        caller_put(0x2222);
-        EXPECT_EQ(run(row.command), -4);
+        expect_run(row.command, le16(0x2222), -4, le16(0x2222));
         EXPECT_EQ(board.fpga.words[row.shows], 0x1111U);
         close_left_open(row.leaves_open ? 2 : 0);
-        board.fpga.results[row.request] = 1;
-        EXPECT_EQ(run(row.command), 0);
-        EXPECT_EQ(board.fpga.words[row.shows], 0x2222U);
     }
-}
-
-TEST_F(DeviceWord, TheWordsOf03And04AreOne)
-{
-    caller_put(0x5AF0);
-    EXPECT_EQ(run(WR_DEVICE_WORD_04), 0);
-    caller_put(0);
-    EXPECT_EQ(run(RD_DEVICE_WORD_03), 0);
-    EXPECT_EQ(caller_get(2, 0), 0x5AF0U);
 }
 
 // The two commands that leave the device open when their request fails -----------------------
@@ -200,60 +138,49 @@ struct LeavesOpen {
 };
 
 constexpr LeavesOpen kLeavesOpen[] = {
-    {0x0040, "open /dev/fpga O_RDONLY|O_NONBLOCK", "ioctl 6B21 45 23", -2},
-    {0x0041, "open /dev/fpga O_RDWR|O_NONBLOCK", "ioctl 6B22 45 23", -4},
+    {RD_DEVICE_WORD_21, "open /dev/fpga O_RDONLY|O_NONBLOCK", "ioctl 6B21 45 23", -2},
+    {WR_DEVICE_WORD_22, "open /dev/fpga O_RDWR|O_NONBLOCK", "ioctl 6B22 45 23", -4},
 };
 
-TEST_F(DeviceWord, AFailedRequestLeavesADescriptorForEachRun)
+TEST_F(DeviceWord, AFailedCallLeavesADescriptorForEachFailedRequest)
 {
     for (const LeavesOpen& row : kLeavesOpen) {
-        SCOPED_TRACE(row.request);
-        const std::string failed = std::string(row.request) + " -> failed";
-        board.restart();
-        caller_put(0x2345);
-        board.fail_calls({2, 5});
-        EXPECT_EQ(run(row.command), row.failure);
-        EXPECT_EQ(board.calls, (Trace{row.open, failed, "usleep 1", row.open, failed, "usleep 1"}));
-        close_left_open(2);
+        const std::string open = row.open;
+        const std::string request = row.request;
+        const std::string pause = "usleep 1";
+        const struct {
+            const char* name;
+            std::set<size_t> failing;
+            int32_t result;
+            Trace calls;
+            size_t left_open;
+        } cases[] = {
+            {"both requests",
+             {2, 5},
+             row.failure,
+             {open, request + " -> failed", pause, open, request + " -> failed", pause},
+             2},
+            {"the first request",
+             {2},
+             0,
+             {open, request + " -> failed", pause, open, request, "close /dev/fpga"},
+             1},
+            {"both opens", {1, 3}, -1, {open + " -> failed", pause, open + " -> failed", pause}, 0},
+            {"the close", {3}, 0, {open, request, "close /dev/fpga -> failed"}, 0},
+        };
+        for (const auto& [name, failing, result, calls, left_open] : cases) {
+            SCOPED_TRACE(name);
+            board.restart();
+            board.fpga.words[0x6B21] = 0x2345;
+            board.fail_calls(failing);
+            expect_run(row.command, le16(0x2345), result, le16(0x2345));
+            EXPECT_EQ(board.calls, calls);
+            close_left_open(left_open);
+        }
     }
 }
 
-TEST_F(DeviceWord, ASecondRunThatSucceedsClosesItsOwnDescriptorOnly)
-{
-    for (const LeavesOpen& row : kLeavesOpen) {
-        SCOPED_TRACE(row.request);
-        board.restart();
-        caller_put(0x2345);
-        board.fail_call(2);
-        EXPECT_EQ(run(row.command), 0);
-        EXPECT_EQ(board.calls, (Trace{row.open, std::string(row.request) + " -> failed", "usleep 1",
-                                      row.open, row.request, "close /dev/fpga"}));
-        close_left_open(1);
-    }
-}
-
-TEST_F(DeviceWord, AFailedOpenOrCloseLeavesNothing)
-{
-    for (const LeavesOpen& row : kLeavesOpen) {
-        SCOPED_TRACE(row.request);
-        const std::string failed = std::string(row.open) + " -> failed";
-        board.restart();
-        caller_put(0x2345);
-        board.fail_calls({1, 3});
-        EXPECT_EQ(run(row.command), -1);
-        EXPECT_EQ(board.calls, (Trace{failed, "usleep 1", failed, "usleep 1"}));
-        EXPECT_EQ(caller_get(2, 0x2345), 0x2345U);
-        close_left_open(0);
-
-        board.restart();
-        board.fail_call(3);
-        EXPECT_EQ(run(row.command), 0);
-        EXPECT_EQ(board.calls, (Trace{row.open, row.request, "close /dev/fpga -> failed"}));
-        close_left_open(0);
-    }
-}
-
-// Command 62 --------------------------------------------------------------------------------
+// A result of the driver's own ---------------------------------------------------------------
 
 TEST_F(DeviceWord, Word40HandsBackTheRequestsOwnResultAndIsNeverRepeated)
 {
@@ -261,240 +188,67 @@ TEST_F(DeviceWord, Word40HandsBackTheRequestsOwnResultAndIsNeverRepeated)
     for (const int result : {INT32_MIN, -100, -5, -4, -3, -2, -1, 0, 1, 62, INT32_MAX}) {
         SCOPED_TRACE(result);
         board.fpga.results[0x6B40] = result;
-        expect_course(RD_DEVICE_WORD_40, caller_put(0x1234),
+        expect_course(RD_DEVICE_WORD_40, put(le16(0x1234)),
                       {opens_to_read(), record_read(0x6B40, le16(0x1234)), closes()}, result);
-        EXPECT_EQ(caller_get(2, 0x1234), result < 0 ? 0x1234U : 0x7788U);
+        EXPECT_EQ(record(), le16(result < 0 ? 0x1234 : 0x7788));
     }
 }
 
 TEST_F(DeviceWord, Word40DoesNotRepeatAFailedOpenEither)
 {
     board.fpga_present = false;
-    expect_course(RD_DEVICE_WORD_40, caller_put(0x1234), {opens_to_read()}, -1);
-    EXPECT_EQ(caller_get(2, 0x1234), 0x1234U);
-}
-
-// The group flag ----------------------------------------------------------------------------
-
-TEST_F(DeviceWord, ReadsTheGroupFlagFromAClearedWord)
-{
-    prove(RD_GROUP_FLAG,
-          [this] {
-              board.fpga.words[0x6B2D] = 0xFFFF;
-              return caller_put(0x99);
-          },
-          {opens_to_read(), word_read(0x6B2D), closes()});
-}
-
-TEST_F(DeviceWord, WritesTheGroupFlagByReadingFirst)
-{
-    const Course course{opens_to_write(), word_read(0x6B2D), value_write(0x6B2E, 0xFFFF), closes()};
-    prove(
-        WR_GROUP_FLAG,
-        [this] {
-            board.fpga.words[0x6B2D] = 0xFE3B;
-            return caller_put(1);
-        },
-        course);
-}
-
-TEST_F(DeviceWord, TheGroupFlagIsOneIfAnyOfBits2And6To8IsSet)
-{
-    for_every_word([&](uint16_t word) {
-        board.fpga.words[0x6B2D] = word;
-        caller_put(0x99);
-        ASSERT_EQ(run(RD_GROUP_FLAG), 0);
-        const bool any = (word >> 2 & 1) + (word >> 6 & 1) + (word >> 7 & 1) + (word >> 8 & 1) > 0;
-        ASSERT_EQ(caller_get(1, 0x99), any ? 1U : 0U);
-    });
-}
-
-TEST_F(DeviceWord, OnlyOneSetsTheGroupFlagAndOtherBitsAreKept)
-{
-    for (const uint32_t flag : {0U, 1U, 2U, 0x81U, 255U}) {
-        for_every_word([&](uint16_t word) {
-            board.fpga.words[0x6B2D] = word;
-            caller_put(flag | 0x01010100U); // what lies behind the flag is not read
-            ASSERT_EQ(run(WR_GROUP_FLAG), 0);
-            uint32_t expected = word;
-            for (const unsigned bit : {2U, 6U, 7U, 8U}) {
-                expected = flag == 1 ? expected | 1U << bit : expected & ~(1U << bit);
-            }
-            ASSERT_EQ(board.fpga.words[0x6B2D], expected);
-        });
-    }
-}
-
-TEST_F(DeviceWord, AGroupFlagThatCannotBeReadLeavesTheCallersValue)
-{
-    board.fpga.results[0x6B2D] = -1;
-    caller_put(0x99);
-    EXPECT_EQ(run(RD_GROUP_FLAG), -2);
-    EXPECT_EQ(caller_get(4, 0), 0x99U);
+    expect_course(RD_DEVICE_WORD_40, put(le16(0x1234)), {opens_to_read()}, -1);
+    EXPECT_EQ(record(), le16(0x1234));
 }
 
 // The one-hot code --------------------------------------------------------------------------
 
 TEST_F(DeviceWord, ReadsTheCodeFromAClearedWord)
 {
-    prove(RD_DEVICE_WORD_48,
-          [this] {
-              board.fpga.words[0x6B48] = 0x0006;
-              return caller_put(0x99);
-          },
-          {opens_to_read(), word_read(0x6B48), closes()});
+    board.fpga.words[0x6B48] = 0x0006;
+    prove_record(RD_DEVICE_WORD_48, untouched(2), {opens_to_read(), word_read(0x6B48), closes()},
+                 le16(4));
+    expect_kept(RD_DEVICE_WORD_48, untouched(2));
 }
 
 TEST_F(DeviceWord, TheCodeComesFromTheTwoLowBits)
 {
     for_every_word([&](uint16_t word) {
         board.fpga.words[0x6B48] = word;
-        caller_put(kCallers);
-        const int32_t result = run(RD_DEVICE_WORD_48);
-        const uint32_t code = caller_get(2, kCallers);
-        switch (word % 4) {
-        case 1:
-            ASSERT_EQ(result, 0);
-            ASSERT_EQ(code, 2U);
-            break;
-        case 2:
-            ASSERT_EQ(result, 0);
-            ASSERT_EQ(code, 4U);
-            break;
-        case 3:
-            ASSERT_EQ(result, 0);
-            ASSERT_EQ(code, 8U);
-            break;
-        default:
-            ASSERT_EQ(result, -3);
-            ASSERT_EQ(code, kCallers & 0xFFFFU);
-        }
+        const std::array<Bytes, 4> codes{untouched(2), le16(2), le16(4), le16(8)};
+        expect_run(RD_DEVICE_WORD_48, untouched(2), word % 4 == 0 ? -3 : 0, codes[word % 4]);
     });
 }
 
 TEST_F(DeviceWord, ACodeOfNoneIsReadTwice)
 {
     board.fpga.words[0x6B48] = 0xFFFC;
-    const Trace run{"open /dev/fpga O_RDONLY|O_NONBLOCK", "ioctl 6B48 00 00", "close /dev/fpga",
-                    "usleep 1"};
-    Trace both = run;
-    both.insert(both.end(), run.begin(), run.end());
-    EXPECT_EQ(Fpga_Register_Set(RD_DEVICE_WORD_48, caller_put(0x99)), -3);
-    EXPECT_EQ(board.calls, both);
+    const Course run{opens_to_read(), word_read(0x6B48), closes(), {"usleep 1", kIgnored}};
+    expect_course(RD_DEVICE_WORD_48, put(untouched(2)), run + run, -3);
 }
-
-TEST_F(DeviceWord, ACodeThatCannotBeReadLeavesTheCallersValue)
-{
-    board.fpga.results[0x6B48] = -1;
-    caller_put(kCallers);
-    EXPECT_EQ(run(RD_DEVICE_WORD_48), -2);
-    EXPECT_EQ(caller_get(4, 0), kCallers);
-}
-
-constexpr std::pair<uint16_t, uint16_t> kCodes[] = {{2, 1}, {4, 2}, {8, 3}}; // caller, device
 
 TEST_F(DeviceWord, WritesTheDevicesCode)
 {
-    for (const auto& [caller, device] : kCodes) {
-        prove(WR_DEVICE_WORD_49, [this, caller = caller] { return caller_put(caller); },
-              {opens_to_write(), value_write(0x6B49, device), closes()});
+    for (const auto& [caller, device] : {std::pair{2, 1U}, {4, 2U}, {8, 3U}}) {
+        const Bytes code = le16(static_cast<uint32_t>(caller));
+        prove_record(WR_DEVICE_WORD_49, code,
+                     {opens_to_write(), value_write(0x6B49, device), closes()}, code);
+        EXPECT_EQ(board.fpga.words[0x6B48], device);
+        expect_run(RD_DEVICE_WORD_48, untouched(2), 0, code);
     }
 }
 
 TEST_F(DeviceWord, RefusesEveryOtherCodeBeforeOpening)
 {
-    caller_put(3);
-    EXPECT_EQ(run(WR_DEVICE_WORD_49), -5);
-    EXPECT_EQ(board.calls, Trace{});
+    expect_refused(WR_DEVICE_WORD_49, le16(3));
     for_every_word([&](uint16_t code) {
         const size_t before = board.call_count();
         board.fpga.words[0x6B48] = 0xAAAA;
-        caller_put(code | 0x00020000U);
-        const int32_t result = run(WR_DEVICE_WORD_49);
         const bool known = code == 2 || code == 4 || code == 8;
-        ASSERT_EQ(result, known ? 0 : -5) << code;
-        ASSERT_EQ(board.call_count() - before, known ? 3U : 0U);
-        ASSERT_EQ(board.fpga.words[0x6B48] == 0xAAAA, !known);
+        EXPECT_EQ(run(WR_DEVICE_WORD_49, le16(code)), known ? 0 : -5) << hex_number(code);
+        EXPECT_EQ(board.call_count() - before, known ? 3U : 0U) << hex_number(code);
+        EXPECT_EQ(board.fpga.words[0x6B48] == 0xAAAA, !known) << hex_number(code);
     });
-}
-
-TEST_F(DeviceWord, TheCodeReadsBackAsWritten)
-{
-    for (const auto& [caller, device] : kCodes) {
-        caller_put(caller);
-        EXPECT_EQ(run(WR_DEVICE_WORD_49), 0);
-        EXPECT_EQ(board.fpga.words[0x6B48], device);
-        caller_put(0);
-        EXPECT_EQ(run(RD_DEVICE_WORD_48), 0);
-        EXPECT_EQ(caller_get(2, 0), caller);
-    }
-}
-
-// Register 0x44 -----------------------------------------------------------------------------
-
-TEST_F(DeviceWord, ReadsRegister44)
-{
-    prove(RD_REG44_FLAG, [this] { return caller_put(0x99); },
-          {opens_to_read(), register_read(0x0044), closes()});
-}
-
-// What the driver returned beside the register's 16 bits is written back with them.
-TEST_F(DeviceWord, ChangesRegister44InTheRecordThatWasRead)
-{
-    prove(WR_REG44_FLAG,
-          [this] {
-              board.fpga.register_high = 0xCAFE;
-              board.fpga.registers[0x0044] = 0x1230;
-              return caller_put(1);
-          },
-          {opens_to_write(), register_read(0x0044), register_write(0x0044, 0xCAFE1231), closes()});
-}
-
-TEST_F(DeviceWord, TheFlagIsBit0OfRegister44)
-{
-    board.fpga.register_high = 0xFFFF;
-    for_every_word([&](uint16_t word) {
-        board.fpga.registers[0x0044] = word;
-        caller_put(kCallers);
-        ASSERT_EQ(run(RD_REG44_FLAG), 0);
-        ASSERT_EQ(caller_get(2, kCallers), word % 2U);
-    });
-}
-
-TEST_F(DeviceWord, OnlyOneSetsTheFlagOfRegister44AndOtherBitsAreKept)
-{
-    for (const uint32_t flag : {0U, 1U, 2U, 255U, 0x0101U, 0x0100U, 0xFFFFU}) {
-        for_every_word([&](uint16_t word) {
-            board.fpga.registers[0x0044] = word;
-            caller_put(flag | 0x00010000U);
-            ASSERT_EQ(run(WR_REG44_FLAG), 0);
-            ASSERT_EQ(board.fpga.registers[0x0044], flag == 1 ? word | 1 : word & 0xFFFE);
-        });
-    }
-    EXPECT_EQ(board.fpga.registers.size(), 1U);
-}
-
-TEST_F(DeviceWord, ARegister44ThatCannotBeReadLeavesTheCallersValue)
-{
-    board.fpga.results[0x6B42] = -1;
-    caller_put(kCallers);
-    EXPECT_EQ(run(RD_REG44_FLAG), -2);
-    EXPECT_EQ(caller_get(4, 0), kCallers);
-}
-
-TEST_F(DeviceWord, EverythingWrittenReadsBack)
-{
-    for (const uint32_t flag : {1U, 0U}) {
-        caller_put(flag);
-        EXPECT_EQ(run(WR_REG44_FLAG), 0);
-        EXPECT_EQ(run(WR_GROUP_FLAG), 0);
-        caller_put(0x99);
-        EXPECT_EQ(run(RD_REG44_FLAG), 0);
-        EXPECT_EQ(caller_get(2, 0), flag);
-        caller_put(0x99);
-        EXPECT_EQ(run(RD_GROUP_FLAG), 0);
-        EXPECT_EQ(caller_get(1, 0), flag);
-    }
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // The limit of the data size against a second computation of it, over all MTUs.
 #include <fcntl.h>
 
+#include "device/command_test.h"
 #include "device/library_calls.h"
-#include "maint/commands/mtu.h"
 
 namespace
 {
@@ -106,7 +106,7 @@ class SteadyFile
     bool present_ = true;
 };
 
-class MtuModel : public DeviceTest
+class MtuModel : public CommandTest
 {
   protected:
     void SetUp() override { board.recording = false; }
@@ -127,13 +127,12 @@ class MtuModel : public DeviceTest
     void check(const Situation& s)
     {
         situation_put(s);
-        const uint16_t cap = s.cap ? 1 : 0;
-        uint16_t argument = cap;
-        ASSERT_EQ(Fpga_Register_Set(WR_MTU_LIMIT, &argument), 0) << s;
+        const Bytes cap = le16(s.cap ? 1 : 0);
+        ASSERT_EQ(run(WR_MTU_LIMIT, cap), 0) << s;
         const uint32_t expected = limit_of(s);
         ASSERT_EQ(board.fpga.registers[0x0054], expected) << s;
         ASSERT_EQ(board.fpga.registers[0x0056], expected) << s;
-        ASSERT_EQ(argument, cap) << s;
+        ASSERT_EQ(record(), cap) << s;
         ++runs;
     }
 

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "device/caller_record.h"
+#include "device/command_test.h"
 #include "device/phy_course.h"
 
 constexpr unsigned kFlagValues[] = {0, 1, 2, 255};
@@ -20,22 +20,15 @@ struct Config {
     // The record at its offsets.
     [[nodiscard]] Bytes bytes() const
     {
-        Bytes record = le32(port);
-        for (const unsigned flag : {autoneg, switch_flag, speed100, full_duplex, extra}) {
-            record += static_cast<char>(static_cast<uint8_t>(flag));
-        }
-        return record;
+        return le32(port) + byte(autoneg) + byte(switch_flag) + byte(speed100) + byte(full_duplex) +
+               byte(extra);
     }
 };
 
 // A switch port record of port 4.
 inline Bytes switch_port(unsigned full_duplex, unsigned speed100, unsigned link)
 {
-    Bytes record = hex("04 00");
-    for (const unsigned flag : {full_duplex, speed100, link, 0U, 0U, 0U}) {
-        record += static_cast<char>(static_cast<uint8_t>(flag));
-    }
-    return record;
+    return hex("04 00") + byte(full_duplex) + byte(speed100) + byte(link) + zeros(3);
 }
 
 // What is written to the PHY, and the pauses between.
@@ -60,25 +53,37 @@ inline Course phy_writes(const Config& config)
     return course;
 }
 
-class PhyConfigWrite : public DeviceTest
+class PhyConfigWrite : public CommandTest
 {
   protected:
-    void* record_of(const Config& config)
-    {
-        record = CallerRecord(config.bytes());
-        return record.pointer();
-    }
-
+    // The calls of a configuration; its record stays.
     void expect_configured(const Config& config, const Course& course)
     {
         SCOPED_TRACE(testing::PrintToString(config.bytes()));
-        expect_course(WR_PHY_CONFIG, record_of(config), course);
-        EXPECT_EQ(record.bytes(), untouched_after(config.bytes()));
+        expect_course(WR_PHY_CONFIG, with(config.bytes())(), course);
+        EXPECT_EQ(record(), config.bytes());
+    }
+
+    // A run; its record stays.
+    void expect_result(const Config& config, int32_t result)
+    {
+        expect_run(WR_PHY_CONFIG, config.bytes(), result, config.bytes());
+    }
+
+    void prove_configured(const Config& config, const Course& course)
+    {
+        prove_record(WR_PHY_CONFIG, config.bytes(), course, config.bytes());
+    }
+
+    void expect_refused(const Config& config)
+    {
+        CommandTest::expect_refused(WR_PHY_CONFIG, config.bytes());
     }
 
     // Opens the first descriptor only, so that switch port 4 is not followed.
     void refuse_second_descriptor()
     {
+        device_put = [this] { board.fpga_present = true; };
         board.before_call = [this](const std::string& call) {
             if (call.rfind("ioctl 6B73", 0) == 0) {
                 board.fpga_present = false;
@@ -92,6 +97,4 @@ class PhyConfigWrite : public DeviceTest
     {
         return board.fpga.phys[kPhyAddressOfPort[port]];
     }
-
-    CallerRecord record;
 };

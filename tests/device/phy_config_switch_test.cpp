@@ -58,12 +58,8 @@ class SwitchPortFollowing : public PhyConfigWrite
         registers_of(5)[1] = 0x0004;
         board.restart();
         board.fail_call(course.size() + 1);
-        EXPECT_EQ(Fpga_Register_Set(WR_PHY_CONFIG, record_of(config)), 0);
-        Trace expected;
-        for (const Step& step : course + Course{{failed + " -> failed", kIgnored}} + rest) {
-            expected.push_back(step.call);
-        }
-        EXPECT_EQ(board.calls, expected);
+        expect_result(config, 0);
+        EXPECT_EQ(board.calls, calls_of(course) + Trace{failed + " -> failed"} + calls_of(rest));
         EXPECT_EQ(board.open_descriptors(), 0U);
     }
 };
@@ -74,10 +70,7 @@ TEST_F(SwitchPortFollowing, IsWrittenFromTheCallersBytes)
     for (const unsigned speed100 : kFlagValues) {
         for (const unsigned full_duplex : kFlagValues) {
             for (const unsigned flag : kFlagValues) {
-                board.fpga_present = true;
-                EXPECT_EQ(Fpga_Register_Set(WR_PHY_CONFIG,
-                                            record_of({5, 1, flag, speed100, full_duplex, 0})),
-                          0);
+                expect_result({5, 1, flag, speed100, full_duplex, 0}, 0);
                 EXPECT_EQ(board.fpga.switch_ports[4], switch_port(full_duplex, speed100, flag));
             }
         }
@@ -88,16 +81,8 @@ TEST_F(SwitchPortFollowing, IsWrittenFromTheCallersBytes)
 TEST_F(SwitchPortFollowing, IsLeftWhenTheSecondDescriptorCannotBeOpened)
 {
     refuse_second_descriptor();
-    Course course = written_first({5, 0, 1, 0, 1, 1});
-    course.push_back(opens_to_write(kIgnored));
-    course.push_back(closes());
-    prove(
-        WR_PHY_CONFIG,
-        [this] {
-            board.fpga_present = true;
-            return record_of({5, 0, 1, 0, 1, 1});
-        },
-        course);
+    const Config config{5, 0, 1, 0, 1, 1};
+    prove_configured(config, written_first(config) + Course{opens_to_write(kIgnored), closes()});
 }
 
 TEST_F(SwitchPortFollowing, FailsWhenTheFirstWriteFails)
@@ -105,7 +90,7 @@ TEST_F(SwitchPortFollowing, FailsWhenTheFirstWriteFails)
     board.fpga.switch_ports[4] = hex("04 FF FF FF FF FF FF FF");
     const Course written = written_first(kManual);
     fail_in_both_runs(written.size(), 1);
-    EXPECT_EQ(Fpga_Register_Set(WR_PHY_CONFIG, record_of(kManual)), -4);
+    expect_result(kManual, -4);
     EXPECT_EQ(board.calls.size(), 2 * (written.size() + 2));
     EXPECT_EQ(board.fpga.switch_ports[4], hex("04 FF FF FF FF FF FF FF"));
     EXPECT_EQ(registers_of(5)[0], 0x2100);

@@ -1,7 +1,9 @@
-// What a reading of a port's PHY asks of the driver.
+// What the commands on a port's PHY ask of the driver.
 #pragma once
 
 #include "device/device_test.h"
+
+constexpr uint32_t kPhyPorts[] = {0, 1, 2, 3, 4, 5, 6};
 
 constexpr uint16_t kPhyAddressOfPort[7] = {9, 1, 2, 3, 4, 5, 8};
 

@@ -2,13 +2,11 @@
 #include <array>
 #include <random>
 
-#include "device/caller_record.h"
+#include "device/command_test.h"
 #include "device/phy_course.h"
 
 namespace
 {
-
-constexpr uint32_t kPorts[] = {0, 1, 2, 3, 4, 5, 6};
 
 using Registers = std::array<uint16_t, 32>;
 
@@ -24,35 +22,38 @@ Bytes status_record(uint32_t port, int autoneg, int link, int speed100, int full
 
 constexpr int kKept = kUntouched;
 
-class PhyStatusRead : public DeviceTest
+Bytes untouched_record(uint32_t port)
+{
+    return status_record(port, kKept, kKept, kKept, kKept, kKept);
+}
+
+class PhyStatusRead : public CommandTest
 {
   protected:
     Registers& registers_of(uint32_t port) { return board.fpga.phys[kPhyAddressOfPort[port]]; }
 
     // Reads the port's PHY with the record's flags set to a value of the caller's.
-    int32_t read(uint32_t port, uint8_t held = kUntouched)
+    int32_t read(uint32_t port, int held = kKept)
     {
-        record = CallerRecord(le32(port) + Bytes(5, static_cast<char>(held)));
-        return Fpga_Register_Set(RD_PHY_STATUS, record.pointer());
+        return run(RD_PHY_STATUS, status_record(port, held, held, held, held, held));
     }
 
-    CallerRecord record;
+    // The same, and the record afterwards.
+    void expect_status(uint32_t port, int32_t result, const Bytes& after, int held = kKept)
+    {
+        EXPECT_EQ(read(port, held), result);
+        EXPECT_EQ(record(), after);
+    }
 };
 
 // Requests ---------------------------------------------------------------------------------
 
 TEST_F(PhyStatusRead, ReadsAll32RegistersOfThePortsOwnPhy)
 {
-    for (const uint32_t port : kPorts) {
+    for (const uint32_t port : kPhyPorts) {
         SCOPED_TRACE(port);
-        prove(
-            RD_PHY_STATUS,
-            [this, port] {
-                registers_of(port) = {};
-                record = CallerRecord(le32(port));
-                return record.pointer();
-            },
-            phy_reading(port));
+        prove_record(RD_PHY_STATUS, untouched_record(port), phy_reading(port),
+                     status_record(port, 0, 0, 0, 0, 0));
     }
 }
 
@@ -77,21 +78,14 @@ TEST_F(PhyStatusRead, AddressesThePhyByPort)
 TEST_F(PhyStatusRead, RefusesPortsAbove6WithoutOpening)
 {
     for (const uint32_t port : {7U, 8U, 9U, 255U, 256U, 0x80000000U, 0xFFFFFFFFU}) {
-        record = CallerRecord(le32(port));
-        expect_refused(RD_PHY_STATUS, record.pointer());
-        EXPECT_EQ(record.bytes(), untouched_after(le32(port)));
+        expect_refused(RD_PHY_STATUS, untouched_record(port));
     }
 }
 
 TEST_F(PhyStatusRead, KeepsTheRecordWhenAnyRegisterCannotBeRead)
 {
     registers_of(1).fill(0xFFFF);
-    for (size_t failing = 1; failing <= 33; ++failing) {
-        board.restart();
-        fail_in_both_runs(failing, failing == 1 ? 0 : 1);
-        EXPECT_EQ(read(1), failing == 1 ? -1 : -2);
-        EXPECT_EQ(record.bytes(), untouched_after(le32(1)));
-    }
+    expect_kept(RD_PHY_STATUS, untouched_record(1));
 }
 
 // Decisions --------------------------------------------------------------------------------
@@ -136,14 +130,13 @@ constexpr Decision kDecisions[] = {
 
 TEST_F(PhyStatusRead, DecidesEveryCombinationOnEveryPort)
 {
-    for (const uint32_t port : kPorts) {
+    for (const uint32_t port : kPhyPorts) {
         for (const Decision& row : kDecisions) {
             SCOPED_TRACE(row.name + (" on port " + std::to_string(port)));
             registers_of(port) = {row.r0, row.r1, 0, 0, row.r4, row.r5};
-            EXPECT_EQ(read(port), 0);
-            EXPECT_EQ(record.bytes(),
-                      untouched_after(status_record(port, row.autoneg, row.link, row.speed100,
-                                                    row.full_duplex, 0)));
+            expect_status(
+                port, 0,
+                status_record(port, row.autoneg, row.link, row.speed100, row.full_duplex, 0));
         }
     }
 }
@@ -152,9 +145,9 @@ TEST_F(PhyStatusRead, LeavesSpeedAndDuplexToTheCallerWithTheLinkDown)
 {
     for (const unsigned held : {0U, 1U, 2U, 255U}) {
         registers_of(3) = {0x3100, 0x0020, 0, 0, 0x0100, 0x0100};
-        EXPECT_EQ(read(3, static_cast<uint8_t>(held)), 0);
-        EXPECT_EQ(record.bytes(), untouched_after(status_record(3, 1, 0, static_cast<int>(held),
-                                                                static_cast<int>(held), 0)));
+        expect_status(3, 0,
+                      status_record(3, 1, 0, static_cast<int>(held), static_cast<int>(held), 0),
+                      static_cast<uint8_t>(held));
     }
 }
 
@@ -177,16 +170,14 @@ TEST_F(PhyStatusRead, PicksTheBestAbilityThatBothEndsHave)
                 EXPECT_EQ(read(2), -2);
                 continue;
             }
-            EXPECT_EQ(read(2), 0);
-            EXPECT_EQ(record.bytes(), untouched_after(status_record(2, 1, 1, kSpeed100[common],
-                                                                    kFullDuplex[common], 0)));
+            expect_status(2, 0, status_record(2, 1, 1, kSpeed100[common], kFullDuplex[common], 0));
         }
     }
 }
 
 TEST_F(PhyStatusRead, TakesTheExtraFlagFromTheRegisterOfThePort)
 {
-    for (const uint32_t port : kPorts) {
+    for (const uint32_t port : kPhyPorts) {
         SCOPED_TRACE(port);
         const bool vendor = port == 0 || port == 6;
         for (unsigned n = 0; n < 16; ++n) {
@@ -196,7 +187,7 @@ TEST_F(PhyStatusRead, TakesTheExtraFlagFromTheRegisterOfThePort)
                 registers[0] = static_cast<uint16_t>(vendor ? ~word : word);
                 registers[31] = static_cast<uint16_t>(vendor ? word : ~word);
                 EXPECT_EQ(read(port), 0);
-                EXPECT_EQ(record.bytes()[8], vendor ? (word >> 13) & 1U : (word >> 3) & 1U);
+                EXPECT_EQ(record()[8], vendor ? (word >> 13) & 1U : (word >> 3) & 1U);
             }
         }
     }
@@ -239,7 +230,7 @@ TEST_F(PhyStatusRead, AgreesWithTheDecisionStepsOnRandomRegisters)
     board.recording = false;
     unsigned undecided = 0;
     for (unsigned i = 0; i < 30000 && !HasFailure(); ++i) {
-        const uint32_t port = kPorts[i % 7];
+        const uint32_t port = kPhyPorts[i % 7];
         Registers& registers = registers_of(port);
         for (uint16_t& value : registers) {
             value = static_cast<uint16_t>(random());
@@ -250,8 +241,7 @@ TEST_F(PhyStatusRead, AgreesWithTheDecisionStepsOnRandomRegisters)
         }
         const auto held = static_cast<uint8_t>(random());
         const Reading expected = reading_of(port, registers, held);
-        EXPECT_EQ(read(port, held), expected.result);
-        EXPECT_EQ(record.bytes(), untouched_after(expected.record));
+        expect_status(port, expected.result, expected.record, held);
         undecided += expected.result == -2 ? 1 : 0;
     }
     EXPECT_GT(undecided, 1000U);
@@ -270,17 +260,15 @@ TEST_F(PhyStatusRead, FailsAnUndecidedNegotiationOnTheClosedDescriptor)
         {0x1000, 0x0024, 0, 0, 0xFE1F, 0xFE1F}, // common, but none of the four
         {0xFFFF, 0xFFDF, 0, 0, 0xFFFF, 0xFFFF}, // not completed, all other bits
     };
-    for (const uint32_t port : kPorts) {
+    for (const uint32_t port : kPhyPorts) {
         for (const Registers& registers : undecided) {
             SCOPED_TRACE(port);
             registers_of(port) = registers;
-            record = CallerRecord(le32(port));
-            expect_course(RD_PHY_STATUS, record.pointer(),
+            expect_course(RD_PHY_STATUS, put(untouched_record(port)),
                           phy_reading_undecided(port) + kRetryDelay + phy_reading_undecided(port) +
                               kRetryDelay,
                           -2);
-            EXPECT_EQ(record.bytes(),
-                      untouched_after(status_record(port, 1, 1, kKept, kKept, kKept)));
+            EXPECT_EQ(record(), status_record(port, 1, 1, kKept, kKept, kKept));
         }
     }
 }
@@ -311,7 +299,7 @@ TEST_F(PhyStatusBesideAnotherThread, CannotMapASecondUndecidedReading)
     registers_of(4) = {0x1008, 0x0004};
     EXPECT_EQ(read(4), -3);
     EXPECT_EQ(board.calls.size(), 2 * (1 + 32 + 1 + 32 + 1)); // run twice, with a pause after each
-    EXPECT_EQ(record.bytes(), untouched_after(status_record(4, 1, 1, kKept, kKept, kKept)));
+    EXPECT_EQ(record(), status_record(4, 1, 1, kKept, kKept, kKept));
 }
 
 TEST_F(PhyStatusBesideAnotherThread, ReportsASecondReadingThatIsDecided)
@@ -324,7 +312,7 @@ TEST_F(PhyStatusBesideAnotherThread, ReportsASecondReadingThatIsDecided)
     };
     EXPECT_EQ(read(4), 0);
     EXPECT_EQ(board.calls.size(), 1U + 32 + 1 + 32);
-    EXPECT_EQ(record.bytes(), untouched_after(status_record(4, 1, 1, 1, 0, 1)));
+    EXPECT_EQ(record(), status_record(4, 1, 1, 1, 0, 1));
 }
 
 } // namespace

@@ -1,13 +1,11 @@
 // The real-time clock commands.
-#include <array>
 #include <chrono>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <utility>
 
+#include "device/command_test.h"
 #include "device/commands/rtc.h"
-#include "device/device_test.h"
 #include "maint/commands/rtc.h"
 
 namespace
@@ -39,111 +37,76 @@ Bytes rtc_time(const std::array<int32_t, 9>& fields)
     return bytes;
 }
 
-class Rtc : public DeviceTest
+// The record of the date and time.
+Bytes date(uint32_t year, uint32_t month, uint32_t day, uint32_t hour, uint32_t minute,
+           uint32_t second, uint32_t weekday)
+{
+    return le16(year) + le16(month) + le16(day) + le16(hour) + le16(minute) + le16(second) +
+           le16(weekday);
+}
+
+const Bytes kLeapDay = date(2004, 2, 29, 12, 34, 56, 0); // a Sunday
+constexpr time_t kLeapDayTime = 1078058096;
+
+class Rtc : public CommandTest
 {
   protected:
-    // The record between guards.
-    struct Guarded {
-        uint16_t before = 0xDEAD;
-        RtcDateTime record{};
-        uint16_t after = 0xBEEF;
-    } argument;
-
     void TearDown() override
     {
-        EXPECT_EQ(argument.before, 0xDEAD);
-        EXPECT_EQ(argument.after, 0xBEEF);
         EXPECT_EQ(board.console, "");
-        DeviceTest::TearDown();
+        CommandTest::TearDown();
     }
 
-    static Bytes words(const RtcDateTime& record)
+    // Sets the clock; the record stays.
+    void expect_set(const Bytes& record, int32_t result = 0)
     {
-        Bytes bytes;
-        for (const uint16_t word : {record.year, record.month, record.day, record.hour,
-                                    record.minute, record.second, record.weekday}) {
-            bytes += le16(word);
-        }
-        return bytes;
+        expect_run(WR_RTC_TIME, record, result, record);
     }
 };
 
 TEST_F(Rtc, RecordIsSevenWordsInThisOrder)
 {
-    const RtcDateTime record{1, 2, 3, 4, 5, 6, 7};
-    EXPECT_EQ(bytes_of(record), hex("1 0 2 0 3 0 4 0 5 0 6 0 7 0"));
+    EXPECT_EQ(bytes_of(RtcDateTime{1, 2, 3, 4, 5, 6, 7}), date(1, 2, 3, 4, 5, 6, 7));
 }
 
 TEST_F(Rtc, ReadsTheTime)
 {
-    const Course course{
-        rtc_opens("O_RDONLY"),
-        rtc_request(0x80247009, Bytes(36, '\0'), -2),
-        rtc_closes(),
-    };
-    prove(
-        RD_RTC_TIME,
-        [this] {
-            // The driver's weekday, day of the year and daylight saving do not count.
-            board.rtc.time = {7, 5, 9, 1, 2, 106, 5, 200, 1};
-            argument.record = {9, 9, 9, 9, 9, 9, 9};
-            return &argument.record;
-        },
-        course);
-    EXPECT_EQ(words(argument.record), words({2006, 3, 1, 9, 5, 7, 3}));
-}
-
-TEST_F(Rtc, FailedReadLeavesTheRecord)
-{
-    const RtcDateTime before{9, 9, 9, 9, 9, 9, 9};
-    argument.record = before;
-    board.fail_calls({2, 6});
-    EXPECT_EQ(Fpga_Register_Set(RD_RTC_TIME, &argument.record), -2);
-    EXPECT_EQ(words(argument.record), words(before));
+    // The driver's weekday, day of the year and daylight saving do not count.
+    board.rtc.time = {7, 5, 9, 1, 2, 106, 5, 200, 1};
+    prove_record(RD_RTC_TIME, untouched(14),
+                 {rtc_opens("O_RDONLY"), rtc_request(0x80247009, zeros(36), -2), rtc_closes()},
+                 date(2006, 3, 1, 9, 5, 7, 3));
+    expect_kept(RD_RTC_TIME, untouched(14));
 }
 
 TEST_F(Rtc, TakesTheLowSixteenBitsOfTheDriversFields)
 {
     board.rtc.time = {0x10001, 0x20002, 0x30003, 0x40004, 0x50005, 0x60006, 0, 0, 0};
-    ASSERT_EQ(Fpga_Register_Set(RD_RTC_TIME, &argument.record), 0);
-    EXPECT_EQ(argument.record.second, 1);
-    EXPECT_EQ(argument.record.minute, 2);
-    EXPECT_EQ(argument.record.hour, 3);
-    EXPECT_EQ(argument.record.day, 4);
-    EXPECT_EQ(argument.record.month, 6);
-    EXPECT_EQ(argument.record.year, 1906);
+    expect_run(RD_RTC_TIME, untouched(14), 0, date(1906, 6, 4, 3, 2, 1, 1));
 }
 
 TEST_F(Rtc, SetsClockAndSystemClock)
 {
-    // 2004-02-29 12:34:56 was a Sunday; the caller's weekday is ignored.
-    const Course course{
-        rtc_opens("O_RDONLY"),
-        rtc_request(0x4024700A, rtc_time({56, 34, 12, 29, 1, 104, 0, 0, 0}), -4),
-        rtc_closes(),
-        {"stime 1078058096", kIgnored},
+    device_put = [this] {
+        board.rtc.time = {};
+        board.now = 0;
     };
-    prove(
-        WR_RTC_TIME,
-        [this] {
-            board.rtc.time = {};
-            board.now = 0;
-            argument.record = {2004, 2, 29, 12, 34, 56, 5};
-            return &argument.record;
-        },
-        course);
-    EXPECT_EQ(argument.record.weekday, 5);
-    ASSERT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
-    EXPECT_EQ(board.now, 1078058096);
+    const Bytes record = date(2004, 2, 29, 12, 34, 56, 5); // the weekday is ignored
+    prove_record(WR_RTC_TIME, record,
+                 {rtc_opens("O_RDONLY"),
+                  rtc_request(0x4024700A, rtc_time({56, 34, 12, 29, 1, 104, 0, 0, 0}), -4),
+                  rtc_closes(),
+                  {"stime 1078058096", kIgnored}},
+                 record);
+    EXPECT_EQ(board.now, kLeapDayTime);
 }
 
 TEST_F(Rtc, TakesTheRecordAsLocalTime)
 {
     setenv("TZ", "JST-9", 1);
     tzset();
-    argument.record = {2004, 2, 29, 12, 34, 56, 0};
-    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
-    EXPECT_EQ(board.now, 1078058096 - 9 * 3600);
+    expect_set(kLeapDay);
+    EXPECT_EQ(board.now, kLeapDayTime - 9 * 3600);
     EXPECT_EQ(board.rtc.time[2], 12);
 }
 
@@ -152,57 +115,42 @@ TEST_F(Rtc, TakesTheRecordAsStandardTimeAllTheYear)
 {
     setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
     tzset();
-    argument.record = {2004, 7, 1, 12, 0, 0, 0};
-    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    expect_set(date(2004, 7, 1, 12, 0, 0, 0));
     EXPECT_EQ(board.now, 1088683200 - 3600); // 12:00 UTC on that day, less the zone's hour
 }
 
 TEST_F(Rtc, SystemClockFollowsTheCallerNotTheDriver)
 {
     board.rtc.overwrites = true;
-    argument.record = {2004, 2, 29, 12, 34, 56, 0};
-    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
-    EXPECT_EQ(board.now, 1078058096);
-}
-
-TEST_F(Rtc, PositiveAnswersAreNoFailure)
-{
-    board.rtc.result = 1;
-    uint32_t value = 0;
-    argument.record = {2004, 2, 29, 12, 34, 56, 0};
-    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
-    EXPECT_EQ(Fpga_Register_Set(RD_RTC_TIME, &argument.record), 0);
-    EXPECT_EQ(Fpga_Register_Set(RD_RTC_STATUS, &value), 0);
-    EXPECT_EQ(Fpga_Register_Set(WR_RTC_STATUS, &value), 0);
+    expect_set(kLeapDay);
+    EXPECT_EQ(board.now, kLeapDayTime);
 }
 
 // The driver works in the caller's own memory.
 TEST_F(Rtc, StatusIsTheCallersOwnWord)
 {
-    uint32_t value = 0;
     board.rtc.status = 7;
     board.before_call = [&](const std::string& call) {
         if (call == "close /dev/rtc") {
-            EXPECT_EQ(value, 7U) << "filled before the device is closed";
+            EXPECT_EQ(record(), le32(7)) << "filled before the device is closed";
         }
     };
-    EXPECT_EQ(Fpga_Register_Set(RD_RTC_STATUS, &value), 0);
+    expect_run(RD_RTC_STATUS, le32(0), 0, le32(7));
     board.before_call = [&](const std::string& call) {
         if (call.rfind("ioctl", 0) == 0) {
-            value = 9; // changed just before the driver looks
+            put_byte(0, 9); // changed just before the driver looks
         }
     };
-    EXPECT_EQ(Fpga_Register_Set(WR_RTC_STATUS, &value), 0);
+    expect_run(WR_RTC_STATUS, le32(7), 0, le32(9));
     EXPECT_EQ(board.rtc.status, 9U);
     board.before_call = nullptr;
 }
 
 TEST_F(Rtc, LeavesTheSystemClockWhenTheRtcCannotBeSet)
 {
-    argument.record = {2004, 2, 29, 12, 34, 56, 0};
     const time_t before = board.now;
     board.fail_calls({2, 6});
-    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), -4);
+    expect_set(kLeapDay, -4);
     EXPECT_EQ(board.now, before);
     for (const std::string& call : board.calls) {
         EXPECT_NE(call.rfind("stime", 0), 0U) << call;
@@ -211,16 +159,14 @@ TEST_F(Rtc, LeavesTheSystemClockWhenTheRtcCannotBeSet)
 
 TEST_F(Rtc, SendsWhatIsOutOfRangeAsItStands)
 {
-    argument.record = {0, 0, 0, 65535, 65534, 65533, 65532};
-    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    expect_set(date(0, 0, 0, 65535, 65534, 65533, 65532));
     EXPECT_EQ(board.rtc.time, (std::array<int32_t, 9>{65533, 65534, 65535, 0, -1, -1900, 0, 0, 0}));
 }
 
 // No range is checked: the system clock gets what the calendar makes of the record.
 TEST_F(Rtc, SystemClockCarriesWhatIsOutOfRange)
 {
-    argument.record = {2004, 13, 32, 25, 61, 61, 0};
-    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    expect_set(date(2004, 13, 32, 25, 61, 61, 0));
     EXPECT_EQ(board.rtc.time, (std::array<int32_t, 9>{61, 61, 25, 32, 12, 104, 0, 0, 0}));
     EXPECT_EQ(board.now, 1107309721); // 2005-02-02 02:02:01
 }
@@ -228,47 +174,33 @@ TEST_F(Rtc, SystemClockCarriesWhatIsOutOfRange)
 // The time -1 is a time, too.
 TEST_F(Rtc, SystemClockIsSetToTheLastSecondBeforeItsEpoch)
 {
-    argument.record = {1969, 12, 31, 23, 59, 59, 0};
-    EXPECT_EQ(Fpga_Register_Set(WR_RTC_TIME, &argument.record), 0);
+    expect_set(date(1969, 12, 31, 23, 59, 59, 0));
     EXPECT_EQ(board.calls.back(), "stime -1");
     EXPECT_EQ(board.now, -1);
 }
 
 TEST_F(Rtc, PassesTheStatusThrough)
 {
-    uint32_t value = 0;
-    prove(RD_RTC_STATUS,
-          [&] {
-              board.rtc.status = 0x89ABCDEF;
-              value = 0x11223344;
-              return &value;
-          },
-          {rtc_opens("O_RDONLY"), rtc_request(0x80047013, hex("44 33 22 11"), -2), rtc_closes()});
-    EXPECT_EQ(value, 0x89ABCDEF);
-    prove(WR_RTC_STATUS,
-          [&] {
-              value = 0x12345678;
-              return &value;
-          },
-          {rtc_opens("O_RDWR"), rtc_request(0x40047014, hex("78 56 34 12"), -4), rtc_closes()});
+    board.rtc.status = 0x89ABCDEF;
+    const Bytes held = hex("44 33 22 11");
+    prove_record(RD_RTC_STATUS, held,
+                 {rtc_opens("O_RDONLY"), rtc_request(0x80047013, held, -2), rtc_closes()},
+                 le32(0x89ABCDEF));
+    const Bytes given = hex("78 56 34 12");
+    prove_record(WR_RTC_STATUS, given,
+                 {rtc_opens("O_RDWR"), rtc_request(0x40047014, given, -4), rtc_closes()}, given);
     EXPECT_EQ(board.rtc.status, 0x12345678U);
-    EXPECT_EQ(value, 0x12345678U);
 }
 
 TEST_F(Rtc, MissingClockFailsEveryCommand)
 {
     board.rtc_present = false;
-    uint32_t value = 7;
-    for (const auto& [command, record] :
-         {std::pair<DeviceCommandCode, void*>{RD_RTC_TIME, &argument.record},
-          {WR_RTC_TIME, &argument.record},
-          {RD_RTC_STATUS, &value},
-          {WR_RTC_STATUS, &value}}) {
+    for (const DeviceCommandCode command :
+         {RD_RTC_TIME, WR_RTC_TIME, RD_RTC_STATUS, WR_RTC_STATUS}) {
         board.restart();
-        EXPECT_EQ(Fpga_Register_Set(command, record), -1);
+        expect_run(command, kLeapDay, -1, kLeapDay);
         EXPECT_EQ(board.calls.size(), 4U); // two opens, each with its sleep
     }
-    EXPECT_EQ(value, 7U);
 }
 
 struct Day {
