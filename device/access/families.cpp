@@ -84,7 +84,8 @@ int32_t field_write(const uint16_t* value, RegisterField which)
 int32_t record_passOut(void* record, PassedRequest which)
 {
     return command_readRecord(request_in(which), record,
-                              is_unusual(which) ? FpgaAccess::kWrite : FpgaAccess::kRead);
+                              passedRequest_isUnusual(which) ? FpgaAccess::kWrite
+                                                             : FpgaAccess::kRead);
 }
 
 int32_t record_passIn(const void* record, PassedRequest which)

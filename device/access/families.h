@@ -83,14 +83,14 @@ constexpr RequestNumber request_in(PassedRequest which)
     return static_cast<RequestNumber>(static_cast<unsigned>(which) & 0xFF);
 }
 
-constexpr bool is_unusual(PassedRequest which)
+constexpr bool passedRequest_isUnusual(PassedRequest which)
 {
     return (static_cast<unsigned>(which) & 0x100) != 0;
 }
 
 constexpr int32_t failure_in(PassedRequest which)
 {
-    return is_unusual(which) ? DEVICE_READ_FAILED : DEVICE_WRITE_FAILED;
+    return passedRequest_isUnusual(which) ? DEVICE_READ_FAILED : DEVICE_WRITE_FAILED;
 }
 
 // Opened for writing by the one report that is so.

@@ -24,15 +24,13 @@ constexpr LedIndicator kLedD{WR_LED_D, 0x0100, kLedRegisterC, &LedStateRecord::l
 constexpr LedIndicator kLedE{WR_LED_E, 0x0040, kLedRegisterC, &LedStateRecord::ledE};
 constexpr LedIndicator kLedF{WR_LINE_MODE, 0x0010, kLedRegisterC, &LedStateRecord::ledF};
 
-// In this order, and the line mode last, which is neither recorded nor restored.
-enum class IndicatorId : uint16_t { kB, kC, kD, kE, kLineMode };
-extern const LedIndicator kLedIndicators[5];
-constexpr unsigned kLedIndicatorsKept = 4;
+enum class IndicatorId : uint16_t { kB, kC, kD, kE };
+const LedIndicator& indicator_get(IndicatorId which);
 
 // A setter's rule: 1 low alone, 2 high with low as it was, any other value neither.
 constexpr BitChange indicator_assign(const LedIndicator& indicator, uint8_t value)
 {
-    const unsigned high = indicator.low << 1;
+    const unsigned high = 2U * indicator.low;
     if (value == 2) {
         return bits_assign(high, true);
     }
@@ -89,8 +87,8 @@ constexpr LedGroupPlace kLedGroup6{WR_LED_GROUP_6, kLedRegisterA, 12, MaskOrder:
 constexpr LedGroupPlace kLedGroup7{WR_LED_GROUP_7, kLedRegisterB, 0, MaskOrder::kByElement,
                                    &LedStateRecord::group7};
 
-enum class GroupId : uint16_t { k1, kLineFlags, k3, k4, k5, k6, k7 };
-extern const LedGroupPlace kLedGroups[7]; // in this order
+enum class GroupId : uint16_t { k3, k4, k5, k6 };
+const LedGroupPlace& group_get(GroupId which);
 
 constexpr unsigned element_bit(const LedGroupPlace& place, unsigned element)
 {
@@ -102,6 +100,11 @@ bool element_isSelected(const LedGroupPlace& place, uint8_t mask, unsigned eleme
 
 // The elements that the record's valid mask selects.
 BitChange group_change(const LedGroupPlace& place, const LedStateRecord& record);
+
+// Copies the bytes that a command records from one record to another; false: it records none. A
+// group's elements are recorded whole and its valid mask not at all. WR_LINE_FLAGS records although
+// its handler never defers; WR_LINE_MODE does not.
+bool recorded_copy(int32_t command, const LedStateRecord& from, LedStateRecord& into);
 
 // What the end of the inhibit does to a register: every element of its groups, whatever their
 // masks; its three-state indicators by the setter's rule, but a value above 2 changes nothing.

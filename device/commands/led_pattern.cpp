@@ -82,7 +82,7 @@ int32_t pattern_show(void* /*unused*/, Pattern which)
 int32_t write_led_restore(LedStateRecord* record)
 {
     return saveLock_run([record]() -> int32_t {
-        if (!ledState_inhibited()) {
+        if (!ledState_isInhibited()) {
             return DEVICE_OK;
         }
         int32_t status = ledState_load(record);

@@ -9,8 +9,8 @@
 namespace
 {
 
-// What a dark unit keeps of its register B: ledA and ledB.
-constexpr uint16_t kDarkRegisterB = kLedALow | kLedAHigh | kLedB.low | kLedB.low << 1;
+// What a dark unit keeps of its register B: both bits of ledA and of ledB.
+constexpr uint16_t kDarkRegisterB = kLedALow | kLedAHigh | 3 * kLedB.low;
 
 } // namespace
 

@@ -29,7 +29,7 @@ void switchPort_mirror(Fpga& fpga, const LedGroup& group)
 
 int32_t indicator_write(const LedStateRecord* record, IndicatorId which)
 {
-    const LedIndicator& indicator = kLedIndicators[static_cast<unsigned>(which)];
+    const LedIndicator& indicator = indicator_get(which);
     if (change_recorded(indicator.command, *record)) {
         return LED_CHANGE_RECORDED;
     }
@@ -39,7 +39,7 @@ int32_t indicator_write(const LedStateRecord* record, IndicatorId which)
 
 int32_t group_write(const LedStateRecord* record, GroupId which)
 {
-    const LedGroupPlace& place = kLedGroups[static_cast<unsigned>(which)];
+    const LedGroupPlace& place = group_get(which);
     if (change_recorded(place.command, *record)) {
         return LED_CHANGE_RECORDED;
     }

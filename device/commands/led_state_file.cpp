@@ -4,8 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
-
 #include "device/commands/device_word.h"
 #include "device/commands/led_panel.h"
 #include "device/commands/led_read.h"
@@ -19,31 +17,6 @@ constexpr ssize_t kLedStateSize = sizeof(LedStateRecord);
 constexpr int32_t kDone = 0;
 constexpr int32_t kFailed = -1;
 constexpr int32_t kNotInhibited = -2;
-
-// The bytes that a command records. A group's elements are recorded whole and its valid mask not at
-// all. WR_LINE_FLAGS records although its handler never defers; WR_LINE_MODE does not.
-bool record_merge(int32_t command, const LedStateRecord& from, LedStateRecord& into)
-{
-    if (command == WR_LED_A) {
-        into.ledA = from.ledA;
-        return true;
-    }
-    for (unsigned n = 0; n < kLedIndicatorsKept; ++n) {
-        const LedIndicator& indicator = kLedIndicators[n];
-        if (indicator.command == command) {
-            into.*indicator.value = from.*indicator.value;
-            return true;
-        }
-    }
-    for (const LedGroupPlace& place : kLedGroups) {
-        if (place.command == command) {
-            LedGroup& group = into.*place.group;
-            memcpy(group.element, (from.*place.group).element, sizeof group.element);
-            return true;
-        }
-    }
-    return false;
-}
 
 int32_t file_create(const LedStateRecord& record)
 {
@@ -59,13 +32,14 @@ int32_t file_create(const LedStateRecord& record)
 bool file_merge(int file, int32_t command, const LedStateRecord& record)
 {
     LedStateRecord held{};
-    return read(file, &held, sizeof held) == kLedStateSize && record_merge(command, record, held) &&
-           lseek(file, 0, SEEK_SET) >= 0 && write(file, &held, sizeof held) == kLedStateSize;
+    return read(file, &held, sizeof held) == kLedStateSize &&
+           recorded_copy(command, record, held) && lseek(file, 0, SEEK_SET) >= 0 &&
+           write(file, &held, sizeof held) == kLedStateSize;
 }
 
 } // namespace
 
-bool ledState_inhibited()
+bool ledState_isInhibited()
 {
     struct stat status;
     return stat(kLedStatePath, &status) == 0;
@@ -74,7 +48,7 @@ bool ledState_inhibited()
 int32_t ledState_save()
 {
     return saveLock_run([]() -> int32_t {
-        if (ledState_inhibited()) {
+        if (ledState_isInhibited()) {
             return kDone;
         }
         uint16_t own = 0;
@@ -94,7 +68,7 @@ int32_t ledState_save()
 int32_t ledState_put(int32_t command, const LedStateRecord* record)
 {
     return saveLock_run([=]() -> int32_t {
-        if (!ledState_inhibited()) {
+        if (!ledState_isInhibited()) {
             return kNotInhibited;
         }
         const int file = open(kLedStatePath, O_RDWR);

@@ -20,7 +20,7 @@ template <class Work> int32_t saveLock_run(Work work)
 }
 
 // Whether the inhibit is on; a file of any size counts.
-bool ledState_inhibited();
+bool ledState_isInhibited();
 
 // Saves the live panel to the file, unless the file is there already: the first of several nested
 // patterns counts. Returns 0; -1 the panel cannot be read, or the file not be made or not be

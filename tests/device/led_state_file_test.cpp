@@ -199,14 +199,14 @@ TEST_F(LedStateFile, AnyFileThereCountsAsSaved)
         file_put(content);
         EXPECT_EQ(ledState_save(), 0) << size;
         EXPECT_EQ(file_get(), content) << size;
-        EXPECT_TRUE(ledState_inhibited()) << size;
+        EXPECT_TRUE(ledState_isInhibited()) << size;
     }
     board.file_remove(kLedFile);
     std::filesystem::create_directory(board.host(kLedFile));
     EXPECT_EQ(ledState_save(), 0);
-    EXPECT_TRUE(ledState_inhibited());
+    EXPECT_TRUE(ledState_isInhibited());
     std::filesystem::remove(board.host(kLedFile));
-    EXPECT_FALSE(ledState_inhibited());
+    EXPECT_FALSE(ledState_isInhibited());
 }
 
 TEST_F(LedStateFile, AShortWriteOfTheSnapshotFailsAndLeavesWhatWasWritten)
