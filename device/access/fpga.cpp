@@ -190,6 +190,13 @@ int32_t command_readRegister(uint32_t address, FpgaAccess access)
     return fpga_closeGiving(fpga, value);
 }
 
+int32_t command_readRegisters(uint32_t address, uint16_t* values, size_t count)
+{
+    Fpga fpga = fpga_open(FpgaAccess::kRead);
+    registers_read(fpga, address, values, count);
+    return fpga_close(fpga);
+}
+
 int32_t command_readWordFlag(Word word, unsigned mask)
 {
     const int32_t value = command_readWord(word);

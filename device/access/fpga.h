@@ -120,6 +120,12 @@ int32_t command_changeRegister(uint32_t address, BitChange change);
 // The 16 bits, or the negative status.
 int32_t command_readWord(Word word, FpgaAccess access = FpgaAccess::kRead);
 int32_t command_readRegister(uint32_t address, FpgaAccess access = FpgaAccess::kRead);
+// Consecutive registers; after a failure the values are none.
+int32_t command_readRegisters(uint32_t address, uint16_t* values, size_t count);
+template <size_t kCount> int32_t command_readRegisters(uint32_t address, uint16_t (&values)[kCount])
+{
+    return command_readRegisters(address, values, kCount);
+}
 // 1 if any of the bits is set, else 0; or the negative status.
 int32_t command_readWordFlag(Word word, unsigned mask);
 int32_t command_readRegisterFlag(uint32_t address, unsigned mask);

@@ -80,9 +80,7 @@ int32_t prefixSet_read(unsigned set, PrefixBytes& address, uint16_t& length)
         return DEVICE_BAD_ARGUMENT;
     }
     uint16_t values[4]; // address, mask
-    Fpga fpga = fpga_open(FpgaAccess::kRead);
-    registers_read(fpga, kSets[set].address, values);
-    const int32_t status = fpga_close(fpga);
+    const int32_t status = command_readRegisters(kSets[set].address, values);
     if (status != DEVICE_OK) {
         return status;
     }

@@ -18,19 +18,12 @@ constexpr unsigned kValidFlags = 0x03;
 constexpr unsigned kValidFirst = 0x04;
 constexpr unsigned kValidSecond = 0x08;
 
-int32_t block_read(Block& held)
-{
-    Fpga fpga = fpga_open(FpgaAccess::kRead);
-    registers_read(fpga, kFlags, held);
-    return fpga_close(fpga);
-}
-
 } // namespace
 
 int32_t read_reg16e_block(Reg16EBlock* record)
 {
     Block held;
-    const int32_t status = block_read(held);
+    const int32_t status = command_readRegisters(kFlags, held);
     if (status != DEVICE_OK) {
         return status;
     }
@@ -46,7 +39,7 @@ int32_t read_reg16e_block(Reg16EBlock* record)
 int32_t write_reg16e_block(const Reg16EBlock* record)
 {
     Block held;
-    const int32_t status = block_read(held);
+    const int32_t status = command_readRegisters(kFlags, held);
     if (status != DEVICE_OK) {
         return status;
     }

@@ -44,13 +44,6 @@ constexpr uint32_t address_of(Place place)
     return kBlock + kRegisterStep * place;
 }
 
-int32_t block_read(Block& held)
-{
-    Fpga fpga = fpga_open(FpgaAccess::kRead);
-    registers_read(fpga, kBlock, held);
-    return fpga_close(fpga);
-}
-
 constexpr uint32_t halves_join(uint16_t high, uint16_t low)
 {
     return static_cast<uint32_t>(high) << 16 | low;
@@ -90,7 +83,7 @@ void fields_write(Fpga& fpga, unsigned valid, const RegE0Block& record, uint16_t
 int32_t read_rege0_block(RegE0Block* record)
 {
     Block held;
-    const int32_t status = block_read(held);
+    const int32_t status = command_readRegisters(kBlock, held);
     if (status != DEVICE_OK) {
         return status;
     }
@@ -107,7 +100,7 @@ int32_t read_rege0_block(RegE0Block* record)
 int32_t write_rege0_block(const RegE0Block* record)
 {
     Block held;
-    const int32_t status = block_read(held);
+    const int32_t status = command_readRegisters(kBlock, held);
     if (status != DEVICE_OK) {
         return status;
     }

@@ -30,12 +30,11 @@ constexpr uint32_t kRegister15E = 0x015E;
 int32_t read_reg110_bytes(Reg110Bytes* record)
 {
     uint16_t values[2];
-    Fpga fpga = fpga_open(FpgaAccess::kRead);
-    registers_read(fpga, kRegister110, values);
-    if (fpga_good(fpga)) {
+    const int32_t status = command_readRegisters(kRegister110, values);
+    if (status == DEVICE_OK) {
         registerBytes_unpack(values, record->bytes);
     }
-    return fpga_close(fpga);
+    return status;
 }
 
 int32_t write_reg110_bytes(const Reg110Bytes* record)
@@ -81,13 +80,12 @@ int32_t write_reg15a_fields(const Reg15AFields* record)
 int32_t read_reg15c_pair(Reg15CPair* record)
 {
     uint16_t values[2];
-    Fpga fpga = fpga_open(FpgaAccess::kRead);
-    registers_read(fpga, kRegister15C, values);
-    if (fpga_good(fpga)) {
+    const int32_t status = command_readRegisters(kRegister15C, values);
+    if (status == DEVICE_OK) {
         record->b = values[0];
         record->a = values[1];
     }
-    return fpga_close(fpga);
+    return status;
 }
 
 int32_t write_reg15c_pair(const Reg15CPair* record)
