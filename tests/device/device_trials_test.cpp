@@ -290,7 +290,7 @@ class CommandTrials
     void expect_complete() const
     {
         EXPECT_TRUE(succeeded_);
-        EXPECT_EQ(reached_, command_.requests);
+        EXPECT_EQ(difference_of(command_.requests, reached_), "");
     }
 
     // For each request a trial that reaches it.

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # A command is found where its name says: described once, with its number, in the header that its
 # group in device_commands.h names; and each of these headers has its sources and its tests, called
-# after it.
+# after it, which name the command.
 # usage: check_command_names.sh SOURCE_DIR
 . "$(dirname "$0")/common.sh"
 work_make
@@ -92,6 +92,13 @@ while read -r noun; do
     grep -q "^$noun " "$work/tests" ||
         finding "maint/commands/$noun.h has no tests/device/${noun}_test.cpp or ${noun}_*_test.cpp"
 done <"$work/nouns"
+
+# Each command is tested by name in a test of its noun, or in the fixture of such tests.
+nouns_of "$source_dir/tests/device" _fixture.h >>"$work/tests"
+while read -r name _ header; do
+    { sed -n "s|^${header%.h} |$source_dir/|p" "$work/tests" | xargs -r grep -qwF -e "$name"; } ||
+        finding "$name is named in no test of ${header%.h}"
+done <"$work/commands"
 
 printf '%d command(s) in %d header(s)\n' "$(wc -l <"$work/commands")" "$(wc -l <"$work/nouns")"
 check_end

@@ -76,8 +76,6 @@ names_check()
         __aeabi_unwind*)
             finding "$2 needs the C++ runtime: $name" ;;
         __aeabi_*) ;;
-        # The linker's own: position independent code finds its tables by it.
-        _GLOBAL_OFFSET_TABLE_) ;;
         _Z* | __cxa* | __gxx* | _Unwind* | __dynamic_cast)
             finding "$2 needs the C++ runtime: $name" ;;
         *)

@@ -200,6 +200,8 @@ NUMBERS
     echo '/* RD_WORD_FIELD (0x010A) */' >"$work/tree/include/maint/commands/word_field.h"
     touch "$work/tree/device/commands"/{word.cpp,word_block.cpp,word_field_state.cpp,strange.h} \
         "$work/tree/tests/device"/{word_test.cpp,word_field_test.cpp,dispatcher_test.cpp}
+    echo 'expect(RD_WORD); expect(WR_WORD);' >"$work/tree/tests/device/word_test.cpp"
+    echo 'expect(RD_WORD_FIELD);' >"$work/tree/tests/device/word_field_fixture.h"
     printf '%s\n' "$work/tree"
 }
 passes check_command_names.sh "$(tree)"
@@ -219,6 +221,8 @@ files_fail()
     (cd "$work/tree" && "${@:2}")
     fails_with "$1" check_command_names.sh "$work/tree"
 }
+names_fail 'RD_WORD is named in no test of word' tests/device/word_test.cpp 's/(RD_WORD)/(RD_WORD_FIELD)/'
+names_fail 'RD_WORD_FIELD is named in no test of word_field' tests/device/word_field_fixture.h 's/RD_/WR_/'
 commands=include/maint/commands
 numbers=include/maint/device_commands.h
 names_fail 'RD_WORD is described as "RD_WORD (0x0001)" nowhere' \
