@@ -46,9 +46,6 @@ UnitWords unitWords_read(Fpga& fpga, uint32_t unit, UnitPage page);
 // The VPN identity that the hardware holds for a unit.
 uint16_t idValue_read(Fpga& fpga, uint32_t unit);
 
-// Room for what the driver may fill when a command that passes the caller's pointer through is run
-// from within: how much it fills, is the driver's; this is the largest record known. A command that
-// reads the same word by itself knows that it asks for 16 bits.
-constexpr size_t kWorkRecordSize = 496;
-
-template <class Number> using WorkRecord = std::array<Number, kWorkRecordSize / sizeof(Number)>;
+// Cleared room for all that the driver may fill, where a command that passes the caller's pointer
+// through is run from within (DEVICE_RECORD_MAX says why some reads need it).
+template <class Number> using WorkRecord = std::array<Number, DEVICE_RECORD_MAX / sizeof(Number)>;

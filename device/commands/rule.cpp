@@ -6,7 +6,7 @@
 #include "device/access/fpga.h"
 #include "device/access/numbers.h"
 
-static_assert(sizeof(RuleEntry) == 496);
+static_assert(sizeof(RuleEntry) == 496 && sizeof(RuleEntry) == DEVICE_RECORD_MAX);
 static_assert(offsetof(RuleEntry, value) == 22);
 static_assert(offsetof(RuleEntry, word_c) == 28);
 static_assert(offsetof(RuleEntry, switches) == 34);

@@ -5,6 +5,8 @@
  * for failure, and 0 for success unless its comment names another value. Pointers must not be null
  * unless an entry's comment says otherwise.
  *
+ * errno is nobody's result: an entry may change it, and what it holds afterwards means nothing.
+ *
  * The library has no state of its own and no options; of the environment only the time zone (TZ)
  * counts, for the times in the system log and the clock. Every file and device is opened, locked
  * where the comment says so, used and closed within one call; the save lock, and two device

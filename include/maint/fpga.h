@@ -28,6 +28,16 @@ enum {
 };
 
 /*
+ * Bytes of the longest record known, RuleEntry. Where a command hands the caller's pointer to the
+ * driver ("passed through" in its comment), the driver alone decides how much it fills; a record of
+ * this size is room enough for all that is known, and the one to take where in doubt. The library
+ * takes such a record of its own, cleared, where it runs one of these commands from within
+ * (RD_DEVICE_WORD_29 before a snapshot of the panel), and 2 or 4 bytes where it issues the same
+ * request by itself, as a word or bitmap of that width.
+ */
+enum { DEVICE_RECORD_MAX = 496 };
+
+/*
  * Runs one device command.
  *   command   number of the command
  *   argument  the command's own record, in and out as its comment says; must not be null unless the

@@ -24,7 +24,7 @@ typedef struct LedGroup {
  * elements and never touch the valid masks.
  */
 typedef struct LedStateRecord {
-    uint32_t ownId;      /* 0: the unit's own identifier, 1..30 */
+    uint32_t ownId;      /* 0: the unit's own identifier, 1..30; RD_DEVICE_WORD_29 reads it */
     uint32_t targetId;   /* 4: the unit that is read, 1..30; ownId for the local panel */
     uint8_t ledA;        /* 8: four states, 0..3 */
     uint8_t ledB;        /* 9: three states */

@@ -2,6 +2,15 @@
  * The system log: its header and records, the flash image and the working file, the writer, and
  * the reporter through which the whole library reports.
  *
+ * Which entry for what:
+ *   a line to console and log              report_message(LOG_SINK_BOTH, text)
+ *   a line to the log alone                systemLog_put(text)
+ *   the header of the log as it is now     zev_maintlog_head_read (the working file)
+ *   the header of the saved copy           read_systemlog_header (the flash; old after a new line)
+ *   at boot: make sure that there is a log zev_maintlog_init (maint/maintlog.h)
+ * Not for a program beside the boot: systemLogFileInit EMPTIES the log, and systemLogFileMake
+ * replaces it by the saved copy.
+ *
  * Two places hold the log in one layout:
  *   /dev/mtd_systemlog   flash image; survives a power cycle
  *   /conf/system.log     working file; survives a warm restart only

@@ -52,7 +52,8 @@ TEST_F(CommandTable, HoldsEveryNumberOfThePublicHeader)
         const auto number = static_cast<uint32_t>(std::stoul((*found)[2], nullptr, 16));
         numbers.insert(number);
         const CommandFacts* facts = commandFacts_find(number);
-        EXPECT_EQ(std::string(facts == nullptr ? "" : facts->name), (*found)[1].str()) << hex_number(number);
+        EXPECT_EQ(std::string(facts == nullptr ? "" : facts->name), (*found)[1].str())
+            << hex_number(number);
     }
     EXPECT_EQ(difference_of(known_numbers(), numbers), "");
 }

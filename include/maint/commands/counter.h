@@ -9,13 +9,21 @@
 #include <stdint.h>
 
 /*
- * RD_COUNTER (0x0401), RD_COUNTER_ALT (0x0403): value out; a counter may restart when it is read.
+ * RD_COUNTER (0x0401), RD_COUNTER_ALT (0x0403): value out.
  * WR_COUNTER (0x0402), WR_COUNTER_ALT (0x0404): all in.
+ *
+ * A counter may restart when it is read: a look takes its count away from whoever reads next.
+ * WR_STATISTICS_SAVE (maint/commands/statistics.h) reads the counters below to add them to the
+ * totals; what another program has read in between is missing there.
+ *
+ * What is known of the indexes, from the statistics: p (1..30) is stream A of port p, 64 + p is
+ * stream B. RD_COUNTER and WR_COUNTER pass any index and any selector on; what else there is, and
+ * what the second set (_ALT) counts, is the driver's.
  */
 typedef struct CounterRecord {
     uint32_t index;    /* 0 */
     uint32_t value;    /* 4 */
-    uint32_t selector; /* 8: which counter of the index; 32: its bytes, 33: its items */
+    uint32_t selector; /* 8: which counter of the index: 32 its bytes, 33 its items */
 } CounterRecord;
 
 /* WR_COUNTER_BLOCK_LARGE (0x0405), in. */

@@ -3,7 +3,8 @@
  * is the device's. A failed report stores nothing unless the driver does.
  *
  * Passed through: the driver itself fills or reads what the argument points to. How much that is,
- * is the driver's, whose documentation counts; the types below are what is known of it here.
+ * is the driver's, whose documentation counts; the types below are what is known of it here, and a
+ * record of DEVICE_RECORD_MAX bytes (maint/fpga.h) has room in any case.
  *   RD_DEVICE_WORD_27 (0x0036)  uint16_t out
  *   RD_DEVICE_WORD_29 (0x0038)  uint16_t out: the unit's own identifier
  *   RD_DEVICE_WORD_21 (0x0040)  uint16_t out; see below

@@ -86,7 +86,8 @@ enum { LED_CHANGE_RECORDED = 1 };
 
 /*
  * RD_LED_STATE (0x000E): ownId and targetId in, indicators and elements out; valid masks and
- * reserved bytes are not touched. Another unit is shown dark (every element and ledC to ledF 0)
+ * reserved bytes are not touched. Read the own identifier with RD_DEVICE_WORD_29 and look at its
+ * result: an ownId left 0 is refused with -5. Another unit is shown dark (every element and ledC to ledF 0)
  * when the hardware says so or when its VPN identity is not the configured one, which is looked up
  * in /conf/config under the save lock; an identity that cannot be read is no mismatch.
  * Results: 0; -1 device not opened; -2 a read failed (what was read before it is filled); -5 an

@@ -12,9 +12,15 @@
  * RD_RULE_ENTRY (0x011C): index in; the whole record out: cleared, then filled with what is present
  * in an enabled entry. Of a disabled entry only index and enabled are given, all else is 0. Opens
  * the device for writing.
- * WR_RULE_ENTRY (0x011D): all but `enabled` in; the entry is always enabled. A part that is 0 is
- * written as absent; so is an address whose first byte is 0, with its prefix, and the companion of
- * a word that is 0.
+ * WR_RULE_ENTRY (0x011D): all but `enabled` in; the entry is always enabled. What is absent and
+ * what is present:
+ *   address_a, address_b       absent when the first byte is 0; otherwise sent with the prefix as
+ *                              it stands, also 0
+ *   address_6_a, address_6_b   absent when all six bytes are 0
+ *   value, byte_e              absent when 0
+ *   word_c, word_d             absent when 0, and the companion with them
+ *   class_code                 absent unless 1..4
+ *   switches                   always sent
  * WR_RULE_DELETE (0x011E): index in; the entry is cleared and disabled.
  *
  * Results: 0; -1 device not opened; -2 read failed (the record stays as it was); -4 write failed;
