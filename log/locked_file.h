@@ -29,6 +29,7 @@ constexpr bool lockedFile_good(const LockedFile& file)
 // A failure that is no call's, such as a value that must not be.
 void lockedFile_fail(LockedFile& file, const char* error);
 
+// What cannot be read is left as it was: clear it before.
 void lockedFile_read(LockedFile& file, void* data, size_t size, const char* error);
 void lockedFile_write(LockedFile& file, const void* data, size_t size, const char* error);
 void lockedFile_seek(LockedFile& file, size_t offset, const char* error);

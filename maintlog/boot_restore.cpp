@@ -8,7 +8,7 @@
 namespace
 {
 
-bool workingFile_isValid()
+bool workingFile_check()
 {
     struct stat status;
     if (stat(kSystemLogPath, &status) != 0) {
@@ -54,7 +54,7 @@ bool workingFile_rebuild()
 
 int32_t zev_maintlog_init()
 {
-    if (workingFile_isValid()) {
+    if (workingFile_check()) {
         return 0;
     }
     unlink(kSystemLogPath);

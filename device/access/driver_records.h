@@ -7,7 +7,9 @@
 
 #include "device/access/fpga.h"
 
-// A switch port (kSwitchPortRead, kSwitchPortWrite), and the same record as a set of flags.
+// What a record read below holds after a failure, is nothing to use.
+
+// A switch port (kSwitchPortRead, kSwitchPortWrite).
 struct SwitchPortRequest {
     uint8_t port;
     uint8_t spare_1;
@@ -17,12 +19,6 @@ struct SwitchPortRequest {
     uint8_t spare_5[3];
 };
 static_assert(sizeof(SwitchPortRequest) == 8);
-
-struct FlagSetRequest {
-    uint8_t set; // the switch port
-    uint8_t flags[7];
-};
-static_assert(sizeof(FlagSetRequest) == sizeof(SwitchPortRequest));
 
 // The switch port behind the PHY of port 5; front-panel group 7 is mirrored into it, too.
 constexpr uint8_t kSwitchPort4 = 4;

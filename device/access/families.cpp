@@ -81,14 +81,15 @@ int32_t field_write(const uint16_t* value, RegisterField which)
     return command_changeRegister(address_of(which), field_assign(mask_of(which), *value));
 }
 
-int32_t record_passOut(void* record, PassedRequest which)
+int32_t record_passOut(void* record, FilledRequest which)
 {
-    return command_readRecord(request_in(which), record,
-                              passedRequest_isUnusual(which) ? FpgaAccess::kWrite
-                                                             : FpgaAccess::kRead);
+    const auto packed = static_cast<unsigned>(which);
+    return command_readRecord(static_cast<RequestNumber>(packed & 0xFFU), record,
+                              (packed & kSecondChoice) != 0 ? FpgaAccess::kWrite
+                                                            : FpgaAccess::kRead);
 }
 
-int32_t record_passIn(const void* record, PassedRequest which)
+int32_t record_passIn(const void* record, SentRequest which)
 {
     return command_writeRecord(request_in(which), record, failure_in(which));
 }

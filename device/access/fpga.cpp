@@ -31,9 +31,10 @@ int32_t command_issue(RequestNumber request, unsigned long argument, FpgaAccess 
     return fpga_close(fpga);
 }
 
-unsigned long address_of(const void* record)
+// A record's address as a request's argument. What a read request fills comes here from a pointer
+// that may be written to; what a write request points to the driver only reads.
+unsigned long argument_of(const void* record)
 {
-    // The driver only reads what a write request points to.
     return reinterpret_cast<unsigned long>(record);
 }
 
@@ -61,7 +62,7 @@ int32_t fpga_close(const Fpga& fpga)
 
 int record_issue(Fpga& fpga, RequestNumber request, void* record, int32_t failure)
 {
-    return request_issue(fpga, request, address_of(record), failure);
+    return request_issue(fpga, request, argument_of(record), failure);
 }
 
 int value_issue(Fpga& fpga, RequestNumber request, uint32_t value, int32_t failure)
@@ -71,12 +72,12 @@ int value_issue(Fpga& fpga, RequestNumber request, uint32_t value, int32_t failu
 
 void record_read(Fpga& fpga, RequestNumber request, void* record)
 {
-    request_issue(fpga, request, address_of(record), DEVICE_READ_FAILED);
+    request_issue(fpga, request, argument_of(record), DEVICE_READ_FAILED);
 }
 
 void record_write(Fpga& fpga, RequestNumber request, const void* record)
 {
-    request_issue(fpga, request, address_of(record), DEVICE_WRITE_FAILED);
+    request_issue(fpga, request, argument_of(record), DEVICE_WRITE_FAILED);
 }
 
 void value_write(Fpga& fpga, RequestNumber request, uint32_t value)
@@ -84,10 +85,10 @@ void value_write(Fpga& fpga, RequestNumber request, uint32_t value)
     request_issue(fpga, request, value, DEVICE_WRITE_FAILED);
 }
 
-uint16_t word_read(Fpga& fpga, Word word)
+uint16_t word_read(Fpga& fpga, RequestNumber request)
 {
     uint16_t value = 0;
-    record_read(fpga, request_reading(word), &value);
+    record_read(fpga, request, &value);
     return fpga_good(fpga) ? value : 0;
 }
 
@@ -149,12 +150,12 @@ void registerBytes_unpack(const uint16_t* values, uint8_t* bytes, size_t size)
 
 int32_t command_readRecord(RequestNumber request, void* record, FpgaAccess access)
 {
-    return command_issue(request, address_of(record), access, DEVICE_READ_FAILED);
+    return command_issue(request, argument_of(record), access, DEVICE_READ_FAILED);
 }
 
 int32_t command_writeRecord(RequestNumber request, const void* record, int32_t failure)
 {
-    return command_issue(request, address_of(record), FpgaAccess::kWrite, failure);
+    return command_issue(request, argument_of(record), FpgaAccess::kWrite, failure);
 }
 
 int32_t command_writeValue(RequestNumber request, uint32_t value)
@@ -176,10 +177,10 @@ int32_t command_changeRegister(uint32_t address, BitChange change)
     return fpga_close(fpga);
 }
 
-int32_t command_readWord(Word word, FpgaAccess access)
+int32_t command_readWord(RequestNumber request, FpgaAccess access)
 {
     Fpga fpga = fpga_open(access);
-    const uint16_t value = word_read(fpga, word);
+    const uint16_t value = word_read(fpga, request);
     return fpga_closeGiving(fpga, value);
 }
 
@@ -197,9 +198,9 @@ int32_t command_readRegisters(uint32_t address, uint16_t* values, size_t count)
     return fpga_close(fpga);
 }
 
-int32_t command_readWordFlag(Word word, unsigned mask)
+int32_t command_readWordFlag(RequestNumber request, unsigned mask)
 {
-    const int32_t value = command_readWord(word);
+    const int32_t value = command_readWord(request);
     return value < 0 ? value : (value & static_cast<int32_t>(mask)) != 0;
 }
 

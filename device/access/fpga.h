@@ -43,7 +43,8 @@ constexpr bool fpga_good(const Fpga& fpga)
     return fpga.status == DEVICE_OK;
 }
 
-// A failure that is no request's, such as a value out of range.
+// A failure that is no request's, such as a value out of range or a command within the command;
+// DEVICE_OK is none.
 constexpr void fpga_fail(Fpga& fpga, int32_t status)
 {
     if (fpga_good(fpga)) {
@@ -64,7 +65,11 @@ void record_write(Fpga& fpga, RequestNumber request, const void* record);
 void value_write(Fpga& fpga, RequestNumber request, uint32_t value);
 
 // Words. What cannot be read is 0.
-uint16_t word_read(Fpga& fpga, Word word);
+uint16_t word_read(Fpga& fpga, RequestNumber request);
+inline uint16_t word_read(Fpga& fpga, Word word)
+{
+    return word_read(fpga, request_reading(word));
+}
 void word_write(Fpga& fpga, Word word, uint16_t value);
 void word_change(Fpga& fpga, Word word, BitChange change);
 
@@ -118,7 +123,11 @@ int32_t command_writeValue(RequestNumber request, uint32_t value);
 int32_t command_changeWord(Word word, BitChange change);
 int32_t command_changeRegister(uint32_t address, BitChange change);
 // The 16 bits, or the negative status.
-int32_t command_readWord(Word word, FpgaAccess access = FpgaAccess::kRead);
+int32_t command_readWord(RequestNumber request, FpgaAccess access = FpgaAccess::kRead);
+inline int32_t command_readWord(Word word, FpgaAccess access = FpgaAccess::kRead)
+{
+    return command_readWord(request_reading(word), access);
+}
 int32_t command_readRegister(uint32_t address, FpgaAccess access = FpgaAccess::kRead);
 // Consecutive registers; after a failure the values are none.
 int32_t command_readRegisters(uint32_t address, uint16_t* values, size_t count);
@@ -127,7 +136,7 @@ template <size_t kCount> int32_t command_readRegisters(uint32_t address, uint16_
     return command_readRegisters(address, values, kCount);
 }
 // 1 if any of the bits is set, else 0; or the negative status.
-int32_t command_readWordFlag(Word word, unsigned mask);
+int32_t command_readWordFlag(RequestNumber request, unsigned mask);
 int32_t command_readRegisterFlag(uint32_t address, unsigned mask);
 
 // Hands such a value to the caller, unless it is a negative status, which is returned.

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-// The identifiers of peers.
+// The identifiers of peers, which are the numbers of the units.
 constexpr uint32_t kPeerIdMin = 1;
 constexpr uint32_t kPeerIdMax = 30;
 
@@ -21,8 +21,8 @@ constexpr bool port_isValid(uint16_t port)
     return port >= kPortFirst && port <= kPortLast;
 }
 
-// Bitmaps of units, ports and identifiers: bit n of 32 stands for number n; 0 for a number that has
-// no bit.
+// Bitmaps of units, ports and identifiers, whose numbers are the same: bit n of 32 stands for number
+// n; 0 for a number that has no bit.
 constexpr uint32_t unit_bit(uint32_t number)
 {
     return number < 32 ? uint32_t{1} << number : 0;

@@ -18,17 +18,13 @@ consteval RequestNumber request_of(unsigned number)
                                             : request_isNoneOfTheDrivers();
 }
 
-// A word of the device: its read request. The write request, where there is one, is the next.
+// A word of the device that can be read and written: its read request. The write request is the
+// next.
 enum class Word : uint8_t {};
-
-consteval Word word_of(unsigned read)
-{
-    return static_cast<Word>(request_of(read));
-}
 
 consteval Word word_of(unsigned read, unsigned write)
 {
-    return write == read + 1 ? word_of(read) : static_cast<Word>(request_isNoneOfTheDrivers());
+    return static_cast<Word>(write == read + 1 ? request_of(read) : request_isNoneOfTheDrivers());
 }
 
 constexpr RequestNumber request_reading(Word word)
@@ -42,7 +38,7 @@ constexpr RequestNumber request_writing(Word word)
 }
 
 // Words: read with the address of a 16-bit word, written with the value itself
-constexpr Word kStatusWord = word_of(0x6B02);
+constexpr RequestNumber kStatusWordRead = request_of(0x6B02);
 constexpr Word kWord03 = word_of(0x6B03, 0x6B04);
 constexpr Word kControlWord = word_of(0x6B07, 0x6B08);
 constexpr Word kPortFlagsWord = word_of(0x6B09, 0x6B0A);
@@ -60,13 +56,14 @@ constexpr RequestNumber kWord21Read = request_of(0x6B21);
 constexpr RequestNumber kWord22Write = request_of(0x6B22);
 constexpr RequestNumber kWord27Read = request_of(0x6B27);
 constexpr RequestNumber kWord28Write = request_of(0x6B28);
-constexpr Word kOwnId = word_of(0x6B29);
+constexpr RequestNumber kOwnIdRead = request_of(0x6B29); // read as a word, too
 constexpr RequestNumber kWord2AWrite = request_of(0x6B2A);
 constexpr RequestNumber kWord40Read = request_of(0x6B40);
 constexpr RequestNumber kWord41Write = request_of(0x6B41);
 constexpr RequestNumber kWord4ERead = request_of(0x6B4E);
 
-// 32-bit bitmaps; bit n stands for unit, port or identifier n
+// 32-bit bitmaps; bit n stands for unit, port or identifier n. E: present, D: marked by the hardware
+// (a marked unit's panel is shown dark). The port mask also marks units (RD_UNIT_STATUS_MAP).
 constexpr RequestNumber kUnitMapERead = request_of(0x6B3B);
 constexpr RequestNumber kUnitMapDRead = request_of(0x6B3D);
 constexpr RequestNumber kPortMaskRead = request_of(0x6B8D);
@@ -110,7 +107,7 @@ constexpr RequestNumber kAddressTableWrite = request_of(0x6B86);
 // itself, kDriverStateRead nothing
 constexpr RequestNumber kPortEntryRead = request_of(0x6B60);
 constexpr RequestNumber kPortEntryWrite = request_of(0x6B61);
-constexpr RequestNumber kStatusWordWrite = request_of(0x6B62);
+constexpr RequestNumber kStatusWordWrite = request_of(0x6B62); // of WR_STATUS_WORD alone
 constexpr RequestNumber kPortEntryWriteRanged = request_of(0x6B63);
 constexpr RequestNumber kPairEnableWrite = request_of(0x6B69);
 constexpr RequestNumber kRuleRead = request_of(0x6B6A);

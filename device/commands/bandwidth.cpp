@@ -1,7 +1,5 @@
 #include "device/commands/bandwidth.h"
 
-#include <cstddef>
-
 #include "device/access/fpga.h"
 #include "device/commands/phy.h"
 #include "device/commands/phy_mii.h"

@@ -104,7 +104,7 @@ int32_t write_indexed_word(const IndexedWord* record)
 
 int32_t ownId_read(uint16_t& id)
 {
-    return passed_read(request_reading(kOwnId), id);
+    return passed_read(kOwnIdRead, id);
 }
 
 int32_t deviceWord03_read(uint16_t& word)

@@ -7,7 +7,7 @@
 #include "maint/commands/device_word.h"
 
 constexpr CommandCall read_device_word_27 = record_passedOut<uint16_t>(kWord27Read);
-constexpr CommandCall read_device_word_29 = record_passedOut<uint16_t>(request_reading(kOwnId));
+constexpr CommandCall read_device_word_29 = record_passedOut<uint16_t>(kOwnIdRead);
 constexpr CommandCall read_device_word_03 = record_passedOut<uint16_t>(request_reading(kWord03));
 constexpr CommandCall read_device_word_3b = record_passedOut<uint32_t>(kUnitMapERead);
 constexpr CommandCall read_device_word_4e =

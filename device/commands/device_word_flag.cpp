@@ -18,7 +18,7 @@ constexpr size_t kControlBitsRead = 2;
 
 int32_t read_enable_flag(uint8_t* flag)
 {
-    return value_store(command_readWordFlag(kEnableWord, kEnable), flag);
+    return value_store(command_readWordFlag(request_reading(kEnableWord), kEnable), flag);
 }
 
 int32_t write_enable_flag(const uint8_t* flag)
@@ -28,7 +28,7 @@ int32_t write_enable_flag(const uint8_t* flag)
 
 int32_t read_group_flag(uint8_t* flag)
 {
-    return value_store(command_readWordFlag(kGroupWord, kGroupFlag), flag);
+    return value_store(command_readWordFlag(request_reading(kGroupWord), kGroupFlag), flag);
 }
 
 int32_t write_group_flag(const uint8_t* flag)
@@ -38,7 +38,7 @@ int32_t write_group_flag(const uint8_t* flag)
 
 int32_t read_device_word_35(uint16_t* flag)
 {
-    return value_store(command_readWordFlag(kWord35, kWord35Flag), flag);
+    return value_store(command_readWordFlag(request_reading(kWord35), kWord35Flag), flag);
 }
 
 // Any value but 0 sets the bits.
@@ -49,7 +49,7 @@ int32_t write_device_word_36(const uint16_t* flag)
 
 int32_t read_vlant_map_enable(uint16_t* flag)
 {
-    return value_store(command_readWordFlag(kWord03, kWord03VlantMap), flag);
+    return value_store(command_readWordFlag(request_reading(kWord03), kWord03VlantMap), flag);
 }
 
 int32_t write_vlant_map_enable(const uint16_t* flag)

@@ -9,6 +9,13 @@ static_assert(sizeof(FlagSet) == 9);
 namespace
 {
 
+// The record of a switch port, as a set of flags.
+struct FlagSetRequest {
+    uint8_t set; // the switch port
+    uint8_t flags[7];
+};
+static_assert(sizeof(FlagSetRequest) == sizeof(SwitchPortRequest));
+
 bool set_isValid(uint8_t set)
 {
     return set == 1 || set == 2 || set == 4;

@@ -42,16 +42,16 @@ void idEntry_change(Fpga& fpga, const IdEntry& entry, IdEntryRequest& request)
         request.field_a = entry.field_a;
     }
     if ((selected & kFieldB) != 0) {
-        request.field_b = entry.field_b;
         if (entry.field_b > kFieldBMax) {
             fpga_fail(fpga, DEVICE_BAD_ARGUMENT);
         }
+        request.field_b = entry.field_b;
     }
     if ((selected & kFieldC) != 0) {
-        request.field_c = entry.field_c;
         if (entry.field_c > kFieldCMax) {
             fpga_fail(fpga, DEVICE_BAD_ARGUMENT);
         }
+        request.field_c = entry.field_c;
     }
 }
 

@@ -23,7 +23,7 @@ uint8_t flag_of(uint16_t word, uint16_t bit)
     return (word & bit) != 0 ? 1 : 0;
 }
 
-void registers_read(Fpga& fpga, uint32_t port, MiiRegisters& registers)
+void miiRegisters_read(Fpga& fpga, uint32_t port, MiiRegisters& registers)
 {
     for (uint16_t number = 0; number < kMiiRegisters; ++number) {
         registers[number] = mii_read(fpga, port, number);
@@ -72,7 +72,7 @@ int32_t read_phy(PhyStatus* status)
     }
     MiiRegisters registers;
     Fpga fpga = fpga_open(FpgaAccess::kWrite);
-    registers_read(fpga, status->port, registers);
+    miiRegisters_read(fpga, status->port, registers);
     const int32_t result = fpga_close(fpga);
     if (result != DEVICE_OK) {
         return result;
@@ -81,7 +81,7 @@ int32_t read_phy(PhyStatus* status)
         // A second pass, on the descriptor that is closed by now: it fails at its first request, so
         // that an undecided negotiation reads as a read failure. Callers rely on that code. It ends
         // otherwise only when another thread has been given the descriptor's number in between.
-        registers_read(fpga, status->port, registers);
+        miiRegisters_read(fpga, status->port, registers);
         if (!fpga_good(fpga)) {
             return fpga.status;
         }

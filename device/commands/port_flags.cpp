@@ -28,7 +28,7 @@ int32_t read_port_flags(PortFlags* record)
 int32_t write_port_flags(const PortFlags* record)
 {
     Fpga fpga = fpga_open(FpgaAccess::kWrite);
-    if ((word_read(fpga, kStatusWord) & kStatusBit8) != 0) {
+    if ((word_read(fpga, kStatusWordRead) & kStatusBit8) != 0) {
         word_write(fpga, kPortFlagsWord, kPortFlagsForced);
     } else {
         word_change(fpga, kPortFlagsWord,

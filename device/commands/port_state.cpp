@@ -9,26 +9,27 @@ static_assert(sizeof(PortStateCode) == 4);
 namespace
 {
 
-constexpr uint16_t kStatusAny13To15 = 0xE000;
-constexpr uint16_t kStatusBit12 = 0x1000;
-constexpr uint16_t kStatusBits8And9 = 0x0300;
-constexpr unsigned kStatusBit8Shift = 8;
+// Bits of the port's entry.
+constexpr uint16_t kEntryAny13To15 = 0xE000;
+constexpr uint16_t kEntryBit12 = 0x1000;
+constexpr uint16_t kEntryBits8And9 = 0x0300;
+constexpr unsigned kEntryBit8Shift = 8;
 
 constexpr uint16_t kCodeNone = 0;
 constexpr uint16_t kCodeAny13To15 = 2;
 constexpr uint16_t kCodeKept = UINT16_MAX; // no code: the caller's stays
 constexpr uint16_t kCodeByBits8And9[] = {1, 3, kCodeKept, 4};
 
-// The code that a port's status stands for, or kCodeKept.
-uint16_t code_of(uint16_t status)
+// The code that a port's entry stands for, or kCodeKept.
+uint16_t code_of(uint16_t entry)
 {
-    if ((status & kStatusAny13To15) != 0) {
+    if ((entry & kEntryAny13To15) != 0) {
         return kCodeAny13To15;
     }
-    if ((status & kStatusBit12) == 0) {
+    if ((entry & kEntryBit12) == 0) {
         return kCodeKept;
     }
-    return kCodeByBits8And9[(status & kStatusBits8And9) >> kStatusBit8Shift];
+    return kCodeByBits8And9[(entry & kEntryBits8And9) >> kEntryBit8Shift];
 }
 
 } // namespace

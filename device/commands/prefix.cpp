@@ -43,7 +43,7 @@ void parts_write(Fpga& fpga, const PrefixRegisters& registers, const PrefixSet& 
     if ((valid & kValidAddress) != 0) {
         registerBytes_write(fpga, registers.address, wanted.address);
     }
-    if ((valid & kValidLength) != 0 && fpga_good(fpga)) {
+    if ((valid & kValidLength) != 0 && fpga_good(fpga)) { // only then there is a mask
         registerBytes_write(fpga, registers.mask, mask);
     }
     if ((valid & (kValidAddress | kValidLength)) != 0) {

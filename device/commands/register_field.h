@@ -44,15 +44,15 @@ constexpr CommandCall write_reg1b4_bit0 = bit_written<uint16_t>(0x01B4, 0);
 constexpr uint32_t kRegisterFE = 0x00FE;
 constexpr uint32_t kRegister168 = 0x0168;
 
-constexpr RegisterField kReg132Value = registerField_of(0x0132, 7, true);
+constexpr RegisterField kReg132Value = registerField_of(0x0132, 7, TooLarge::kRefused);
 constexpr CommandCall read_reg132_value = call_of<field_read>(kReg132Value);
 constexpr CommandCall write_reg132_value = call_of<field_write>(kReg132Value);
 
-constexpr RegisterField kReg168Value = registerField_of(kRegister168, 8, true);
+constexpr RegisterField kReg168Value = registerField_of(kRegister168, 8, TooLarge::kRefused);
 constexpr CommandCall read_reg168_value = call_of<field_read>(kReg168Value);
 constexpr CommandCall write_reg168_value = call_of<field_write>(kReg168Value);
 
-constexpr RegisterField kRegFENibble = registerField_of(kRegisterFE, 4, false);
+constexpr RegisterField kRegFENibble = registerField_of(kRegisterFE, 4, TooLarge::kCut);
 constexpr CommandCall read_regfe_nibble = call_of<field_read>(kRegFENibble);
 constexpr CommandCall write_regfe_nibble = call_of<field_write>(kRegFENibble);
 

@@ -16,12 +16,12 @@ constexpr unsigned kStatusInputShift = 4;
 
 int32_t read_status_word_flag(uint8_t* flag)
 {
-    return value_store(command_readWordFlag(kStatusWord, kStatusBit8), flag);
+    return value_store(command_readWordFlag(kStatusWordRead, kStatusBit8), flag);
 }
 
 int32_t read_status_inputs(StatusInputs* inputs)
 {
-    const int32_t word = command_readWord(kStatusWord);
+    const int32_t word = command_readWord(kStatusWordRead);
     if (word < 0) {
         return word;
     }

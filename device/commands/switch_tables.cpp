@@ -36,11 +36,11 @@ void table_read(Fpga& fpga, const char* path, SwitchTable& table)
 
 } // namespace
 
-int32_t tables_load(void* /*unused*/, PassedRequest which)
+int32_t tables_load(void* /*unused*/, SentRequest which)
 {
     SwitchConfigRecord record{};
     Fpga fpga = fpga_open(FpgaAccess::kWrite);
-    record.status = word_read(fpga, kStatusWord) & kStatusBit8;
+    record.status = word_read(fpga, kStatusWordRead) & kStatusBit8;
     table_read(fpga, kNormalTablePath, record.normal);
     table_read(fpga, kPriorityTablePath, record.priority);
     record_issue(fpga, request_in(which), &record, failure_in(which));

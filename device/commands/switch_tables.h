@@ -7,8 +7,8 @@
 
 // Loads both tables; the argument is not used. A refused request is told as a failed read by one of
 // the two commands.
-int32_t tables_load(void* unused, PassedRequest which);
+int32_t tables_load(void* unused, SentRequest which);
 constexpr CommandCall write_switch_tables_1 =
-    call_of<tables_load>(passedRequest_of(kSwitchTablesWrite1, true));
+    call_of<tables_load>(sentRequest_of(kSwitchTablesWrite1, DEVICE_READ_FAILED));
 constexpr CommandCall write_switch_tables_2 =
-    call_of<tables_load>(passedRequest_of(kSwitchTablesWrite2, false));
+    call_of<tables_load>(sentRequest_of(kSwitchTablesWrite2, DEVICE_WRITE_FAILED));

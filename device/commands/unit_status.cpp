@@ -27,8 +27,8 @@ int32_t vpnId_match(uint32_t unit)
 int32_t read_unit_status_map(uint32_t* map)
 {
     Fpga fpga = fpga_open(FpgaAccess::kRead);
-    record_read(fpga, kPortMaskRead, map);
-    const uint16_t ownId = word_read(fpga, kOwnId);
+    record_read(fpga, kPortMaskRead, map); // of units here: which the hardware marks
+    const uint16_t ownId = word_read(fpga, kOwnIdRead);
     uint32_t present = 0;
     record_read(fpga, kUnitMapERead, &present);
     const int32_t status = fpga_close(fpga);

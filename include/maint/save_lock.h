@@ -4,9 +4,12 @@
  *
  * Order of use: lock, work, unlock with the handle that lock returned. The lock excludes open
  * files, not processes: a second lock in the same process waits for the first, for ever in
- * blocking mode. GetIniFileString, Get_Conf_VpnId, and the LED and MTU commands take it
- * themselves, in blocking mode: do not call them while holding it. The file is left in place,
- * empty.
+ * blocking mode. These take it themselves, in blocking mode; do not call them while holding it:
+ *   GetIniFileString, Get_Conf_VpnId
+ *   RD_MTU_LIMIT, WR_MTU_LIMIT
+ *   RD_LED_STATE, RD_UNIT_STATUS_MAP, RD_UNIT_STATUS_FLAG (for other units' identities)
+ *   WR_LED_A to WR_LED_E, WR_LED_GROUP_1 and _3 to _7, WR_LED_PATTERN_1 to _3, WR_LED_RESTORE
+ * The file is left in place, empty.
  */
 #ifndef MAINT_SAVE_LOCK_H
 #define MAINT_SAVE_LOCK_H

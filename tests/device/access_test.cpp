@@ -398,7 +398,8 @@ TEST_F(FpgaDevice, NothingIsStoredWhenTheReadFails)
         EXPECT_EQ(value_store(command_readRegister(0x0044), &value), failure);
         EXPECT_EQ(value_store(command_readWord(kGroupWord), &value), failure);
         EXPECT_EQ(value_store(command_readRegisterFlag(0x0044, 0xFFFF), &value), failure);
-        EXPECT_EQ(value_store(command_readWordFlag(kGroupWord, 0xFFFF), &flag), failure);
+        EXPECT_EQ(value_store(command_readWordFlag(request_reading(kGroupWord), 0xFFFF), &flag),
+                  failure);
         EXPECT_EQ(value, 0x5A5A);
         EXPECT_EQ(flag, 0x5A);
     }
@@ -411,7 +412,7 @@ TEST_F(FpgaDevice, AFlagIsOneWhenAnyOfItsBitsIsSet)
         board.fpga.registers[0x0044] = word;
         uint8_t byte = 0x5A;
         uint16_t wide = 0x5A5A;
-        ASSERT_EQ(value_store(command_readWordFlag(kGroupWord, 0x8100), &byte), 0);
+        ASSERT_EQ(value_store(command_readWordFlag(request_reading(kGroupWord), 0x8100), &byte), 0);
         ASSERT_EQ(value_store(command_readRegisterFlag(0x0044, 0x0018), &wide), 0);
         ASSERT_EQ(byte, (word >> 15) + (word >> 8 & 1) > 0 ? 1 : 0);
         ASSERT_EQ(wide, word % 32 >= 8 ? 1 : 0);

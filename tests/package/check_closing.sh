@@ -7,7 +7,7 @@
 work_make
 cd "$1"
 
-find . -path './device/*.cpp' | sort >"$work/files"
+find . -path './device/*.cpp' -o -path './device/*.h' | sort >"$work/files"
 if [ ! -s "$work/files" ]; then
     finding "no source in $1/device"
     check_end
@@ -17,7 +17,7 @@ fi
 xargs awk '
     { match($0, /^ */); depth = RLENGTH }
     FNR == 1 { opened = 0 }
-    / = fpga_open\(/ {
+    /^ .*[^A-Za-z_]fpga_open\(/ && !/^ *\/\// {
         if (opened) print FILENAME ":" FNR ": opened while the device of line " opened " is open"
         opened = FNR
         outside = depth

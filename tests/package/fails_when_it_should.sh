@@ -335,6 +335,8 @@ fails_with 'own.cpp:7: a return before' \
     check_closing.sh "$(device_is "$opens" 'if (a) {' "    $closes" '}' 'return 0;')"
 fails_with 'own.cpp:5: the device of line 3 is not closed' check_closing.sh "$(device_is "$opens" 'work(fpga);')"
 fails_with 'own.cpp:4: opened while' check_closing.sh "$(device_is "$opens" "$opens" "$closes")"
+fails_with 'own.cpp:4: a return before' \
+    check_closing.sh "$(device_is 'Fpga fpga{fpga_open(FpgaAccess::kRead)};' 'return 0;')"
 fails_with 'nothing in' check_closing.sh "$(device_is "$closes")"
 fails_with 'no source in' check_closing.sh "$work/bare"
 

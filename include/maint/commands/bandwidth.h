@@ -13,7 +13,7 @@
  * smaller value stands for a higher limit; its unit is the device's.
  *
  * Both commands read the PHY of port 0 first, as RD_PHY_STATUS does, and then open the device again.
- * So a missing device is told as -2, by the first of the two.
+ * So a missing device is told as -2, by the first of the two. Both open it for writing.
  */
 #ifndef MAINT_COMMANDS_BANDWIDTH_H
 #define MAINT_COMMANDS_BANDWIDTH_H
@@ -25,7 +25,7 @@ enum { BANDWIDTH_ID_MAX = 20 };
  * port 0 is not at 100 Mb/s, identifiers 12..20 come back as 11.
  * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY (its opening included) or
  * the register cannot be read; -3 the register holds no value of the table (20 is stored). Nothing
- * is stored with -1 and -2.
+ * is stored with -1 and -2, but that a first run which ends with -3 has stored 20.
  *
  * WR_BANDWIDTH (0x000B), uint16_t in.
  * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY cannot be read (its

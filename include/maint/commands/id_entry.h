@@ -1,5 +1,6 @@
 /*
- * Entries of peer identifiers. All on /dev/fpga; what the fields mean is the device's.
+ * Entries of peer identifiers. All on /dev/fpga, which the reports open for writing, too; what the
+ * fields mean is the device's.
  *
  * Results, unless a command says otherwise: 0; -1 device not opened; -2 read request failed;
  * -4 write request failed (setters). A failed report stores nothing.

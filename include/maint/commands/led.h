@@ -89,7 +89,9 @@ enum { LED_CHANGE_RECORDED = 1 };
  * reserved bytes are not touched. Read the own identifier with RD_DEVICE_WORD_29 and look at its
  * result: an ownId left 0 is refused with -5. Another unit is shown dark (every element and ledC to ledF 0)
  * when the hardware says so or when its VPN identity is not the configured one, which is looked up
- * in /conf/config under the save lock; an identity that cannot be read is no mismatch.
+ * in /conf/config under the save lock; an identity that cannot be read is no mismatch. The look-up
+ * reports as Get_Conf_VpnId does (maint/vpn_id.h): a line in the system log when the device's flag
+ * cannot be read, and a message when the configuration is missing.
  * Results: 0; -1 device not opened; -2 a read failed (what was read before it is filled); -5 an
  * identifier outside 1..30.
  */

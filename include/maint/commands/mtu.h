@@ -4,9 +4,8 @@
  * Sizes are in bytes. Configuration values are looked up in /conf/config as GetIniFileString does,
  * before the first site section, under the save lock (blocking); a missing configuration or key
  * never fails a command (a missing file is reported as GetIniFileString does, at each lookup).
- * Numbers are decimal: white space, a sign, the digits up to the first other
- * character, 0 without a digit; a number beyond -2147483648 .. 2147483647 counts as the nearer of
- * the two.
+ * Numbers are decimal: white space, a sign, the digits up to the first other character, 0 without a
+ * digit; a number beyond -2147483648 .. 2147483647 counts as the nearer of the two.
  *   SELECT_MTU    names the key that holds the MTU. The name matches as the beginning of a key, so
  *                 that an empty one names the configuration's first line.
  *   (that key)    the MTU, of which the low 16 bits count. SELECT_MTU or the key missing, or the
@@ -59,7 +58,7 @@ typedef struct MtuLimit {
  * RD_MTU_DATASIZE reads the file; the device is not touched. Results: 0; -1 the file cannot be
  * opened or is shorter (what it had is in the record).
  *
- * WR_MTU_DATASIZE reads a flag on /dev/fpga (bit 8 of device word 03), fills
+ * WR_MTU_DATASIZE reads a flag on /dev/fpga, opened for writing (bit 8 of device word 03), fills
  * data_size and line_size and writes the record, creating or replacing the file. Results: 0; -1
  * device or file not opened, or file not written; -2 flag not read (the record stays as it was).
  * When the file fails, the record has been filled all the same. The file is written through a

@@ -1,5 +1,5 @@
 /*
- * The Ethernet PHYs of ports 0..6. All on /dev/fpga.
+ * The Ethernet PHYs of ports 0..6. All on /dev/fpga, which the reports open for writing, too.
  */
 #ifndef MAINT_COMMANDS_PHY_H
 #define MAINT_COMMANDS_PHY_H

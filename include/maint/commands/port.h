@@ -35,7 +35,7 @@ typedef struct PortEntry {
 } PortEntry;
 
 /*
- * RD_PORT_MASK (0x00A0): mask out.
+ * RD_PORT_MASK (0x00A0): mask out, filled by the driver itself, also when it fails.
  * WR_PORT_MASK_BIT (0x00A1): port and value in, mask out; the port's bit of the device's mask is
  * set for the value 1 and cleared for any other. The record holds the new mask even when its write
  * fails. Further result: -5 port outside 1..29, tested before the device is opened.

@@ -21,7 +21,7 @@ typedef struct RegisterValue {
 
 /*
  * RD_REG_DA_LATCHED (0x0050), uint32_t out: the low 8 bits of register 0x00DA, taken while bit 5 of
- * register 0x00D8 is clear; the bit is set again afterwards. Results: 0; -1 device not opened; -2 a
+ * register 0x00D8 is clear; the bit is set again afterwards. Opens the device for writing. Results: 0; -1 device not opened; -2 a
  * register not read; -4 register 0x00D8 not written. A failure between the two leaves the bit
  * clear, and nothing is stored.
  */

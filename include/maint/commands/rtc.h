@@ -11,7 +11,8 @@
 /*
  * RD_RTC_TIME (0x0200), out. The weekday is computed from the date; the driver's own is not used.
  * WR_RTC_TIME (0x0201), in; the weekday is ignored and nothing is checked for its range. Sets the
- * system clock, too, taking the record as local standard time; whether that succeeds is not told.
+ * system clock, too, taking the record as local standard time; whether that succeeds is not told. A
+ * refused request (-4) leaves the system clock as it is.
  * CAUTION: on a developer's machine with /dev/rtc, as root, this sets that machine's clocks.
  */
 typedef struct RtcDateTime {

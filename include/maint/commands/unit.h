@@ -37,7 +37,7 @@ typedef struct SerialNumber {
  * RD_UNIT_STATUS_MAP (0x003C), uint32_t out: bit n for unit n. Set are the units that are present
  * and that the hardware marks, and units of 1..30 that are present with another VPN identity than
  * the configured one; never the own unit. On /dev/fpga; each identity is looked up in /conf/config
- * under the save lock, as for RD_LED_STATE (maint/commands/led.h).
+ * under the save lock and reported, as for RD_LED_STATE (maint/commands/led.h).
  * Results: 0; -1 device not opened; -2 a read failed (the word may hold the hardware's own map).
  */
 
