@@ -32,7 +32,7 @@ constexpr unsigned kLedIndicatorsKept = 4;
 // A setter's rule: 1 low alone, 2 high with low as it was, any other value neither.
 constexpr BitChange indicator_assign(const LedIndicator& indicator, uint8_t value)
 {
-    const unsigned high = indicator.low << 1;
+    const unsigned high = unsigned{indicator.low} << 1;
     if (value == 2) {
         return bits_assign(high, true);
     }
