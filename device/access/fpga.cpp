@@ -193,11 +193,11 @@ int32_t command_readRegister(uint32_t address, FpgaAccess access)
 int32_t command_readWordFlag(Word word, unsigned mask)
 {
     const int32_t value = command_readWord(word);
-    return value < 0 ? value : (value & static_cast<int32_t>(mask)) != 0;
+    return value < 0 ? value : (value & static_cast<int32_t>(mask)) != 0 ? 1 : 0;
 }
 
 int32_t command_readRegisterFlag(uint32_t address, unsigned mask)
 {
     const int32_t value = command_readRegister(address);
-    return value < 0 ? value : (value & static_cast<int32_t>(mask)) != 0;
+    return value < 0 ? value : (value & static_cast<int32_t>(mask)) != 0 ? 1 : 0;
 }
