@@ -4,7 +4,7 @@ set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR arm)
 
 set(prefix "$ENV{CROSS_COMPILE}")
-if(NOT MAINT_CROSS_PREFIX STREQUAL "" AND DEFINED MAINT_CROSS_PREFIX)
+if(MAINT_CROSS_PREFIX)
   if(NOT prefix STREQUAL "" AND NOT prefix STREQUAL MAINT_CROSS_PREFIX)
     message(FATAL_ERROR "This build folder is for the toolchain ${MAINT_CROSS_PREFIX}, not for "
       "${prefix}: another needs another folder (-B), or this one anew (--fresh)")
@@ -26,10 +26,12 @@ foreach(tool gcc g++)
       "toolchain's programs begin with, with their folder where that is not in PATH")
   endif()
   unset(compiler)
+  unset(with_hyphen)
 endforeach()
 # Kept, so that a later build can configure anew without the environment; only now, so that a wrong
 # one is not kept.
 set(MAINT_CROSS_PREFIX "${prefix}" CACHE STRING "Prefix of the toolchain's programs")
+unset(prefix)
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES MAINT_CROSS_PREFIX)
 set(CMAKE_C_COMPILER ${MAINT_CROSS_PREFIX}gcc)
 set(CMAKE_CXX_COMPILER ${MAINT_CROSS_PREFIX}g++)
