@@ -1,9 +1,15 @@
 #!/usr/bin/env bash
-# The size table and the stack measurement, each with something wrong to find.
 # usage: fails_when_it_should.sh TOOLCHAIN_PREFIX
+#
+# The size table and the stack measurement, each with something wrong to find.
+#   TOOLCHAIN_PREFIX   of the board's toolchain: $(board/cached uclibc)/bin/arm-uclibc-
+#
+# Takes about two minutes on two processors; writes to a temporary folder alone.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
-prefix=${1:?usage: fails_when_it_should.sh TOOLCHAIN_PREFIX}
+. "$here/../scripts/usage.sh"
+usage 1 1 "$@"
+prefix=$1
 export CROSS_COMPILE=$prefix
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

@@ -1,9 +1,14 @@
 #!/usr/bin/env bash
+# usage: sizes.sh BUILD_FOLDER TOOLCHAIN_PREFIX
+#
 # Prints what the product costs on the board: sizes of program and library, and the stack that each
 # public entry needs at worst. Fails if a limit of the file "limits" is exceeded, if there is
 # writable static data or an unwind table, or if it cannot say how much stack is needed.
-# usage: sizes.sh BUILD_FOLDER TOOLCHAIN_PREFIX     a build of the preset board, and what it was
-#                                                   built with; needs GCC 10 or later
+#   BUILD_FOLDER       a build of the preset board
+#   TOOLCHAIN_PREFIX   what it was built with, as CROSS_COMPILE was; GCC 10 or later
+#
+# Takes about 15 seconds on two processors: it compiles the product twice more. Writes to a temporary
+# folder alone.
 set -euo pipefail
 shopt -s inherit_errexit
 export LC_ALL=C
@@ -17,7 +22,8 @@ die()
     exit 1
 }
 
-[ $# -eq 2 ] || die 'usage: sizes.sh BUILD_FOLDER TOOLCHAIN_PREFIX'
+. "$here/../scripts/usage.sh"
+usage 2 2 "$@"
 build=$(cd "$1" && pwd) || die "no folder $1"
 prefix=$2
 for tool in gcc ar nm objdump readelf size strip; do

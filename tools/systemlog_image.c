@@ -138,6 +138,14 @@ static int damage(const char* path, const char* fault)
     return EXIT_FAILURE;
 }
 
+/* A folder is one: it can be opened, but not be read. */
+static int unreadable(FILE* file, const char* path)
+{
+    perror(path);
+    fclose(file);
+    return EXIT_FAILURE;
+}
+
 static int log_read(Log* log, const char* path)
 {
     unsigned char head[HEADER_SIZE];
@@ -148,10 +156,16 @@ static int log_read(Log* log, const char* path)
     }
     memset(log, 0, sizeof *log);
     if (fread(head, sizeof head, 1, file) != 1) {
+        if (ferror(file)) {
+            return unreadable(file, path);
+        }
         fclose(file);
         return damage(path, "shorter than the header of 12 bytes");
     }
     log->bytes = fread(log->records, 1, sizeof log->records, file);
+    if (ferror(file)) {
+        return unreadable(file, path);
+    }
     fclose(file);
     log->header.seq_num = get16(head) | (uint32_t)get16(head + 2) << 16;
     log->header.number = (uint16_t)get16(head + 4);
@@ -286,42 +300,112 @@ static int image_check(const Log* log, const char* path)
 
 /* Command line ----------------------------------------------------------------------------- */
 
-static int usage(void)
+static const char usage_lines[] =
+    "usage: systemlog_image make FILE COUNT [SEQ]   a flash image after COUNT events\n"
+    "       systemlog_image show FILE               header, first and last records\n"
+    "       systemlog_image check FILE              whether the boot takes the image\n";
+
+static int help(void)
 {
-    fputs("usage: systemlog_image make FILE COUNT [SEQ]   a flash image after COUNT events\n"
-          "       systemlog_image show FILE               header, first and last records\n"
-          "       systemlog_image check FILE              whether the boot takes the image\n",
-          stderr);
+    printf("%s\n"
+           "Makes, shows and checks images of the system log, as they lie in flash and as the "
+           "working file.\n"
+           "  FILE    made anew by make, which writes nothing else\n"
+           "  COUNT   of sample events, 0 to %d; the image holds the last %d of them\n"
+           "  SEQ     which save of the log it is, 0 to %lu (1); %lu is what erased flash reads\n"
+           "\n"
+           "Exit status: 0; 1 for a file that is damaged, that the boot refuses or that cannot be "
+           "read or\nwritten; 2 for wrong use.\n",
+           usage_lines, EVENTS_MAX, SYSTEM_LOG_SLOTS, (unsigned long)SYSTEM_LOG_SEQ_ERASED,
+           (unsigned long)SYSTEM_LOG_SEQ_ERASED);
+    return EXIT_SUCCESS;
+}
+
+/* The mistake, on a line of its own, and how it should be. */
+static int wrong_use(const char* mistake, const char* word)
+{
+    fprintf(stderr, "systemlog_image: %s%s%s\n%s", mistake, word == NULL ? "" : ": ",
+            word == NULL ? "" : word, usage_lines);
     return EXIT_USAGE;
 }
 
-static int number_parse(const char* text, unsigned long limit, unsigned long* number)
+/* Whether the text is a number up to the limit; says what is wrong if not. */
+static int number_parse(const char* what, const char* text, unsigned long limit,
+                        unsigned long* number)
 {
+    char mistake[64];
     char* end = NULL;
     errno = 0;
     *number = strtoul(text, &end, 10);
-    /* A number beyond the type comes as its largest, which may be the limit. */
-    return text[0] >= '0' && text[0] <= '9' && *end == '\0' && errno == 0 && *number <= limit;
+    if (text[0] < '0' || text[0] > '9' || *end != '\0') {
+        snprintf(mistake, sizeof mistake, "%s is not a decimal number", what);
+    } else if (errno != 0 || *number > limit) {
+        /* A number beyond the type comes as its largest, which may be the limit. */
+        snprintf(mistake, sizeof mistake, "%s is above %lu", what, limit);
+    } else {
+        return 1;
+    }
+    wrong_use(mistake, text);
+    return 0;
+}
+
+typedef struct Command {
+    const char* name;
+    int words_min; /* behind the name */
+    int words_max;
+    const char* words;
+} Command;
+
+static const Command commands[] = {
+    {"make", 2, 3, "make takes FILE COUNT [SEQ]"},
+    {"show", 1, 1, "show takes one FILE"},
+    {"check", 1, 1, "check takes one FILE"},
+};
+
+static const Command* command_find(const char* name)
+{
+    size_t i;
+    for (i = 0; i < sizeof commands / sizeof commands[0]; ++i) {
+        if (strcmp(name, commands[i].name) == 0) {
+            return &commands[i];
+        }
+    }
+    return NULL;
 }
 
 int main(int argc, char** argv)
 {
     static Log log;
+    const Command* command = NULL;
     unsigned long count = 0;
     unsigned long seq = 1;
-    if (argc >= 4 && argc <= 5 && strcmp(argv[1], "make") == 0) {
-        if (!number_parse(argv[3], EVENTS_MAX, &count) ||
-            (argc == 5 && !number_parse(argv[4], SYSTEM_LOG_SEQ_ERASED, &seq))) {
-            return usage();
+    if (argc < 2) {
+        return wrong_use("a command is missing", NULL);
+    }
+    if (strcmp(argv[1], "--help") == 0 || strcmp(argv[1], "-h") == 0) {
+        return help();
+    }
+    command = command_find(argv[1]);
+    if (command == NULL) {
+        return wrong_use("no such command", argv[1]);
+    }
+    if (argc - 2 < command->words_min || argc - 2 > command->words_max) {
+        return wrong_use(command->words, NULL);
+    }
+    if (argv[2][0] == '\0') {
+        return wrong_use("the name FILE is empty", NULL);
+    }
+    if (strcmp(command->name, "make") == 0) {
+        if (!number_parse("COUNT", argv[3], EVENTS_MAX, &count) ||
+            (argc == 5 && !number_parse("SEQ", argv[4], SYSTEM_LOG_SEQ_ERASED, &seq))) {
+            return EXIT_USAGE;
         }
         log_fill(&log, (unsigned)count, (uint32_t)seq);
         return log_write(&log, argv[2]);
     }
-    if (argc == 3 && strcmp(argv[1], "show") == 0) {
-        return log_read(&log, argv[2]) == EXIT_SUCCESS ? log_show(&log, argv[2]) : EXIT_FAILURE;
+    if (log_read(&log, argv[2]) != EXIT_SUCCESS) {
+        return EXIT_FAILURE;
     }
-    if (argc == 3 && strcmp(argv[1], "check") == 0) {
-        return log_read(&log, argv[2]) == EXIT_SUCCESS ? image_check(&log, argv[2]) : EXIT_FAILURE;
-    }
-    return usage();
+    return strcmp(command->name, "show") == 0 ? log_show(&log, argv[2])
+                                              : image_check(&log, argv[2]);
 }

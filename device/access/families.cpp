@@ -108,7 +108,7 @@ int32_t copy_send(const void* record, CopiedRequest which)
 {
     const auto packed = static_cast<unsigned>(which);
     alignas(uint32_t) uint8_t copy[kCopyMax];
-    memcpy(copy, record, (packed >> 8 & 0x7FU) * 2);
+    memcpy(copy, record, size_t{packed >> 8 & 0x7FU} * 2);
     return command_writeRecord(static_cast<RequestNumber>(packed & 0xFFU), copy,
                                packed > 0x7FFF ? DEVICE_READ_FAILED : DEVICE_WRITE_FAILED);
 }

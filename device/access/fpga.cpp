@@ -201,11 +201,11 @@ int32_t command_readRegisters(uint32_t address, uint16_t* values, size_t count)
 int32_t command_readWordFlag(RequestNumber request, unsigned mask)
 {
     const int32_t value = command_readWord(request);
-    return value < 0 ? value : (value & static_cast<int32_t>(mask)) != 0;
+    return value < 0 ? value : (value & static_cast<int32_t>(mask)) != 0 ? 1 : 0;
 }
 
 int32_t command_readRegisterFlag(uint32_t address, unsigned mask)
 {
     const int32_t value = command_readRegister(address);
-    return value < 0 ? value : (value & static_cast<int32_t>(mask)) != 0;
+    return value < 0 ? value : (value & static_cast<int32_t>(mask)) != 0 ? 1 : 0;
 }

@@ -146,14 +146,56 @@ refuses 'erased: erased flash' check erased
 refuses 'version: damaged: version is 0' check version
 refuses 'cut_off: damaged: shorter than its number of records' check cut_off
 
-for wrong in 'make' 'make f' 'make f x' 'make f 100001' 'make f -1' 'make f 1 4294967296' 'show' \
-    'show a b' 'burn f' ''; do
-    status=0
-    # shellcheck disable=SC2086  # words on purpose
-    "${tool[@]}" $wrong 2>error || status=$?
-    [ "$status" -eq 2 ] || fail "'$wrong' exits with $status instead of 2"
-    grep -q '^usage: systemlog_image' error || fail "'$wrong' shows no usage"
-    [ ! -e f ] || fail "'$wrong' makes a file"
+mkdir folder
+refuses 'folder: Is a directory' show folder
+refuses 'folder: Is a directory' check folder
+refuses 'folder: Is a directory' make folder 5
+
+# Wrong use
+
+# wrong MISTAKE WORD...: exit status 2, the mistake on the first line, then the usage; no file f.
+wrong()
+{
+    local mistake=$1 status=0
+    shift
+    "${tool[@]}" "$@" >shown 2>error || status=$?
+    [ "$status" -eq 2 ] || fail "'$*' exits with $status instead of 2"
+    [ ! -s shown ] || fail "'$*' says something on standard output"
+    [ "$(head -n 1 error)" = "systemlog_image: $mistake" ] ||
+        fail "'$*' says '$(head -n 1 error)' instead of '$mistake'"
+    sed -n 2p error | grep -q '^usage: systemlog_image make FILE COUNT' || fail "'$*' shows no usage"
+    [ "$(wc -l <error)" -eq 4 ] || fail "'$*' says more than the mistake and the usage"
+    [ ! -e f ] || fail "'$*' makes a file"
+}
+wrong 'a command is missing'
+wrong 'no such command: burn' burn f
+wrong 'no such command: ' ''
+wrong 'make takes FILE COUNT [SEQ]' make
+wrong 'make takes FILE COUNT [SEQ]' make f
+wrong 'make takes FILE COUNT [SEQ]' make f 1 2 3
+wrong 'show takes one FILE' show
+wrong 'show takes one FILE' show a b
+wrong 'check takes one FILE' check
+wrong 'check takes one FILE' check a b
+wrong 'the name FILE is empty' make '' 5
+wrong 'the name FILE is empty' show ''
+wrong 'the name FILE is empty' check ''
+for number in x 12abc 0x10 -1 +1 ' 1' ''; do
+    wrong "COUNT is not a decimal number: $number" make f "$number"
+    wrong "SEQ is not a decimal number: $number" make f 1 "$number"
+done
+wrong 'COUNT is above 100000: 100001' make f 100001
+wrong 'COUNT is above 100000: 99999999999999999999999' make f 99999999999999999999999
+wrong 'SEQ is above 4294967295: 4294967296' make f 1 4294967296
+wrong 'SEQ is above 4294967295: 99999999999999999999999' make f 1 99999999999999999999999
+"${tool[@]}" make most 100000 4294967295 || fail "the largest COUNT and SEQ are refused"
+
+for option in --help -h; do
+    "${tool[@]}" "$option" >shown 2>error || fail "$option exits with $?"
+    [ ! -s error ] || fail "$option complains"
+    grep -q '^usage: systemlog_image make' shown || fail "$option shows no usage"
+    grep -q 'COUNT .* 0 to 100000' shown || fail "$option does not give the limit of COUNT"
+    grep -q 'SEQ .* 0 to 4294967295' shown || fail "$option does not give the limit of SEQ"
 done
 
 [ "$failures" -eq 0 ]
