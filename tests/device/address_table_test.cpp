@@ -78,13 +78,15 @@ TEST_F(AddressTable, AWriteReplacesTheSelectedPartsOfTheEntry)
     }
 }
 
-// Also where nothing is selected.
+// Also where nothing is selected, and whatever the entry held.
 TEST_F(AddressTable, AWriteMarksTheEntryAsValid)
 {
-    bytes_put(held_, 8, le32(0));
-    for (const uint32_t valid : {0U, 1U, 2U, 4U, 8U, 0x80U}) {
-        EXPECT_EQ(run(WR_ADDR_TABLE_ENTRY, entry(valid, 0)), 0);
-        EXPECT_EQ(entry_held().substr(8, 4), le32(1));
+    for (const uint32_t held : {0U, 2U, 0xFFFFFFFFU}) {
+        bytes_put(held_, 8, le32(held));
+        for (const uint32_t valid : {0U, 1U, 2U, 4U, 8U, 0x80U}) {
+            EXPECT_EQ(run(WR_ADDR_TABLE_ENTRY, entry(valid, 0)), 0);
+            EXPECT_EQ(entry_held().substr(8, 4), le32(1));
+        }
     }
 }
 

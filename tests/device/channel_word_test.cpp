@@ -126,6 +126,19 @@ TEST_F(ChannelWords, AnUnreadOwnIdentifierIsZero)
     }
 }
 
+// What the driver filled counts, although the request failed.
+TEST_F(ChannelWords, AnOwnIdentifierFilledByAFailedReadCounts)
+{
+    board.fpga.words[0x6B29] = 7;
+    board.fpga.words[0x6B51] = 0xF345;
+    board.fpga.unit_words[{7, 1}] = {0xF678, 0};
+    board.fpga.unit_words[{0, 1}] = {0xF9AB, 0};
+    board.fpga.results = {{0x6B29, -1}};
+    board.fpga.fills_when_failing = true;
+    expect_calls(RD_CHANNEL_WORD, hex("07 00 5A A5"), own_course(hex("5A A5")), hex("07 00 45 F3"));
+    expect_calls(RD_CHANNEL_WORD, hex("00 00 5A A5"), other_course(0), hex("00 00 AB 09"));
+}
+
 TEST_F(ChannelWords, TheChannelWordKeepsItsTopFourBits)
 {
     device_put = [&] { board.fpga.words[0x6B51] = 0xA678; };

@@ -87,6 +87,21 @@ TEST_F(IdEntryTest, WritesTheEntryThatItReadWithTheFieldsChanged)
                  entry);
 }
 
+TEST_F(IdEntryTest, WritesTheIdentifierThatTheDriverReturned)
+{
+    board.fpga.id_entries[kId] = kHeld;
+    board.fpga.answered = [](uint32_t request, char* entry) {
+        if (request == 0x6B4A) {
+            entry[0] = 0x1D;
+            entry[1] = 0x2E;
+        }
+    };
+    expect_result(WR_ID_ENTRY, entry_of(kId, 0, 0x1234, 4095, 7), 0);
+    EXPECT_EQ(board.fpga.id_entries,
+              (std::map<uint32_t, Bytes>{{kId, kHeld},
+                                         {0x2E1D, hex("1D 2E 34 12 41 42 FF 0F 07 00 43 44")}}));
+}
+
 TEST_F(IdEntryTest, MaskSelectsTheFields)
 {
     const Bytes given = le16(0x1234) + le16(0x0567) + le16(5);

@@ -7,7 +7,7 @@
 namespace
 {
 
-constexpr uint32_t kWord03 = 0x5A1A; // without bit 6
+constexpr uint32_t kWord03Held = 0x5A1A; // without bit 6
 constexpr uint32_t kBit6 = 0x0040;
 
 const Bytes kSaved(44, '\x55');
@@ -123,7 +123,7 @@ class Alert : public LedSetterTest
     {
         file_put(file);
         board.file_put(kUserLog, userLog_with({}));
-        words_put(0x1000, kWord03);
+        words_put(0x1000, kWord03Held);
         caller_put(0, 1, 0, 0);
         board.restart();
     }
@@ -152,14 +152,14 @@ class Alert : public LedSetterTest
         const bool bit6_before = outcome.ledA == 2U; // so that a change of it shows
         file_put(file);
         board.file_put(kUserLog, userLog_with({}));
-        words_put(word, kWord03 | (bit6_before ? kBit6 : 0));
+        words_put(word, kWord03Held | (bit6_before ? kBit6 : 0));
         board.restart();
 
         EXPECT_EQ(run(WR_LED_GROUP_1), inhibited ? 1 : 0);
 
         EXPECT_EQ(board.calls, calls_expected(outcome, file));
         const bool bit6 = inhibited ? bit6_before : outcome.ledA == 3U;
-        expect_words(inhibited ? word : outcome.word, kWord03 | (bit6 ? kBit6 : 0));
+        expect_words(inhibited ? word : outcome.word, kWord03Held | (bit6 ? kBit6 : 0));
         EXPECT_EQ(board.file_get(kUserLog),
                   outcome.event == 0 ? userLog_with({}) : userLog_with({outcome.event}));
         if (file == File::kAbsent) {
@@ -182,7 +182,7 @@ class Alert : public LedSetterTest
         if (file != File::kWhole) {
             calls = calls + calls_of({value_write(0x6B12, outcome.word)});
             if (outcome.ledA) {
-                const uint32_t word = kWord03 | (outcome.ledA == 3U ? kBit6 : 0);
+                const uint32_t word = kWord03Held | (outcome.ledA == 3U ? kBit6 : 0);
                 calls = calls + calls_of(changes_word(kDeviceWord03, 0x6B04, word));
             }
         }
@@ -238,7 +238,7 @@ TEST_F(Alert, DrivesThePanelWhenTheFileIsTooShort)
 // One of each, typed out.
 TEST_F(Alert, RaisesTheAlert)
 {
-    words_put(0x1000, kWord03);
+    words_put(0x1000, kWord03Held);
     expect_course(WR_LED_GROUP_1, caller_put(7, 1, 1, 0),
                   course_of(kNotInhibited) + Course{opens_to_write(), word_read(0x6B11)} +
                       course_of(event_calls(0) + kNotInhibited) +
@@ -297,7 +297,7 @@ TEST_F(Alert, ForgetsAFailureOfDeviceWord03InTheRetry)
         alert_prepare(File::kAbsent);
         board.fail_call(calls_before + failing);
         EXPECT_EQ(run(WR_LED_GROUP_1), 0);
-        expect_words(0x20E0, kWord03);
+        expect_words(0x20E0, kWord03Held);
         EXPECT_EQ(board.file_get(kUserLog), userLog_with({257}));
     }
 }
@@ -309,7 +309,7 @@ TEST_F(Alert, LogsTheEventOnceMoreInTheRetry)
     const size_t write = calls_expected({0, 3, 257}, File::kAbsent).size() - 5;
     fail_in_both_runs(write, 1);
     EXPECT_EQ(run(WR_LED_GROUP_1), -4);
-    expect_words(0x1000, kWord03);
+    expect_words(0x1000, kWord03Held);
     EXPECT_EQ(board.file_get(kUserLog), userLog_with({257, 257}));
 }
 
@@ -319,7 +319,7 @@ TEST_F(Alert, GoesOnWithoutAUserLog)
     alert_prepare(File::kAbsent);
     board.file_remove(kUserLog);
     EXPECT_EQ(run(WR_LED_GROUP_1), 0);
-    expect_words(0x20E0, kWord03 | kBit6);
+    expect_words(0x20E0, kWord03Held | kBit6);
     EXPECT_EQ(board.console, "userLog_put : 007 : /conf/user.log file open error\n");
     EXPECT_FALSE(board.file_exists(kUserLog));
 }
@@ -334,7 +334,7 @@ TEST_F(Alert, GoesOnWhateverFailsInTheUserLog)
         board.fail_call(first + call);
         EXPECT_EQ(run(WR_LED_GROUP_1), 0);
         EXPECT_EQ(board.calls[first + call - 1], event_calls(0)[call] + " -> failed");
-        expect_words(0x20E0, kWord03 | kBit6);
+        expect_words(0x20E0, kWord03Held | kBit6);
     }
 }
 
@@ -344,7 +344,7 @@ TEST_F(Alert, DrivesTheGroupButNotLedAWhenOnlyTheGroupCannotBeRecorded)
     alert_prepare(File::kWhole);
     board.fail_call(kFileOpen);
     EXPECT_EQ(run(WR_LED_GROUP_1), 0);
-    expect_words(0x10E0, kWord03 | kBit6); // ledA as it was
+    expect_words(0x10E0, kWord03Held | kBit6); // ledA as it was
     EXPECT_EQ(board.file_get(kLedFile), Bytes(kSaved).replace(8, 1, hex("03")));
 }
 
@@ -353,7 +353,7 @@ TEST_F(Alert, LeavesThePanelAloneWhenOnlyLedACannotBeRecorded)
     alert_prepare(File::kWhole);
     board.fail_call(kRecorded.size() + 2 + event_calls(0).size() + kFileOpen);
     EXPECT_EQ(run(WR_LED_GROUP_1), 1);
-    expect_words(0x1000, kWord03);
+    expect_words(0x1000, kWord03Held);
     EXPECT_EQ(board.file_get(kLedFile), Bytes(kSaved).replace(15, 3, hex("01 00 00")));
 }
 

@@ -172,6 +172,21 @@ TEST_F(Group7Mirror, ChangesOneByteOfThePortForEachSelectedElement)
     board.recording = true;
 }
 
+// The port's number is the driver's from the read on.
+TEST_F(Group7Mirror, WritesThePortThatTheDriverReturned)
+{
+    prepare(0);
+    board.fpga.answered = [](uint32_t request, char* port) {
+        if (request == 0x6B72) {
+            port[0] = 9;
+        }
+    };
+    EXPECT_EQ(run(WR_LED_GROUP_7), 0);
+    EXPECT_EQ(board.fpga.switch_ports,
+              (std::map<uint8_t, Bytes>{{kMirrorPort, kPortBefore},
+                                        {9, hex("09 11 01 00 01 15 16 17")}}));
+}
+
 TEST_F(Group7Mirror, LeavesTheRegisterChangedWhenThePortFails)
 {
     const struct {

@@ -7,10 +7,10 @@
 #include <random>
 
 #include "device/command_test.h"
+#include "device/device_word_03.h"
 #include "device/library_calls.h"
 #include "log/console_lines.h"
 
-constexpr uint32_t kDeviceWord03 = 0x6B03;
 constexpr uint32_t kChannel = 0x6B51;
 constexpr uint32_t kOwnIdentifier = 0x6B29;
 constexpr uint8_t kMirrorPort = 4; // the switch port that shows group 7, too

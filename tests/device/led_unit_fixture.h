@@ -2,13 +2,13 @@
 // the hardware and in the configuration.
 #pragma once
 
+#include "device/device_word_03.h"
 #include "device/led_panel_words.h"
 
 constexpr uint32_t kUnitMapD = 0x6B3D;
 constexpr uint32_t kUnitMapE = 0x6B3B;
 constexpr uint32_t kUnitMapR = 0x6B8D;
-constexpr uint32_t kMapEnabled = 0x1000; // device word 03: each unit has a key of its own
-constexpr uint16_t kIdentity = 100;      // of unit n: 100 + n
+constexpr uint16_t kIdentity = 100; // of unit n: 100 + n
 
 // The question for one unit's identity, with so many lines read of the configuration.
 inline Trace match_calls(uint32_t unit, size_t lines)

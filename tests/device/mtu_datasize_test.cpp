@@ -1,5 +1,6 @@
 // The file of data sizes: /tmp/mtu_datasize.
 #include "device/command_test.h"
+#include "device/device_word_03.h"
 #include "device/library_calls.h"
 #include "maint/commands/mtu.h"
 
@@ -9,7 +10,6 @@ namespace
 using Messages = std::vector<std::string>;
 
 constexpr const char* kFile = "/tmp/mtu_datasize";
-constexpr uint32_t kWord03 = 0x6B03;
 
 constexpr const char* kReadOpenError = "read_mtu_datasize: /tmp/mtu_datasize open error.";
 constexpr const char* kReadError = "read_mtu_datasize: /tmp/mtu_datasize read error.";
@@ -138,7 +138,7 @@ const Bytes kGiven = sizes_of({1500, 1454, 1400, 1, 2, 3, 4, 5, 6, 0xABCD});
 TEST_F(MtuDatasizeFile, IsWrittenAfterTheDeviceIsClosed)
 {
     prove_record(WR_MTU_DATASIZE, kGiven,
-                 Course{opens_to_write(), word_read(kWord03), closes()} +
+                 Course{opens_to_write(), word_read(kDeviceWord03), closes()} +
                      course_of(kWriteOpen + kWriteRest),
                  kHeld);
     EXPECT_EQ(log_messages(board), Messages{});
@@ -150,7 +150,7 @@ TEST_F(MtuDatasizeFile, TakesFullSizesWhileBit8IsSetAndSizesLess8WhileItIsClear)
     for (unsigned bit = 0; bit < 16; ++bit) {
         for (const uint32_t word : {1U << bit, 0xFFFFU & ~(1U << bit)}) {
             SCOPED_TRACE("word " + hex_number(word));
-            board.fpga.words[kWord03] = word;
+            board.fpga.words[kDeviceWord03] = word;
             const Bytes& expected = (word & 0x0100) != 0 ? full : kHeld;
             expect_run(WR_MTU_DATASIZE, kGiven, 0, expected);
             EXPECT_EQ(board.file_get(kFile), expected);

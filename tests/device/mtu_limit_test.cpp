@@ -434,13 +434,28 @@ TEST_F(MtuWrite, IgnoresTheHighHalfOfThePresentLimit)
     expect_limits(1340);
 }
 
+// Also where the driver fills the record and fails.
 TEST_F(MtuWrite, TakesAPresentLimitThatCannotBeReadAsNone)
 {
     config_put("");
-    present = 1000;
     board.fpga.results[0x6B42] = -1;
-    expect_write(1);
-    expect_limits(1340);
+    for (const bool fills : {false, true}) {
+        board.fpga.fills_when_failing = fills;
+        present = 1000;
+        expect_write(1);
+        expect_limits(1340);
+    }
+}
+
+TEST_F(MtuWrite, TakesAPositiveAnswerToTheReadForSuccess)
+{
+    config_put("");
+    for (const int answer : {1, 0x7FFFFFFF}) {
+        board.fpga.results[0x6B42] = answer;
+        present = 1000;
+        expect_write(1);
+        expect_limits(1000);
+    }
 }
 
 } // namespace

@@ -183,6 +183,24 @@ TEST_F(Prefix, ATooLongPrefixIsFoundBeforeAnythingIsWritten)
     }
 }
 
+TEST_F(Prefix, ADeviceThatFailsCountsBeforeATooLongPrefix)
+{
+    const struct {
+        size_t call; // two opens, four reads
+        size_t open; // descriptors when it fails
+        int32_t result;
+    } runs[] = {{1, 0, -1}, {2, 1, -1}, {3, 2, -2}, {4, 2, -2}, {5, 2, -2}, {6, 2, -2}};
+    for (const Set& set : kSets) {
+        const Bytes record = record_of(set, 2, kAddress, 33);
+        for (const auto& [call, open, result] : runs) {
+            board.restart();
+            fail_in_both_runs(call, open);
+            expect_run(set.write, record, result, record);
+            EXPECT_EQ(board.fpga.registers, kHeld);
+        }
+    }
+}
+
 TEST_F(Prefix, EveryLengthIsWrittenAsItsMaskOrRefused)
 {
     for (const Set& set : kSets) {

@@ -8,8 +8,6 @@ class RegisterBlock16A : public RegisterTest
 {
 };
 
-constexpr uint16_t kSomeWords[] = {0x0000, 0xFFFF, 0xA5C3, 0x5A3C};
-
 Bytes block(uint32_t index, unsigned valid, unsigned flag_a, unsigned flag_b,
             const char* data = "10 32 54 76 98 BA")
 {

@@ -8,8 +8,6 @@ class RegisterRecord : public RegisterTest
 {
 };
 
-constexpr uint16_t kSomeWords[] = {0x0000, 0xFFFF, 0xA5C3, 0x5A3C};
-
 // The bytes of 0x110 and 0x112 ---------------------------------------------------------------
 
 TEST_F(RegisterRecord, TheBytesOf110AreItsHighAndLowByteThenThoseOf112)

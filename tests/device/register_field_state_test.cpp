@@ -8,7 +8,7 @@ class RegisterState : public RegisterTest
 {
 };
 
-constexpr uint16_t kSomeWords[] = {0x0000, 0xFFFF, 0xA5C3, 0x3000, 0xCFFF};
+constexpr uint16_t kStateWords[] = {0x0000, 0xFFFF, 0xA5C3, 0x3000, 0xCFFF};
 
 // Eight flags of 0xF4 -----------------------------------------------------------------------
 
@@ -105,7 +105,7 @@ TEST_F(RegisterState, AStateReplacesItsBitsAndKeepsTheOthers)
 TEST_F(RegisterState, EveryStateOtherThanTheNamedIsWrittenAsZeroIs)
 {
     for (const StateRow& row : kStates) {
-        for (const uint16_t word : kSomeWords) {
+        for (const uint16_t word : kStateWords) {
             const uint32_t last = row.size == 1 ? UINT8_MAX : UINT16_MAX;
             const uint32_t step = row.size == 1 ? 1 : kWordStep;
             for (uint32_t state = 0; state <= last; state += step) {

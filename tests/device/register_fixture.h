@@ -9,6 +9,9 @@
 // changes a register, absent from what writes a whole register, in no report.
 constexpr uint32_t kHigh = 0xCAFE0000;
 
+// For loops over something else than the values of the register.
+constexpr uint16_t kSomeWords[] = {0x0000, 0xFFFF, 0xA5C3, 0x5A3C};
+
 using Registers = std::map<uint32_t, uint16_t>;
 
 // One run of a command in which every call succeeds.

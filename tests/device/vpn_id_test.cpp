@@ -4,15 +4,13 @@
 #include <ostream>
 
 #include "device/command_test.h"
+#include "device/device_word_03.h"
 #include "device/library_calls.h"
 
 namespace
 {
 
 using Messages = std::vector<std::string>;
-
-constexpr uint32_t kWord03 = 0x6B03;
-constexpr uint32_t kMapEnabled = 0x1000;
 
 constexpr const char* kNotRead =
     "Get_Conf_VpnId 000 : Fpga_Register_Set(RD_VLANT_MAP_ENABLE) didn't read";
@@ -24,7 +22,7 @@ class VpnId : public CommandTest
   protected:
     void SetUp() override { log_clear(board); }
 
-    void word_put(uint32_t word) { board.fpga.words[kWord03] = word; }
+    void word_put(uint32_t word) { board.fpga.words[kDeviceWord03] = word; }
     void config_put(const Bytes& text) { board.file_put(kConfig, text); }
 
     int32_t identity_read(int32_t index)
@@ -230,7 +228,7 @@ TEST_F(VpnId, WithoutAFlagLogsOneLineAndPrintsNothing)
 TEST_F(VpnId, WithAFlagThatCannotBeReadLogsOneLineAndPrintsNothing)
 {
     config_put("OWN_VPN_ID='12'\n");
-    board.fpga.results[kWord03] = -1;
+    board.fpga.results[kDeviceWord03] = -1;
     expect_none(-1);
     const Trace run = kFlagCalls + Trace{"usleep 1"};
     EXPECT_EQ(board.calls, run + run + append_calls(0));

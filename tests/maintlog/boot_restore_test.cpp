@@ -149,6 +149,7 @@ TEST_F(BootRestore, DeletesABadWorkingFileBeforeItReadsTheFlash)
     EXPECT_EQ(zev_maintlog_init(), 0);
     EXPECT_TRUE(deleted);
     EXPECT_EQ(board.console, kWarm + kHeadShort + kUnreadable + kSampleListing);
+    ASSERT_GE(board.calls.size(), 10U);
     EXPECT_EQ(Trace(board.calls.begin() + 5, board.calls.begin() + 10),
               (Trace{"fclose /conf/system.log", puts_of(kHeadShort), puts_of(kUnreadable),
                      "unlink /conf/system.log", "open /dev/mtd_systemlog O_RDONLY"}))
