@@ -54,12 +54,16 @@ uint32_t* values_of(const Kind& kind, AddressEntryRequest& request)
     return kind.count == 1 ? &request.value : request.set;
 }
 
+uint32_t littleEndian_load(const Bytes& bytes)
+{
+    return uint32_t{bytes[3]} << 24 | uint32_t{bytes[2]} << 16 | uint32_t{bytes[1]} << 8 | bytes[0];
+}
+
 // Of the own set, unlike of every other number here, the first byte is the least significant; kept
 // as the system has it.
 uint32_t ownNumber_of(const Kind& kind, const Bytes& bytes)
 {
-    const uint32_t number = bigEndian_load(bytes);
-    return kind.count == 1 ? number : __builtin_bswap32(number);
+    return kind.count == 1 ? bigEndian_load(bytes) : littleEndian_load(bytes);
 }
 
 int32_t values_read(const Kind& kind, uint32_t own_id, uint32_t id, Bytes* bytes, uint32_t* numbers)

@@ -71,13 +71,11 @@ names_check()
     only_in_first "$1" "$work/allowed" >"$work/strangers"
     while read -r name; do
         case $name in
-        # The compiler's division, shifts and exchange of bytes, for a processor that has none. Those
-        # that unwind are the C++ runtime's.
+        # The compiler's division and shifts, for a processor that has none. Those that unwind are
+        # the C++ runtime's.
         __aeabi_unwind*)
             finding "$2 needs the C++ runtime: $name" ;;
-        __aeabi_* | __bswapsi2) ;;
-        # The linker's own: position independent code finds its tables by it.
-        _GLOBAL_OFFSET_TABLE_) ;;
+        __aeabi_*) ;;
         _Z* | __cxa* | __gxx* | _Unwind* | __dynamic_cast)
             finding "$2 needs the C++ runtime: $name" ;;
         *)

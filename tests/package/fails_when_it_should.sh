@@ -396,12 +396,6 @@ passes check_board.sh "$pure" "$calls" "$work/kept.a"
 archive divides 'unsigned __aeabi_uidiv(unsigned a, unsigned b);
 unsigned entry(unsigned a, unsigned b) { return __aeabi_uidiv(a, b); }'
 passes check_board.sh "$pure" "$calls" "$work/divides.a"
-archive swaps 'unsigned __bswapsi2(unsigned a);
-unsigned entry(unsigned a) { return __bswapsi2(a); }'
-passes check_board.sh "$pure" "$calls" "$work/swaps.a"
-archive table 'extern char _GLOBAL_OFFSET_TABLE_[];
-const char* entry(void) { return _GLOBAL_OFFSET_TABLE_; }'
-passes check_board.sh "$pure" "$calls" "$work/table.a"
 archive unwinds 'void __aeabi_unwind_cpp_pr0(void);
 void entry(void) { __aeabi_unwind_cpp_pr0(); }'
 fails_with 'needs the C++ runtime: __aeabi_unwind_cpp_pr0' \
