@@ -4,8 +4,6 @@
 namespace
 {
 
-constexpr uint8_t kFlagValues[] = {0, 1, 2, 255};
-
 // A flag of the record and its bit in the word.
 struct FlagRow {
     unsigned field;
