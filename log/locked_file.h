@@ -1,6 +1,7 @@
-// The way in which every log file is used: open the stream, lock it, work, close. The first failure
-// stands: the file is closed at once (which releases the lock), the failure's message is reported,
-// nothing after it touches the file, and the closing returns -1.
+// The way in which every log file is used, but for the first look at the image: open the stream,
+// lock it, work, close. The first failure stands: the file is closed at once (which releases the
+// lock), the failure's message is reported, nothing after it touches the file, and the closing
+// returns -1.
 //
 // The messages are formats with one %s for the path; they stand whole where the call is, so that
 // they can be searched for.

@@ -127,7 +127,8 @@ template <class Value> consteval CommandCall value_sent(RequestNumber request)
     }
 }
 
-// Likewise, but the driver reads a copy: whatever it does to its record, the caller's stays.
+// One request, too, but the driver reads a copy: whatever it does to its record, the caller's
+// stays.
 enum class CopiedRequest : uint16_t {}; // request, half the record's size, failing as a read
 
 constexpr unsigned kCopyMax = 160;

@@ -2,7 +2,7 @@
 // and closes it:
 //
 //     Fpga fpga = fpga_open(FpgaAccess::kRead);
-//     const uint16_t word = word_read(fpga, kStatusWord);
+//     const uint16_t word = word_read(fpga, kWord03);
 //     const uint16_t value = register_read(fpga, kRegister158);
 //     if (fpga_good(fpga)) {
 //         *record = ...;

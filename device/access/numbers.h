@@ -12,7 +12,7 @@ constexpr bool peerId_isValid(uint32_t id)
     return id >= kPeerIdMin && id <= kPeerIdMax;
 }
 
-// The ports that the commands on a port's bit or entry accept.
+// The ports that the commands on a port's bit, mask bit and ranged entry accept.
 constexpr uint16_t kPortFirst = 1;
 constexpr uint16_t kPortLast = 29;
 
@@ -21,8 +21,8 @@ constexpr bool port_isValid(uint16_t port)
     return port >= kPortFirst && port <= kPortLast;
 }
 
-// Bitmaps of units, ports and identifiers, whose numbers are the same: bit n of 32 stands for number
-// n; 0 for a number that has no bit.
+// Bitmaps of units, ports and identifiers, whose numbers are the same: bit n of 32 stands for
+// number n; 0 for a number that has no bit.
 constexpr uint32_t unit_bit(uint32_t number)
 {
     return number < 32 ? uint32_t{1} << number : 0;

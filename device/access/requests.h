@@ -62,8 +62,9 @@ constexpr RequestNumber kWord40Read = request_of(0x6B40);
 constexpr RequestNumber kWord41Write = request_of(0x6B41);
 constexpr RequestNumber kWord4ERead = request_of(0x6B4E);
 
-// 32-bit bitmaps; bit n stands for unit, port or identifier n. E: present, D: marked by the hardware
-// (a marked unit's panel is shown dark). The port mask also marks units (RD_UNIT_STATUS_MAP).
+// 32-bit bitmaps; bit n stands for unit, port or identifier n. E: present, D: marked by the
+// hardware (a marked unit's panel is shown dark). The port mask also marks units
+// (RD_UNIT_STATUS_MAP).
 constexpr RequestNumber kUnitMapERead = request_of(0x6B3B);
 constexpr RequestNumber kUnitMapDRead = request_of(0x6B3D);
 constexpr RequestNumber kPortMaskRead = request_of(0x6B8D);
@@ -107,7 +108,7 @@ constexpr RequestNumber kAddressTableWrite = request_of(0x6B86);
 // itself, kDriverStateRead nothing
 constexpr RequestNumber kPortEntryRead = request_of(0x6B60);
 constexpr RequestNumber kPortEntryWrite = request_of(0x6B61);
-constexpr RequestNumber kStatusWordWrite = request_of(0x6B62); // of WR_STATUS_WORD alone
+constexpr RequestNumber kWord62Write = request_of(0x6B62); // WR_STATUS_WORD
 constexpr RequestNumber kPortEntryWriteRanged = request_of(0x6B63);
 constexpr RequestNumber kPairEnableWrite = request_of(0x6B69);
 constexpr RequestNumber kRuleRead = request_of(0x6B6A);

@@ -28,6 +28,7 @@ constexpr uint16_t kCommitPrefix1 = 0x0002;
 constexpr uint16_t kCommitReg110 = 0x0004;
 constexpr uint16_t kMode114 = kCommitPrefix0 | kCommitPrefix1 | kCommitReg110;
 
-// Register 0x0158: the one-bit commands, the three-state field (bits 12 and 13) and the mode switch.
+// Register 0x0158: the one-bit commands, the three-state field (bits 12 and 13) and the mode
+// switch.
 constexpr uint32_t kRegister158 = 0x0158;
 constexpr uint16_t kMode158 = 0x0005; // bits 0 and 2, which have their one-bit commands, too

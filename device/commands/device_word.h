@@ -36,8 +36,8 @@ int32_t write_vlant_map_enable(const uint16_t* flag);
 int32_t read_control_bits(ControlBits* bits);
 int32_t write_control_bits(const ControlBits* bits);
 
-// RD_DEVICE_WORD_29, RD_DEVICE_WORD_03 and RD_DEVICE_WORD_3B for other commands: 0, -1, -2. A number
-// that cannot be read is 0, unless the driver has filled it.
+// RD_DEVICE_WORD_29, RD_DEVICE_WORD_03 and RD_DEVICE_WORD_3B for other commands: 0, -1, -2. A
+// number that cannot be read is 0, unless the driver has filled it.
 int32_t ownId_read(uint16_t& id);
 int32_t deviceWord03_read(uint16_t& word);
 int32_t unitMapE_read(uint32_t& map);

@@ -49,17 +49,19 @@ int32_t registerB_restore(const LedStateRecord& record)
 
 int32_t panel_restore(const LedStateRecord& record)
 {
-    int32_t status = command_changeWord(kWord03, bits_assign(kWord03Pattern, false));
-    if (status == DEVICE_OK) {
-        status = command_changeWord(kLedRegisterA, panel_restored(kLedRegisterA, record));
+    const int32_t pattern = command_changeWord(kWord03, bits_assign(kWord03Pattern, false));
+    if (pattern != DEVICE_OK) {
+        return pattern;
     }
-    if (status == DEVICE_OK) {
-        status = registerB_restore(record);
+    const int32_t a = command_changeWord(kLedRegisterA, panel_restored(kLedRegisterA, record));
+    if (a != DEVICE_OK) {
+        return a;
     }
-    if (status == DEVICE_OK) {
-        status = command_changeWord(kLedRegisterC, panel_restored(kLedRegisterC, record));
+    const int32_t b = registerB_restore(record);
+    if (b != DEVICE_OK) {
+        return b;
     }
-    return status;
+    return command_changeWord(kLedRegisterC, panel_restored(kLedRegisterC, record));
 }
 
 } // namespace

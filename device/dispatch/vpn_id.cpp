@@ -1,6 +1,6 @@
 // The VPN identity. Which key holds it is a flag of the device, which is asked as any program asks
-// it: by a command through the dispatcher. So this lies above the commands, although two of them ask
-// for identities. That is no endless loop: the command asked here does not.
+// it: by a command through the dispatcher. So this lies above the commands, although three of them
+// ask for identities. That is no endless loop: the command asked here does not.
 #include "maint/vpn_id.h"
 
 #include <cstdio>

@@ -19,7 +19,7 @@ enum {
     DEVICE_OK = 0,
     DEVICE_OPEN_FAILED = -1,  /* the device or file cannot be opened; unknown command */
     DEVICE_READ_FAILED = -2,  /* a read request, a reading that the command rests on (such as the
-                                 PHY's status), or the read of a state file failed */
+                                 PHY's status), or the read of /tmp/serialno failed */
     DEVICE_UNMAPPED = -3,     /* the device answered with a value that has no meaning here; a
                                  documented fallback may have been stored */
     DEVICE_WRITE_FAILED = -4, /* a write request failed; what was written before it stays */
@@ -29,11 +29,11 @@ enum {
 
 /*
  * Bytes of the longest record known, RuleEntry. Where a command hands the caller's pointer to the
- * driver ("passed through" in its comment), the driver alone decides how much it fills; a record of
- * this size is room enough for all that is known, and the one to take where in doubt. The library
- * takes such a record of its own, cleared, where it runs one of these commands from within
- * (RD_DEVICE_WORD_29 before a snapshot of the panel), and 2 or 4 bytes where it issues the same
- * request by itself, as a word or bitmap of that width.
+ * driver ("passed through" or "filled by the driver" in its comment), the driver alone decides how
+ * much it fills; a record of this size is room enough for all that is known, and the one to take
+ * where in doubt. The library takes such a record of its own, cleared, where it runs one of these
+ * commands from within (RD_DEVICE_WORD_29 before a snapshot of the panel), and 2 or 4 bytes where
+ * it issues the same request by itself, as a word or bitmap of that width.
  */
 enum { DEVICE_RECORD_MAX = 496 };
 

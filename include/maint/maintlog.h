@@ -27,7 +27,7 @@ MAINT_C_BEGIN
  * empty log replaces the file; where the header is not whole, systemLog_put's own 004 follows on
  * the console.
  *
- * Needs about 100 KB of stack for the rebuild.
+ * Needs about 110 KB of stack for the rebuild.
  *
  * Returns 0 when the working file was kept or rebuilt, otherwise the result of systemLogFileInit.
  */

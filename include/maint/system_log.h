@@ -106,7 +106,7 @@ MAINT_API int32_t systemLogFileInit(void);
  * shorter than its records (005 again, with another text) and one of a wrong checksum (006); an
  * erased seq_num and a location out of range are not. An image without records has no checksum.
  * Prints the accepted header, and once the records are read the stored and the computed checksum,
- * on standard output. A failure while writing can leave a partial working file. Needs about 100 KB
+ * on standard output. A failure while writing can leave a partial working file. Needs about 110 KB
  * of stack.
  * Returns 0; -2 checksum mismatch; -1 any other refusal, or image (001 to 003) or file (007 to 010)
  * not opened, locked, read or written. All messages on both sinks.

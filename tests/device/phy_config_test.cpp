@@ -4,7 +4,7 @@
 namespace
 {
 
-TEST_F(PhyConfigWrite, WritesThreeRegistersWithAPauseBetween)
+TEST_F(PhyConfigWrite, WritesControlTwiceAndThenVendor)
 {
     const struct {
         const char* name;

@@ -94,7 +94,7 @@ TEST_F(PortState, BitOfThePortIsItsLowByte)
     }
 }
 
-TEST_F(PortState, EveryStatusWord)
+TEST_F(PortState, EveryValueOfTheEntry)
 {
     map = 0x8;
     for_every_word([this](uint16_t status) {

@@ -64,7 +64,7 @@ TEST_F(LatchedRegister, EveryValueOfBothRegisters)
     board.before_call = nullptr;
 }
 
-TEST_F(LatchedRegister, FailureStoresNothingAndLeavesTheBitAsItIs)
+TEST_F(LatchedRegister, FailureStoresNothingAndLeavesTheBitAsLastWritten)
 {
     const struct {
         size_t call; // that fails in both runs: open 1, the requests 2..6

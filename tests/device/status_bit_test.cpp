@@ -1,4 +1,4 @@
-// Single bits of the status word, and the word that is written.
+// Single bits of bitmap D, and the word of the driver's that WR_STATUS_WORD writes.
 #include "device/caller_memory_fixture.h"
 
 namespace
@@ -8,7 +8,7 @@ class StatusBits : public CallerMemoryTest
 {
 };
 
-TEST_F(StatusBits, BitNumberZeroReportsTheWholeStatusWord)
+TEST_F(StatusBits, BitNumberZeroReportsTheWholeBitmap)
 {
     board.fpga.words[0x6B3D] = 0x89ABCDEF;
     prove_record(RD_STATUS_BIT, le32(0) + le32(0x44332211),
@@ -18,7 +18,7 @@ TEST_F(StatusBits, BitNumberZeroReportsTheWholeStatusWord)
     }
 }
 
-TEST_F(StatusBits, EveryOtherStatusBitIsReportedAlone)
+TEST_F(StatusBits, EveryOtherBitIsReportedAlone)
 {
     for (uint32_t bit = 1; bit <= 31; ++bit) {
         for (uint32_t held = 0; held <= 31; ++held) {
@@ -31,7 +31,7 @@ TEST_F(StatusBits, EveryOtherStatusBitIsReportedAlone)
     }
 }
 
-TEST_F(StatusBits, BitNumbersBeyondTheWordReportZero)
+TEST_F(StatusBits, BitNumbersBeyondTheBitmapReportZero)
 {
     board.fpga.words[0x6B3D] = 0xFFFFFFFF;
     for (const uint32_t bit :
@@ -41,7 +41,7 @@ TEST_F(StatusBits, BitNumbersBeyondTheWordReportZero)
     }
 }
 
-TEST_F(StatusBits, TheStatusWordIsWrittenFromACopy)
+TEST_F(StatusBits, TheWordIsWrittenFromACopy)
 {
     prove_record(WR_STATUS_WORD, hex("C3 A5"),
                  {opens_to_write(), record_write(0x6B62, hex("C3 A5"), -2), closes()},

@@ -1,6 +1,6 @@
 /*
- * The bandwidth limit of the line. On /dev/fpga. A limit is an identifier of 0..20 that stands for a
- * value of register 0x0012. Which value, depends on the PHY of port 0: at 100 Mb/s or not.
+ * The bandwidth limit of the line. On /dev/fpga. A limit is an identifier of 0..20 that stands for
+ * a value of register 0x0012. Which value, depends on the PHY of port 0: at 100 Mb/s or not.
  *
  *   identifier          0     1     2    3    4    5    6    7   8   9  10
  *   register        21333 12800  6400 3200 2133 1600 1280 1066 914 800 711
@@ -9,11 +9,11 @@
  *   at 100 Mb/s       640   320   213  160  128  106   91   80  71  64
  *   otherwise         640   640   640  640  640  640  640  640 640 640
  *
- * Each value is 64000 / n, without its fraction, for n = 3, 5, 10, 20, 30 .. 100, 200, 300 .. 1000. A
- * smaller value stands for a higher limit; its unit is the device's.
+ * Each value is 64000 / n, without its fraction, for n = 3, 5, 10, 20, 30 .. 100, 200, 300 .. 1000.
+ * A smaller value stands for a higher limit; its unit is the device's.
  *
- * Both commands read the PHY of port 0 first, as RD_PHY_STATUS does, and then open the device again.
- * So a missing device is told as -2, by the first of the two. Both open it for writing.
+ * Both commands read the PHY of port 0 first, as RD_PHY_STATUS does, and then open the device
+ * again. So a missing device is told as -2, by the first of the two. Both open it for writing.
  */
 #ifndef MAINT_COMMANDS_BANDWIDTH_H
 #define MAINT_COMMANDS_BANDWIDTH_H
@@ -23,9 +23,9 @@ enum { BANDWIDTH_ID_MAX = 20 };
 /*
  * RD_BANDWIDTH (0x000A), uint16_t out: the first identifier that has the register's value. While
  * port 0 is not at 100 Mb/s, identifiers 12..20 come back as 11.
- * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY (its opening included) or
- * the register cannot be read; -3 the register holds no value of the table (20 is stored). Nothing
- * is stored with -1 and -2, but that a first run which ends with -3 has stored 20.
+ * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY (its opening included)
+ * or the register cannot be read; -3 the register holds no value of the table (20 is stored).
+ * Nothing is stored with -1 and -2, but that a first run which ends with -3 has stored 20.
  *
  * WR_BANDWIDTH (0x000B), uint16_t in.
  * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY cannot be read (its

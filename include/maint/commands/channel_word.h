@@ -8,7 +8,7 @@
 
 /*
  * RD_CHANNEL_WORD (0x00A7): value out; with the own identifier the whole channel word of the
- * device, with another one the low 12 bits of that unit's.
+ * device, filled by the driver, with another one the low 12 bits of that unit's.
  * WR_CHANNEL_WORD (0x00A8): value in; ORed with the top four bits of the device's own channel word.
  * The id is not used.
  *

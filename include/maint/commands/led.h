@@ -47,19 +47,20 @@ enum { LED_CHANGE_RECORDED = 1 };
  *   WR_LED_GROUP_1 (0x001D)
  *                     mask bits 0 and 1 select the first and the second element; mask bit 2 turns
  *                     the third on, whatever its byte says: nothing but WR_LED_RESTORE turns it
- *                     off. The group also drives the alert bit, ledA and bit 6 of device word 03:
+ *                     off. The group also drives the alert bit, ledA, and bit 6 of device word 03,
+ *                     which is set when ledA becomes 3, cleared when ledA becomes 2, and else left:
  *                     first element 0: alert off, a ledA of 2 or 3 becomes 2;
  *                     first element not 0, the others both 1, alert on: alert off, user log event
  *                     256, a ledA of 2 or 3 becomes 2;
  *                     first element not 0, the others not both 1, alert off: alert on, user log
  *                     event 257, a ledA other than 0 becomes 3.
  *                     The alert bit is bit 7 of LED register B; bit and ledA count as the panel
- *                     shows them. Event (/conf/user.log, /tmp/flashsave; failures ignored) and ledA
- *                     are handled even while the inhibit defers the rest: ledA as the pattern's
- *                     value demands, in the LED state file. The alert bit and device word 03 are
- *                     not written then, so that each repeated command logs its event again, an
- *                     alert that ends keeps its bit, and bit 6 is set by a WR_LED_RESTORE with a
- *                     ledA of 3 but not cleared by any.
+ *                     shows them. The event (userLog_put, whose failures are reported and change no
+ *                     result) and ledA are handled even while the inhibit defers the rest: ledA as
+ *                     the pattern's value demands, in the LED state file. The alert
+ *                     bit and device word 03 are not written then, so that each repeated command
+ *                     logs its event again, an alert that ends keeps its bit, and bit 6 is set by a
+ *                     WR_LED_RESTORE with a ledA of 3 but not cleared by any.
  *
  * In the LED state file a group is always recorded whole, whatever the mask says.
  *
@@ -87,11 +88,11 @@ enum { LED_CHANGE_RECORDED = 1 };
 /*
  * RD_LED_STATE (0x000E): ownId and targetId in, indicators and elements out; valid masks and
  * reserved bytes are not touched. Read the own identifier with RD_DEVICE_WORD_29 and look at its
- * result: an ownId left 0 is refused with -5. Another unit is shown dark (every element and ledC to ledF 0)
- * when the hardware says so or when its VPN identity is not the configured one, which is looked up
- * in /conf/config under the save lock; an identity that cannot be read is no mismatch. The look-up
- * reports as Get_Conf_VpnId does (maint/vpn_id.h): a line in the system log when the device's flag
- * cannot be read, and a message when the configuration is missing.
+ * result: an ownId left 0 is refused with -5. Another unit is shown dark (every element and ledC to
+ * ledF 0) when the hardware says so or when its VPN identity is not the configured one, which is
+ * looked up in /conf/config under the save lock; an identity that cannot be read is no mismatch.
+ * The look-up reports as Get_Conf_VpnId does (maint/vpn_id.h): a line in the system log when the
+ * device's flag cannot be read, and a message when the configuration is missing.
  * Results: 0; -1 device not opened; -2 a read failed (what was read before it is filled); -5 an
  * identifier outside 1..30.
  */
@@ -110,10 +111,11 @@ enum { LED_CHANGE_RECORDED = 1 };
  * A setter that runs at the same moment may have found no inhibit yet; the restore undoes its
  * change.
  * Results: 0; -1 panel not saved (its registers are as they were), or device not opened; -2 a read,
- * -4 a write failed, with the registers written before changed. A state file that was made but
- * could not be written whole stays and counts as saved: the second run of the failed command draws
- * the pattern and returns 0. WR_LED_RESTORE then fails with -1, and the setters drive the panel,
- * until the file is removed.
+ * -4 a write failed, with the registers written before changed. Once the panel is saved, the
+ * inhibit is on, also when the command then fails: it ends with WR_LED_RESTORE. A state file that
+ * was made but could not be written whole stays and counts as saved: the second run of the failed
+ * command draws the pattern and returns 0. WR_LED_RESTORE then fails with -1, and the setters drive
+ * the panel, until the file is removed.
  */
 
 /*

@@ -28,8 +28,9 @@ typedef struct PhyStatus {
 /*
  * WR_PHY_CONFIG (0x002B), in. Sleeps 1 second (ports 1..6, no autonegotiation) or 2 (port 0), once
  * more if a failure makes it run again. On port 5 switch port 4 first gets the record's
- * full_duplex, speed100 and switch_flag bytes as they stand, and then, for up to 5 seconds more,
- * what the PHY reports; a failure of that following does not fail the command.
+ * full_duplex, speed100 and switch_flag bytes as they stand, and then, within 1 to 5 seconds more,
+ * what the PHY reports (with autonegotiation: 1 second, and nothing is copied); a failure of that
+ * following does not fail the command.
  *
  * Results: 0; -1 device not opened; -4 a PHY or the switch port cannot be written (what was written
  * before stays); -5 port above 6, or port 0 set to anything but autonegotiation or 100 Mb/s full

@@ -58,10 +58,11 @@ typedef struct PortBit {
 } PortBit;
 
 /*
- * RD_PORT_STATE_CODE (0x0400). Code out: 0 the port is not in the device's bitmap, or a reading
- * failed; 2 any of status bits 13..15; with bit 12 alone of these, by bits 9 and 8: 00 gives 1, 01
- * gives 3, 11 gives 4. In every other case the code is not written: preset it (a first run that
- * fails and is repeated has written 0).
+ * RD_PORT_STATE_CODE (0x0400). Code out, of bits of the port's entry (RD_PORT_ENTRY with flag and
+ * index 0): 0 the port is not in bitmap E (RD_DEVICE_WORD_3B), or a reading failed; 2 any of bits
+ * 13..15; with bit 12 alone of these, by bits 9 and 8: 00 gives 1, 01 gives 3, 11 gives 4. In every
+ * other case the code is not written: preset it (a first run that fails and is repeated has written
+ * 0).
  * Results: 0; -1 a reading failed.
  */
 typedef struct PortStateCode {

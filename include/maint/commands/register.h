@@ -21,9 +21,9 @@ typedef struct RegisterValue {
 
 /*
  * RD_REG_DA_LATCHED (0x0050), uint32_t out: the low 8 bits of register 0x00DA, taken while bit 5 of
- * register 0x00D8 is clear; the bit is set again afterwards. Opens the device for writing. Results: 0; -1 device not opened; -2 a
- * register not read; -4 register 0x00D8 not written. A failure between the two leaves the bit
- * clear, and nothing is stored.
+ * register 0x00D8 is clear; the bit is set again afterwards. Opens the device for writing. Results:
+ * 0; -1 device not opened; -2 a register not read; -4 register 0x00D8 not written. After a failure,
+ * up to that of setting it again, the bit stays clear; a failed command stores nothing.
  */
 
 #endif

@@ -69,8 +69,8 @@ typedef struct RegF4Flags {
 /*
  * WR_REG168_MODE (0x006B), in. A non-zero bracket clears bit 6 of 0x0158 before (as the one-bit
  * setter above does, whose failure is returned) and sets it after a successful write (whose failure
- * is not); a failure between the two leaves it clear. Mode 4 is overwritten with 0 in the record, so that the second run after a failure
- * returns -5.
+ * is not); a failure between the two leaves it clear. Mode 4 is overwritten with 0 in the record,
+ * so that the second run after a failure returns -5.
  */
 typedef struct Reg168Mode {
     uint16_t mode;    /* 0: 1..4, else -5 */

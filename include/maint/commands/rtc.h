@@ -26,8 +26,8 @@ typedef struct RtcDateTime {
 } RtcDateTime;
 
 /*
- * RD_RTC_STATUS (0x0202), uint32_t out; WR_RTC_STATUS (0x0203), uint32_t in: a value of the driver's,
- * filled or read by the driver itself.
+ * RD_RTC_STATUS (0x0202), uint32_t out; WR_RTC_STATUS (0x0203), uint32_t in: a value of the
+ * driver's, filled or read by the driver itself.
  */
 
 #endif

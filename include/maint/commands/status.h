@@ -16,7 +16,10 @@ typedef struct StatusInputs {
     uint8_t input[4]; /* 0: bits 4, 5, 6, 7 */
 } StatusInputs;
 
-/* RD_STATUS_BIT (0x00A2): a bit of the device's bitmap D. Bit 0 alone cannot be asked for. */
+/*
+ * RD_STATUS_BIT (0x00A2): bit in, result out: a bit of the device's bitmap D, in which the hardware
+ * marks units. Bit 0 alone cannot be asked for.
+ */
 typedef struct StatusBit {
     uint32_t bit;    /* 0, in: 0 the whole word, 1..31 that bit, above: 0 is reported */
     uint32_t result; /* 4, out */

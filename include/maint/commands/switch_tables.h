@@ -3,7 +3,8 @@
  * /tmp/ks8995_pri.dat, 128 bytes of each, into the device through /dev/fpga. What lies behind the
  * first 128 bytes is ignored.
  *
- * WR_SWITCH_TABLES_1 (0x0120), WR_SWITCH_TABLES_2 (0x0121): the argument is not used and may be null.
+ * WR_SWITCH_TABLES_1 (0x0120), WR_SWITCH_TABLES_2 (0x0121): the argument is not used and may be
+ * null.
  *
  * Results: 0; -1 device not opened; -2 status word not read, or tables refused (0x0120); -4 tables
  * refused (0x0121); -5 a file is missing or shorter than 128 bytes (found with the device open;

@@ -34,20 +34,22 @@ typedef struct SerialNumber {
 } SerialNumber;
 
 /*
- * RD_UNIT_STATUS_MAP (0x003C), uint32_t out: bit n for unit n. Set are the units that are present
- * and that the hardware marks, and units of 1..30 that are present with another VPN identity than
- * the configured one; never the own unit. On /dev/fpga; each identity is looked up in /conf/config
- * under the save lock and reported, as for RD_LED_STATE (maint/commands/led.h).
+ * RD_UNIT_STATUS_MAP (0x003C), uint32_t out, filled by the driver first: bit n for unit n. Set are
+ * the units that are present (RD_DEVICE_WORD_3B) and marked in the port mask (RD_PORT_MASK), and
+ * units of 1..30 that are present with another VPN identity than the configured one; never the own
+ * unit. On /dev/fpga; each identity is looked up in /conf/config under the save lock and reported,
+ * as for RD_LED_STATE (maint/commands/led.h).
  * Results: 0; -1 device not opened; -2 a read failed (the word may hold the hardware's own map).
  */
 
 /*
- * RD_UNIT_STATUS_FLAG (0x00A9): unit in, status out. On /dev/fpga and /conf/config, as
- * RD_UNIT_STATUS_MAP. Results: 0; -1 device not opened; -2 read failed (no change).
+ * RD_UNIT_STATUS_FLAG (0x00A9): unit in, status out. Asks another bitmap than RD_UNIT_STATUS_MAP,
+ * bitmap D (RD_STATUS_BIT), and not whether the unit is present. On /dev/fpga and /conf/config.
+ * Results: 0; -1 device not opened; -2 read failed (no change).
  */
 typedef struct UnitStatusFlag {
-    uint32_t status; /* 0, out: 1 on the hardware's mark or an identity mismatch, else 0 */
-    uint16_t unit;   /* 4, in; above 31 the hardware has no mark */
+    uint32_t status; /* 0, out: 1: marked in bitmap D, or another identity; else 0 */
+    uint16_t unit;   /* 4, in; above 31 there is no mark */
     uint16_t spare;  /* 6: not used */
 } UnitStatusFlag;
 
