@@ -24,8 +24,10 @@ enum { BANDWIDTH_ID_MAX = 20 };
  * RD_BANDWIDTH (0x000A), uint16_t out: the first identifier that has the register's value. While
  * port 0 is not at 100 Mb/s, identifiers 12..20 come back as 11.
  * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY (its opening included)
- * or the register cannot be read; -3 the register holds no value of the table (20 is stored).
- * Nothing is stored with -1 and -2, but that a first run which ends with -3 has stored 20.
+ * or the register cannot be read; -3 the register holds no value of the row that applies
+ * now, and 20 is stored. (So it is when one of 12..20 was set at 100 Mb/s and the PHY is slower
+ * now.) Nothing is stored with -1 and -2; only where the first of the two runs ended with -3, 20 has
+ * been stored.
  *
  * WR_BANDWIDTH (0x000B), uint16_t in.
  * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY cannot be read (its

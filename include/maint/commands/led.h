@@ -87,8 +87,17 @@ enum { LED_CHANGE_RECORDED = 1 };
 
 /*
  * RD_LED_STATE (0x000E): ownId and targetId in, indicators and elements out; valid masks and
- * reserved bytes are not touched. Read the own identifier with RD_DEVICE_WORD_29 and look at its
- * result: an ownId left 0 is refused with -5. Another unit is shown dark (every element and ledC to
+ * reserved bytes are not touched. The own identifier is a uint16_t that RD_DEVICE_WORD_29 reads; the
+ * panel of unit 3:
+ *
+ *     uint16_t own[DEVICE_RECORD_MAX / 2] = {0};
+ *     if (Fpga_Register_Set(RD_DEVICE_WORD_29, own) == DEVICE_OK) {
+ *         state.ownId = own[0];
+ *         state.targetId = 3;
+ *         result = Fpga_Register_Set(RD_LED_STATE, &state);
+ *     }
+ *
+ * An ownId left 0 is refused with -5. Another unit is shown dark (every element and ledC to
  * ledF 0) when the hardware says so or when its VPN identity is not the configured one, which is
  * looked up in /conf/config under the save lock; an identity that cannot be read is no mismatch.
  * The look-up reports as Get_Conf_VpnId does (maint/vpn_id.h): a line in the system log when the
