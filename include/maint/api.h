@@ -5,7 +5,7 @@
  * for failure, and 0 for success unless its comment names another value. Pointers must not be null
  * unless an entry's comment says otherwise.
  *
- * errno is nobody's result: an entry may change it, and what it holds afterwards means nothing.
+ * errno is not a result: an entry may change it, and its value afterwards means nothing.
  *
  * The library has no state of its own and no options; of the environment only the time zone (TZ)
  * counts, for the times in the system log and the clock. Every file and device is opened, locked

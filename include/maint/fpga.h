@@ -28,12 +28,14 @@ enum {
 };
 
 /*
- * Bytes of the longest record known, RuleEntry. Where a command hands the caller's pointer to the
- * driver ("passed through" or "filled by the driver" in its comment), the driver alone decides how
- * much it fills; a record of this size is room enough for all that is known, and the one to take
- * where in doubt. The library takes such a record of its own, cleared, where it runs one of these
- * commands from within (RD_DEVICE_WORD_29 before a snapshot of the panel), and 2 or 4 bytes where
- * it issues the same request by itself, as a word or bitmap of that width.
+ * Bytes of the longest record known, RuleEntry. Some commands hand the caller's pointer to the
+ * driver ("passed through" or "filled by the driver" in their comments). Then the driver alone
+ * decides how much it fills. Give such a command a record of this size where you are in doubt: it
+ * has room for all that is known.
+ *
+ * The library does the same. Where it runs such a command from within, it gives it a cleared record
+ * of this size. Where it issues the same request by itself, it asks for a word or a bitmap of known
+ * width, and 2 or 4 bytes are enough.
  */
 enum { DEVICE_RECORD_MAX = 496 };
 

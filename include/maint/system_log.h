@@ -120,9 +120,10 @@ MAINT_API int32_t systemLogFileMake(void);
  * any other log it counts on past 1000, and the file grows.
  * The result of writing the record is not looked at. A record that the disk does not take shows at
  * the seek behind it: 007, and it is not counted, though its beginning may stand in the slot.
- * Returns 0; -1 clock, open, lock, read or seek failed (messages 001 to 005 and 007, console only;
- * there is no 006). A failed write of the header (008) leaves the record in place under the old
- * header and still returns 0.
+ * Returns 0; -1 on failure, with a message on the console only: 001 clock, 002 open, 003 lock, 004
+ * read of the header, 005 seek to the record, 007 seek back to the header (there is no 006). A
+ * failed write of the header (008) leaves the record in place under the old header and still
+ * returns 0.
  */
 MAINT_API int32_t systemLog_put(const char* text);
 

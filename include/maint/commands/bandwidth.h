@@ -12,8 +12,8 @@
  * Each value is 64000 / n, without its fraction, for n = 3, 5, 10, 20, 30 .. 100, 200, 300 .. 1000.
  * A smaller value stands for a higher limit; its unit is the device's.
  *
- * Both commands read the PHY of port 0 first, as RD_PHY_STATUS does, and then open the device
- * again. So a missing device is told as -2, by the first of the two. Both open it for writing.
+ * Both commands open the device for writing, read the PHY of port 0 as RD_PHY_STATUS does, close
+ * the device and open it again. If there is no device, the first opening fails, which is -2 here.
  */
 #ifndef MAINT_COMMANDS_BANDWIDTH_H
 #define MAINT_COMMANDS_BANDWIDTH_H
@@ -24,10 +24,10 @@ enum { BANDWIDTH_ID_MAX = 20 };
  * RD_BANDWIDTH (0x000A), uint16_t out: the first identifier that has the register's value. While
  * port 0 is not at 100 Mb/s, identifiers 12..20 come back as 11.
  * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY (its opening included)
- * or the register cannot be read; -3 the register holds no value of the row that applies
- * now, and 20 is stored. (So it is when one of 12..20 was set at 100 Mb/s and the PHY is slower
- * now.) Nothing is stored with -1 and -2; only where the first of the two runs ended with -3, 20 has
- * been stored.
+ * or the register cannot be read; -3 the register holds no value of the row that applies now, and
+ * 20 is stored. (So it is when one of 12..20 was set at 100 Mb/s and the PHY is slower now.) Nothing
+ * is stored with -1 and -2. Only if the first run of a failed command ended with -3, 20 has been
+ * stored.
  *
  * WR_BANDWIDTH (0x000B), uint16_t in.
  * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY cannot be read (its

@@ -9,7 +9,7 @@
 #include <stdint.h>
 
 /*
- * RD_COUNTER (0x0401), RD_COUNTER_ALT (0x0403): value out.
+ * RD_COUNTER (0x0401), RD_COUNTER_ALT (0x0403): index and selector in, value out.
  * WR_COUNTER (0x0402), WR_COUNTER_ALT (0x0404): all in.
  *
  * A counter may restart when it is read: a look takes its count away from whoever reads next.

@@ -87,11 +87,13 @@ enum { LED_CHANGE_RECORDED = 1 };
 
 /*
  * RD_LED_STATE (0x000E): ownId and targetId in, indicators and elements out; valid masks and
- * reserved bytes are not touched. The own identifier is a uint16_t that RD_DEVICE_WORD_29 reads; the
- * panel of unit 3:
+ * reserved bytes are not touched. The own identifier is a uint16_t that RD_DEVICE_WORD_29 reads.
+ * The panel of unit 3:
  *
  *     uint16_t own[DEVICE_RECORD_MAX / 2] = {0};
- *     if (Fpga_Register_Set(RD_DEVICE_WORD_29, own) == DEVICE_OK) {
+ *     LedStateRecord state = {0};
+ *     int32_t result = Fpga_Register_Set(RD_DEVICE_WORD_29, own);
+ *     if (result == DEVICE_OK) {
  *         state.ownId = own[0];
  *         state.targetId = 3;
  *         result = Fpga_Register_Set(RD_LED_STATE, &state);

@@ -14,7 +14,8 @@
 #include <stdint.h>
 
 /*
- * One bit. Reports hold 0 or 1; setters set the bit for 1 and clear it for any other value.
+ * One bit. Reports hold 0 or 1; setters set the bit for 1 and clear it for any other value, so that
+ * they never return -5.
  *
  *   uint8_t, register 0x0158:
  *     RD_REG158_BIT0 (0x0086)   WR_REG158_BIT0 (0x0087)   bit 0
