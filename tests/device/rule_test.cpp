@@ -70,7 +70,7 @@ class Rule : public CommandTest
         Bytes held = kDrivers;
         bytes_put(held, offset, part);
         board.fpga.rules[0x2A] = held;
-        const Bytes record = record_after(RD_RULE_ENTRY, kCallers);
+        Bytes record = record_after(RD_RULE_ENTRY, kCallers);
         board.restart();
         EXPECT_EQ(record, reported_for(held));
         return record;

@@ -101,7 +101,7 @@ class StatisticsTest : public CommandTest
     // Runs a command that must succeed; file and caller's buffer must then be the same bytes.
     Bytes run_well(DeviceCommandCode command)
     {
-        const Bytes after = record_after(command, kCallers);
+        Bytes after = record_after(command, kCallers);
         EXPECT_EQ(board.file_get(kFile), after);
         return after;
     }

@@ -25,7 +25,7 @@ enum { BANDWIDTH_ID_MAX = 20 };
  * port 0 is not at 100 Mb/s, identifiers 12..20 come back as 11.
  * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY (its opening included)
  * or the register cannot be read; -3 the register holds no value of the row that applies now, and
- * 20 is stored. (So it is when one of 12..20 was set at 100 Mb/s and the PHY is slower now.) Nothing
+ * 20 is stored (also when one of 12..20 was set at 100 Mb/s and the PHY is slower now). Nothing
  * is stored with -1 and -2. Only if the first run of a failed command ended with -3, 20 has been
  * stored.
  *
