@@ -15,8 +15,19 @@
 use strict;
 use warnings;
 
+if (@ARGV && $ARGV[0] =~ /^(?:-h|--help)$/) {
+    open(my $own, '<', $0) or die "$0: $!\n";
+    while (<$own>) {
+        last unless /^#/;
+        print if $. > 1 && s/^# ?//;
+    }
+    exit 0;
+}
 my ($readelf, $rules_file, $list_file, @objects) = @ARGV;
-@objects or die "usage: stack_use.pl READELF RULES PROCEDURES OBJECT...\n";
+unless (@objects) {
+    print STDERR "usage: stack_use.pl READELF RULES PROCEDURES OBJECT...\n";
+    exit 2;
+}
 
 my $call_type = qr/^R_ARM_(?:CALL|JUMP24|PLT32|PC24|THM_CALL|THM_JUMP24)$/;
 

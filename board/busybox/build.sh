@@ -4,13 +4,20 @@
 # usage: build.sh versions | into FOLDER
 set -euo pipefail
 
-case $1 in
+case ${1-} in
+-h | --help)
+    sed -n '1d; /^#/!q; s/^# \{0,1\}//p' "$0"
+    exit
+    ;;
 versions)
     echo 'busybox-static, Debian bookworm, armel'
     exit
     ;;
-into) ;;
-*) exit 2 ;;
+into) [ $# -eq 2 ] || exit 2 ;;
+*)
+    sed -n 's/^# usage: /usage: /p' "$0" >&2
+    exit 2
+    ;;
 esac
 folder=$2/apt
 mkdir -p "$folder/lists/partial" "$folder/archives/partial"

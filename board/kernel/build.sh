@@ -7,13 +7,20 @@ here=$(cd "$(dirname "$0")" && pwd)
 source=linux-source-6.1
 export ARCH=arm CROSS_COMPILE=arm-linux-gnueabi-
 
-case $1 in
+case ${1-} in
+-h | --help)
+    sed -n '1d; /^#/!q; s/^# \{0,1\}//p' "$0"
+    exit
+    ;;
 versions)
     dpkg-query --show "$source" gcc-12-arm-linux-gnueabi binutils-arm-linux-gnueabi
     exit
     ;;
-into) ;;
-*) exit 2 ;;
+into) [ $# -eq 2 ] || exit 2 ;;
+*)
+    sed -n 's/^# usage: /usage: /p' "$0" >&2
+    exit 2
+    ;;
 esac
 folder=$2
 fail()

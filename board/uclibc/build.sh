@@ -137,13 +137,22 @@ toolchain_check()
     done
 }
 
+refuse()
+{
+    printf '%s\n' "$usage" >&2
+    exit 2
+}
 case ${1-} in
+-h | --help)
+    sed -n '1d; /^#/!q; s/^# \{0,1\}//p' "$0"
+    exit
+    ;;
 versions)
-    [ $# -eq 1 ] || die "$usage"
+    [ $# -eq 1 ] || refuse
     versions
     ;;
 into)
-    [ $# -eq 2 ] || die "$usage"
+    [ $# -eq 2 ] || refuse
     versions >/dev/null
     programs_check
     folder=$(cd "$2" 2>/dev/null && pwd) || die "no folder $2"
@@ -153,5 +162,5 @@ into)
     toolchain_check
     rm -rf "$folder/build"
     ;;
-*) die "$usage" ;;
+*) refuse ;;
 esac
