@@ -9,7 +9,9 @@ using Member = uint16_t;
 // A command's procedure as the dispatcher calls it, with the caller's pointer unchanged.
 using CommandHandler = int32_t (*)(void* argument, Member member);
 
-struct CommandCall {
+// The handler and member of a row, and the type of the pointer that the procedure takes.
+template <class Pointer> struct CommandCall {
+    using Argument = Pointer;
     CommandHandler handler;
     Member member;
 };
@@ -21,25 +23,27 @@ template <class Record, class... Rest> Record* argument_type(int32_t (*)(Record*
 
 } // namespace detail
 
+template <auto kProcedure> using ArgumentOf = decltype(detail::argument_type(kProcedure));
+
 // The call of a procedure that takes its own record. Only in these two is the caller's pointer cast
 // to what the procedure takes.
-template <auto kProcedure> constexpr CommandCall call_of()
+template <auto kProcedure> constexpr CommandCall<ArgumentOf<kProcedure>> call_of()
 {
     return {[](void* argument, Member /*none*/) -> int32_t {
-                return kProcedure(
-                    static_cast<decltype(detail::argument_type(kProcedure))>(argument));
+                return kProcedure(static_cast<ArgumentOf<kProcedure>>(argument));
             },
             0};
 }
 
-// The call of a family's procedure, which takes the member besides.
-template <auto kProcedure, class Which> constexpr CommandCall call_of(Which which)
+// The call of a family's procedure, which takes the member besides. A family that serves records of
+// many types names the pointer that this member's command takes.
+template <auto kProcedure, class Argument = ArgumentOf<kProcedure>, class Which>
+constexpr CommandCall<Argument> call_of(Which which)
 {
     static_assert(sizeof(Which) <= sizeof(Member));
     return {[](void* argument, Member member) -> int32_t {
-                return kProcedure(
-                    static_cast<decltype(detail::argument_type(kProcedure))>(argument),
-                    static_cast<Which>(member));
+                return kProcedure(static_cast<ArgumentOf<kProcedure>>(argument),
+                                  static_cast<Which>(member));
             },
             static_cast<Member>(which)};
 }

@@ -5,8 +5,8 @@
 //     constexpr CommandCall read_device_word_27 = record_passedOut<uint16_t>(kWord27Read);
 //
 // and a row of the command table, which carries the member. Names: bit_write8 is the procedure that
-// does it, bit_written makes the row's call; where a template names the type behind the caller's
-// pointer without using it, it does so for the reader.
+// does it, bit_written makes the row's call. Where a template names the type behind the caller's
+// pointer without using it, the table checks it against the public header's typed call.
 #pragma once
 
 #include <cstdint>
@@ -34,7 +34,7 @@ int32_t bit_read16(uint16_t* flag, RegisterBit which);
 int32_t bit_write8(const uint8_t* flag, RegisterBit which);
 int32_t bit_write16(const uint16_t* flag, RegisterBit which);
 
-template <class Flag> consteval CommandCall bit_reported(uint32_t address, unsigned bit)
+template <class Flag> consteval CommandCall<Flag*> bit_reported(uint32_t address, unsigned bit)
 {
     if constexpr (std::is_same_v<Flag, uint8_t>) {
         return call_of<bit_read8>(registerBit_of(address, bit));
@@ -44,7 +44,7 @@ template <class Flag> consteval CommandCall bit_reported(uint32_t address, unsig
     }
 }
 
-template <class Flag> consteval CommandCall bit_written(uint32_t address, unsigned bit)
+template <class Flag> consteval CommandCall<const Flag*> bit_written(uint32_t address, unsigned bit)
 {
     if constexpr (std::is_same_v<Flag, uint8_t>) {
         return call_of<bit_write8>(registerBit_of(address, bit));
@@ -105,19 +105,21 @@ constexpr int32_t failure_in(SentRequest which)
 
 // Opened for writing by the one report that is so.
 template <class Record>
-consteval CommandCall record_passedOut(RequestNumber request, FpgaAccess access = FpgaAccess::kRead)
+consteval CommandCall<Record*> record_passedOut(RequestNumber request,
+                                                FpgaAccess access = FpgaAccess::kRead)
 {
-    return call_of<record_passOut>(static_cast<FilledRequest>(
+    return call_of<record_passOut, Record*>(static_cast<FilledRequest>(
         static_cast<unsigned>(request) | (access == FpgaAccess::kWrite ? kSecondChoice : 0)));
 }
 
 template <class Record>
-consteval CommandCall record_passedIn(RequestNumber request, int32_t failure = DEVICE_WRITE_FAILED)
+consteval CommandCall<const Record*> record_passedIn(RequestNumber request,
+                                                     int32_t failure = DEVICE_WRITE_FAILED)
 {
-    return call_of<record_passIn>(sentRequest_of(request, failure));
+    return call_of<record_passIn, const Record*>(sentRequest_of(request, failure));
 }
 
-template <class Value> consteval CommandCall value_sent(RequestNumber request)
+template <class Value> consteval CommandCall<const Value*> value_sent(RequestNumber request)
 {
     if constexpr (std::is_same_v<Value, uint8_t>) {
         return call_of<value_send8>(request);
@@ -136,11 +138,12 @@ constexpr unsigned kCopyMax = 160;
 int32_t copy_send(const void* record, CopiedRequest which);
 
 template <class Record>
-consteval CommandCall copy_sent(RequestNumber request, int32_t failure = DEVICE_WRITE_FAILED)
+consteval CommandCall<const Record*> copy_sent(RequestNumber request,
+                                               int32_t failure = DEVICE_WRITE_FAILED)
 {
     static_assert(sizeof(Record) <= kCopyMax && sizeof(Record) % 2 == 0);
     static_cast<void>(sentRequest_of(request, failure)); // one of the two failures
-    return call_of<copy_send>(
+    return call_of<copy_send, const Record*>(
         static_cast<CopiedRequest>(static_cast<unsigned>(request) | sizeof(Record) / 2 << 8 |
                                    (failure == DEVICE_READ_FAILED ? 0x8000U : 0U)));
 }

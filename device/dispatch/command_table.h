@@ -13,7 +13,8 @@ struct DeviceCommand {
     Member member;
     CommandHandler handler;
 
-    constexpr DeviceCommand(uint16_t number, CommandCall call)
+    template <class Argument>
+    constexpr DeviceCommand(uint16_t number, CommandCall<Argument> call)
         : code{number}, member{call.member}, handler{call.handler}
     {
     }

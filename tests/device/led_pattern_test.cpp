@@ -10,7 +10,7 @@ constexpr uint16_t kOwn = 5;
 
 struct PatternRow {
     PatternBits bits;
-    CommandCall call;
+    CommandCall<void*> call;
     Bytes shows; // ledA to ledE
 };
 

@@ -15,6 +15,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_ADDR_ENTRY (0x002E): own_id and id in, bytes and number out.
  * WR_ADDR_ENTRY (0x002F), in: own_id, id and bytes.
@@ -46,5 +48,12 @@ typedef struct AddressSet {
     uint8_t spare_28[4]; /* 28: not touched */
     uint32_t number[4];  /* 32: the same values as numbers */
 } AddressSet;
+
+MAINT_COMMAND(RD_ADDR_ENTRY, maint_rd_addr_entry, AddressEntry)
+MAINT_COMMAND_IN(WR_ADDR_ENTRY, maint_wr_addr_entry, AddressEntry)
+MAINT_COMMAND_IN(WR_ADDR_ENTRY_VALUE, maint_wr_addr_entry_value, AddressEntry)
+MAINT_COMMAND(RD_ADDR_SET, maint_rd_addr_set, AddressSet)
+MAINT_COMMAND_IN(WR_ADDR_SET, maint_wr_addr_set, AddressSet)
+MAINT_COMMAND_IN(WR_ADDR_SET_VALUE, maint_wr_addr_set_value, AddressSet)
 
 #endif

@@ -6,6 +6,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_ADDR_PAIR (0x0106): addresses out.
  * WR_ADDR_PAIR (0x0107): all in.
@@ -25,5 +27,10 @@ typedef struct AddressPair {
  * WR_PAIR_ENABLE (0x010B), uint8_t in: any value but 0 enables both, 0 neither. Results: 0; -1
  * device not opened; -4 request failed.
  */
+
+MAINT_COMMAND(RD_ADDR_PAIR, maint_rd_addr_pair, AddressPair)
+MAINT_COMMAND_IN(WR_ADDR_PAIR, maint_wr_addr_pair, AddressPair)
+MAINT_COMMAND_IN(WR_ADDR_PAIR_COPY, maint_wr_addr_pair_copy, AddressPair)
+MAINT_COMMAND_IN(WR_PAIR_ENABLE, maint_wr_pair_enable, uint8_t)
 
 #endif

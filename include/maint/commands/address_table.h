@@ -6,6 +6,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_ADDR_TABLE_ENTRY (0x005A): index and table in, the rest out but for the mask.
  * WR_ADDR_TABLE_ENTRY (0x005B): all in; parts that are not selected keep what the entry holds, and
@@ -23,5 +25,9 @@ typedef struct AddressTableEntry {
     uint8_t attribute;    /* 12 */
     uint8_t table;        /* 13: 0 the large table, any other value the small one */
 } AddressTableEntry;
+
+MAINT_COMMAND(RD_ADDR_TABLE_ENTRY, maint_rd_addr_table_entry, AddressTableEntry)
+MAINT_COMMAND_IN(WR_ADDR_TABLE_ENTRY, maint_wr_addr_table_entry, AddressTableEntry)
+MAINT_COMMAND_IN(WR_ADDR_TABLE_DELETE, maint_wr_addr_table_delete, AddressTableEntry)
 
 #endif

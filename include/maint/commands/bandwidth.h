@@ -18,6 +18,10 @@
 #ifndef MAINT_COMMANDS_BANDWIDTH_H
 #define MAINT_COMMANDS_BANDWIDTH_H
 
+#include <stdint.h>
+
+#include "maint/typed_call.h"
+
 enum { BANDWIDTH_ID_MAX = 20 };
 
 /*
@@ -33,5 +37,8 @@ enum { BANDWIDTH_ID_MAX = 20 };
  * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY cannot be read (its
  * opening included); -4 the register cannot be written; -5 identifier above 20, nothing is touched.
  */
+
+MAINT_COMMAND(RD_BANDWIDTH, maint_rd_bandwidth, uint16_t)
+MAINT_COMMAND_IN(WR_BANDWIDTH, maint_wr_bandwidth, uint16_t)
 
 #endif

@@ -6,6 +6,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_CHANNEL_WORD (0x00A7): value out; with the own identifier the whole channel word of the
  * device, filled by the driver, with another one the low 12 bits of that unit's.
@@ -19,5 +21,8 @@ typedef struct ChannelWord {
     uint16_t id;    /* 0 */
     uint16_t value; /* 2 */
 } ChannelWord;
+
+MAINT_COMMAND(RD_CHANNEL_WORD, maint_rd_channel_word, ChannelWord)
+MAINT_COMMAND_IN(WR_CHANNEL_WORD, maint_wr_channel_word, ChannelWord)
 
 #endif

@@ -8,6 +8,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_COUNTER (0x0401), RD_COUNTER_ALT (0x0403): index and selector in, value out.
  * WR_COUNTER (0x0402), WR_COUNTER_ALT (0x0404): all in.
@@ -35,5 +37,12 @@ typedef struct CounterBlockLarge {
 typedef struct CounterBlockSmall {
     uint8_t bytes[68]; /* 0 */
 } CounterBlockSmall;
+
+MAINT_COMMAND(RD_COUNTER, maint_rd_counter, CounterRecord)
+MAINT_COMMAND_IN(WR_COUNTER, maint_wr_counter, CounterRecord)
+MAINT_COMMAND(RD_COUNTER_ALT, maint_rd_counter_alt, CounterRecord)
+MAINT_COMMAND_IN(WR_COUNTER_ALT, maint_wr_counter_alt, CounterRecord)
+MAINT_COMMAND_IN(WR_COUNTER_BLOCK_LARGE, maint_wr_counter_block_large, CounterBlockLarge)
+MAINT_COMMAND_IN(WR_COUNTER_BLOCK_SMALL, maint_wr_counter_block_small, CounterBlockSmall)
 
 #endif

@@ -49,6 +49,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_CONTROL_BITS (0x0006), out: the first two; the third is not touched. Results: 0; -1; -2.
  * WR_CONTROL_BITS (0x0007), in: all three; 1 sets a bit, any other value clears it, and every other
@@ -66,5 +68,32 @@ typedef struct IndexedWord {
     uint16_t index; /* 0 */
     uint16_t value; /* 2 */
 } IndexedWord;
+
+MAINT_COMMAND(RD_CONTROL_BITS, maint_rd_control_bits, ControlBits)
+MAINT_COMMAND_IN(WR_CONTROL_BITS, maint_wr_control_bits, ControlBits)
+MAINT_COMMAND(RD_ENABLE_FLAG, maint_rd_enable_flag, uint8_t)
+MAINT_COMMAND_IN(WR_ENABLE_FLAG, maint_wr_enable_flag, uint8_t)
+MAINT_COMMAND(RD_DEVICE_WORD_27, maint_rd_device_word_27, uint16_t)
+MAINT_COMMAND_IN(WR_DEVICE_WORD_28, maint_wr_device_word_28, uint16_t)
+MAINT_COMMAND(RD_DEVICE_WORD_29, maint_rd_device_word_29, uint16_t)
+MAINT_COMMAND_IN(WR_DEVICE_WORD_2A, maint_wr_device_word_2a, uint16_t)
+MAINT_COMMAND(RD_GROUP_FLAG, maint_rd_group_flag, uint8_t)
+MAINT_COMMAND_IN(WR_GROUP_FLAG, maint_wr_group_flag, uint8_t)
+MAINT_COMMAND(RD_DEVICE_WORD_40, maint_rd_device_word_40, uint16_t)
+MAINT_COMMAND_IN(WR_DEVICE_WORD_41, maint_wr_device_word_41, uint16_t)
+MAINT_COMMAND(RD_DEVICE_WORD_21, maint_rd_device_word_21, uint16_t)
+MAINT_COMMAND_IN(WR_DEVICE_WORD_22, maint_wr_device_word_22, uint16_t)
+MAINT_COMMAND(RD_DEVICE_WORD_03, maint_rd_device_word_03, uint16_t)
+MAINT_COMMAND_IN(WR_DEVICE_WORD_04, maint_wr_device_word_04, uint16_t)
+MAINT_COMMAND(RD_DEVICE_WORD_48, maint_rd_device_word_48, uint16_t)
+MAINT_COMMAND_IN(WR_DEVICE_WORD_49, maint_wr_device_word_49, uint16_t)
+MAINT_COMMAND(RD_DEVICE_WORD_3B, maint_rd_device_word_3b, uint32_t)
+MAINT_COMMAND(RD_DEVICE_WORD_35, maint_rd_device_word_35, uint16_t)
+MAINT_COMMAND_IN(WR_DEVICE_WORD_36, maint_wr_device_word_36, uint16_t)
+MAINT_COMMAND(RD_VLANT_MAP_ENABLE, maint_rd_vlant_map_enable, uint16_t)
+MAINT_COMMAND_IN(WR_VLANT_MAP_ENABLE, maint_wr_vlant_map_enable, uint16_t)
+MAINT_COMMAND(RD_DEVICE_WORD_4E, maint_rd_device_word_4e, uint16_t)
+MAINT_COMMAND(RD_INDEXED_WORD, maint_rd_indexed_word, IndexedWord)
+MAINT_COMMAND_IN(WR_INDEXED_WORD, maint_wr_indexed_word, IndexedWord)
 
 #endif

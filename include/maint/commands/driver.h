@@ -10,6 +10,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_CONTROL_WORD (0x010C), uint16_t out, filled by the driver.
  * WR_CONTROL_BLOCK (0x010F), in: a block of the driver's own size and layout.
@@ -39,5 +41,18 @@ typedef struct PairWords {
  * WR_EXT_CONTROL_B (0x0605), in: uint16_t, filled or read by the driver. Results: -2 request
  * failed, of the setters, too.
  */
+
+MAINT_COMMAND(RD_CONTROL_WORD, maint_rd_control_word, uint16_t)
+MAINT_COMMAND_IN(WR_CONTROL_BLOCK, maint_wr_control_block, void)
+MAINT_COMMAND_IN(WR_KEY_BYTES, maint_wr_key_bytes, KeyBytes)
+MAINT_COMMAND(WR_CONTROL_BIT7_CLEAR, maint_wr_control_bit7_clear, uint16_t)
+MAINT_COMMAND_IN(WR_BYTE_ACTION, maint_wr_byte_action, uint8_t)
+MAINT_COMMAND_IN(WR_PAIR_WORDS, maint_wr_pair_words, PairWords)
+MAINT_COMMAND_IN(WR_WORD_ACTION, maint_wr_word_action, uint16_t)
+MAINT_COMMAND(RD_DRIVER_STATE, maint_rd_driver_state, uint16_t)
+MAINT_COMMAND(RD_EXT_STATUS_A, maint_rd_ext_status_a, uint16_t)
+MAINT_COMMAND_IN(WR_EXT_CONTROL_A, maint_wr_ext_control_a, uint16_t)
+MAINT_COMMAND(RD_EXT_STATUS_B, maint_rd_ext_status_b, uint16_t)
+MAINT_COMMAND_IN(WR_EXT_CONTROL_B, maint_wr_ext_control_b, uint16_t)
 
 #endif

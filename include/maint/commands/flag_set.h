@@ -6,6 +6,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_FLAG_SET (0x0104): flags out, each 0 or 1. Opens the device for writing.
  * WR_FLAG_SET (0x0105): all in; 1 sets a flag, any other value clears it.
@@ -18,5 +20,8 @@ typedef struct FlagSet {
     uint8_t valid;    /* 1: setter: bit n selects flag n, 0 all */
     uint8_t flags[7]; /* 2 */
 } FlagSet;
+
+MAINT_COMMAND(RD_FLAG_SET, maint_rd_flag_set, FlagSet)
+MAINT_COMMAND_IN(WR_FLAG_SET, maint_wr_flag_set, FlagSet)
 
 #endif

@@ -10,6 +10,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_ID_ENTRY (0x0052), in: id, field_b and field_c. Confirms that the identifier's entry can be
  * read, and that the CALLER's fields are in range; the entry read is not handed out and the record
@@ -38,5 +40,9 @@ typedef struct IdEntryValue {
     uint16_t id;     /* 2: 1..30 */
     uint16_t value;  /* 4 */
 } IdEntryValue;
+
+MAINT_COMMAND_IN(RD_ID_ENTRY, maint_rd_id_entry, IdEntry)
+MAINT_COMMAND_IN(WR_ID_ENTRY, maint_wr_id_entry, IdEntry)
+MAINT_COMMAND(RD_ID_ENTRY_VALUE, maint_rd_id_entry_value, IdEntryValue)
 
 #endif

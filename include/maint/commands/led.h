@@ -13,6 +13,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 #include "maint/led_state.h"
 
 /* Result of a setter whose change went into the LED state file only. */
@@ -141,5 +143,24 @@ enum { LED_CHANGE_RECORDED = 1 };
  * read, -4 a write failed, of a register or of device word 03. On failure the inhibit stays on,
  * with what was restored before.
  */
+
+MAINT_COMMAND(RD_LED_STATE, maint_rd_led_state, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_A, maint_wr_led_a, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_E, maint_wr_led_e, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_B, maint_wr_led_b, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_D, maint_wr_led_d, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_C, maint_wr_led_c, LedStateRecord)
+MAINT_COMMAND_IN(WR_LINE_MODE, maint_wr_line_mode, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_GROUP_1, maint_wr_led_group_1, LedStateRecord)
+MAINT_COMMAND_IN(WR_LINE_FLAGS, maint_wr_line_flags, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_GROUP_3, maint_wr_led_group_3, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_GROUP_4, maint_wr_led_group_4, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_GROUP_5, maint_wr_led_group_5, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_GROUP_6, maint_wr_led_group_6, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_GROUP_7, maint_wr_led_group_7, LedStateRecord)
+MAINT_COMMAND_ALONE(WR_LED_PATTERN_3, maint_wr_led_pattern_3)
+MAINT_COMMAND_ALONE(WR_LED_PATTERN_2, maint_wr_led_pattern_2)
+MAINT_COMMAND(WR_LED_RESTORE, maint_wr_led_restore, LedStateRecord)
+MAINT_COMMAND_ALONE(WR_LED_PATTERN_1, maint_wr_led_pattern_1)
 
 #endif

@@ -14,4 +14,11 @@
 #ifndef MAINT_COMMANDS_MODE_SWITCH_H
 #define MAINT_COMMANDS_MODE_SWITCH_H
 
+#include <stdint.h>
+
+#include "maint/typed_call.h"
+
+MAINT_COMMAND(RD_MODE_SWITCH, maint_rd_mode_switch, uint16_t)
+MAINT_COMMAND_IN(WR_MODE_SWITCH, maint_wr_mode_switch, uint16_t)
+
 #endif

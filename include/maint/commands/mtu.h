@@ -19,6 +19,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_MTU_LIMIT (0x0048), out. On /dev/fpga (register 0x0056); /conf/config.
  *
@@ -73,5 +75,10 @@ typedef struct MtuDatasize {
     uint16_t line_size[3]; /* 12: size while the flag is set, else size less 8, modulo 65536 */
     uint16_t kept;         /* 18: the caller's, written as it stands */
 } MtuDatasize;
+
+MAINT_COMMAND(RD_MTU_LIMIT, maint_rd_mtu_limit, MtuLimit)
+MAINT_COMMAND_IN(WR_MTU_LIMIT, maint_wr_mtu_limit, uint16_t)
+MAINT_COMMAND(RD_MTU_DATASIZE, maint_rd_mtu_datasize, MtuDatasize)
+MAINT_COMMAND(WR_MTU_DATASIZE, maint_wr_mtu_datasize, MtuDatasize)
 
 #endif

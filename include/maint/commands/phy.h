@@ -6,6 +6,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_PHY_STATUS (0x002A): port in, the flags out (0 or 1). Clear the record before the call: with
  * the link down under autonegotiation, speed100 and full_duplex keep what they held.
@@ -59,5 +61,10 @@ typedef struct PhyRegisterAccess {
     uint16_t number; /* 4: MII register, 0..31 */
     uint16_t value;  /* 6 */
 } PhyRegisterAccess;
+
+MAINT_COMMAND(RD_PHY_STATUS, maint_rd_phy_status, PhyStatus)
+MAINT_COMMAND_IN(WR_PHY_CONFIG, maint_wr_phy_config, PhyConfig)
+MAINT_COMMAND(RD_PHY_REGISTER, maint_rd_phy_register, PhyRegisterAccess)
+MAINT_COMMAND_IN(WR_PHY_REGISTER, maint_wr_phy_register, PhyRegisterAccess)
 
 #endif

@@ -11,6 +11,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_PORT_FLAGS (0x0008), out: flags; mask is not touched.
  * WR_PORT_FLAGS (0x0009), in. While bit 8 of the status word is set the record is ignored and the
@@ -69,5 +71,16 @@ typedef struct PortStateCode {
     uint16_t port; /* 0, in: 0..31; its low byte is the number of its bit, above 31 there is none */
     uint16_t code; /* 2, out */
 } PortStateCode;
+
+MAINT_COMMAND(RD_PORT_FLAGS, maint_rd_port_flags, PortFlags)
+MAINT_COMMAND_IN(WR_PORT_FLAGS, maint_wr_port_flags, PortFlags)
+MAINT_COMMAND(RD_PORT_ENTRY, maint_rd_port_entry, PortEntry)
+MAINT_COMMAND_IN(WR_PORT_ENTRY, maint_wr_port_entry, PortEntry)
+MAINT_COMMAND(RD_PORT_MASK, maint_rd_port_mask, PortMask)
+MAINT_COMMAND(WR_PORT_MASK_BIT, maint_wr_port_mask_bit, PortMask)
+MAINT_COMMAND_IN(WR_PORT_BIT_SET, maint_wr_port_bit_set, PortBit)
+MAINT_COMMAND_IN(WR_PORT_BIT_CLEAR, maint_wr_port_bit_clear, PortBit)
+MAINT_COMMAND_IN(WR_PORT_ENTRY_RANGED, maint_wr_port_entry_ranged, PortEntry)
+MAINT_COMMAND(RD_PORT_STATE_CODE, maint_rd_port_state_code, PortStateCode)
 
 #endif

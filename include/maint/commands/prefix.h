@@ -6,6 +6,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /* One address with its prefix length, 8 bytes. */
 typedef struct PrefixSet {
     uint8_t valid;      /* 0: setter: bit 0 address, bit 1 length, 0 both */
@@ -29,5 +31,10 @@ typedef struct PrefixMap {
     PrefixSet set0; /* 0: registers 0x0100..0x0106 */
     PrefixSet set1; /* 8: registers 0x0108..0x010E */
 } PrefixMap;
+
+MAINT_COMMAND(RD_PREFIX0_LENGTH, maint_rd_prefix0_length, PrefixMap)
+MAINT_COMMAND_IN(WR_PREFIX0, maint_wr_prefix0, PrefixMap)
+MAINT_COMMAND(RD_PREFIX1, maint_rd_prefix1, PrefixMap)
+MAINT_COMMAND_IN(WR_PREFIX1, maint_wr_prefix1, PrefixMap)
 
 #endif

@@ -7,6 +7,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_REGISTER (0x0122): value out.
  * WR_REGISTER (0x0123): value in, written without reading.
@@ -25,5 +27,9 @@ typedef struct RegisterValue {
  * 0; -1 device not opened; -2 a register not read; -4 register 0x00D8 not written. After a failure,
  * up to that of setting it again, the bit stays clear; a failed command stores nothing.
  */
+
+MAINT_COMMAND(RD_REG_DA_LATCHED, maint_rd_reg_da_latched, uint32_t)
+MAINT_COMMAND(RD_REGISTER, maint_rd_register, RegisterValue)
+MAINT_COMMAND_IN(WR_REGISTER, maint_wr_register, RegisterValue)
 
 #endif

@@ -12,6 +12,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_REGE0_BLOCK (0x0066), out but for the mask.
  * WR_REGE0_BLOCK (0x0067), in; the block is read first. Results: -5 a field is out of range: 0x00F2
@@ -59,5 +61,12 @@ typedef struct Reg16EBlock {
     uint8_t first[4];  /* 4: 0x0170, 0x0172, high byte first */
     uint8_t second[4]; /* 8: 0x0174, 0x0176 */
 } Reg16EBlock;
+
+MAINT_COMMAND(RD_REGE0_BLOCK, maint_rd_rege0_block, RegE0Block)
+MAINT_COMMAND_IN(WR_REGE0_BLOCK, maint_wr_rege0_block, RegE0Block)
+MAINT_COMMAND(RD_REG16A_BLOCK, maint_rd_reg16a_block, Reg16ABlock)
+MAINT_COMMAND_IN(WR_REG16A_BLOCK, maint_wr_reg16a_block, Reg16ABlock)
+MAINT_COMMAND(RD_REG16E_BLOCK, maint_rd_reg16e_block, Reg16EBlock)
+MAINT_COMMAND_IN(WR_REG16E_BLOCK, maint_wr_reg16e_block, Reg16EBlock)
 
 #endif

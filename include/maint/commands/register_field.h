@@ -13,6 +13,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * One bit. Reports hold 0 or 1; setters set the bit for 1 and clear it for any other value, so that
  * they never return -5.
@@ -110,5 +112,58 @@ typedef struct Reg15CPair {
     uint16_t a;    /* 2: register 0x015E */
     uint16_t b;    /* 4: register 0x015C */
 } Reg15CPair;
+
+MAINT_COMMAND(RD_REG132_VALUE, maint_rd_reg132_value, uint16_t)
+MAINT_COMMAND_IN(WR_REG132_VALUE, maint_wr_reg132_value, uint16_t)
+MAINT_COMMAND(RD_REG110_BYTES, maint_rd_reg110_bytes, Reg110Bytes)
+MAINT_COMMAND_IN(WR_REG110_BYTES, maint_wr_reg110_bytes, Reg110Bytes)
+MAINT_COMMAND(RD_REGF4_FLAGS, maint_rd_regf4_flags, RegF4Flags)
+MAINT_COMMAND(RD_REG168_MODE, maint_rd_reg168_mode, uint16_t)
+MAINT_COMMAND(WR_REG168_MODE, maint_wr_reg168_mode, Reg168Mode)
+MAINT_COMMAND(RD_REG168_SELECT, maint_rd_reg168_select, Reg168Select)
+MAINT_COMMAND_IN(WR_REG168_SELECT, maint_wr_reg168_select, Reg168Select)
+MAINT_COMMAND(RD_REG168_VALUE, maint_rd_reg168_value, uint16_t)
+MAINT_COMMAND_IN(WR_REG168_VALUE, maint_wr_reg168_value, uint16_t)
+MAINT_COMMAND(RD_REG158_BIT6, maint_rd_reg158_bit6, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_BIT6, maint_wr_reg158_bit6, uint8_t)
+MAINT_COMMAND(RD_REG158_BIT7, maint_rd_reg158_bit7, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_BIT7, maint_wr_reg158_bit7, uint8_t)
+MAINT_COMMAND(RD_REG158_BIT15, maint_rd_reg158_bit15, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_BIT15, maint_wr_reg158_bit15, uint8_t)
+MAINT_COMMAND(RD_REG158_BIT14, maint_rd_reg158_bit14, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_BIT14, maint_wr_reg158_bit14, uint8_t)
+MAINT_COMMAND(RD_REG158_STATE, maint_rd_reg158_state, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_STATE, maint_wr_reg158_state, uint8_t)
+MAINT_COMMAND(RD_REG158_BIT8, maint_rd_reg158_bit8, uint8_t)
+MAINT_COMMAND(RD_REG158_BIT4, maint_rd_reg158_bit4, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_BIT4, maint_wr_reg158_bit4, uint8_t)
+MAINT_COMMAND(RD_REG158_BIT3, maint_rd_reg158_bit3, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_BIT3, maint_wr_reg158_bit3, uint8_t)
+MAINT_COMMAND(RD_REG158_BIT2, maint_rd_reg158_bit2, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_BIT2, maint_wr_reg158_bit2, uint8_t)
+MAINT_COMMAND(RD_REG158_BIT1, maint_rd_reg158_bit1, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_BIT1, maint_wr_reg158_bit1, uint8_t)
+MAINT_COMMAND(RD_REG158_BIT0, maint_rd_reg158_bit0, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_BIT0, maint_wr_reg158_bit0, uint8_t)
+MAINT_COMMAND(RD_REG15A_FIELDS, maint_rd_reg15a_fields, Reg15AFields)
+MAINT_COMMAND_IN(WR_REG15A_FIELDS, maint_wr_reg15a_fields, Reg15AFields)
+MAINT_COMMAND(RD_REG15C_PAIR, maint_rd_reg15c_pair, Reg15CPair)
+MAINT_COMMAND_IN(WR_REG15C_PAIR, maint_wr_reg15c_pair, Reg15CPair)
+MAINT_COMMAND(RD_REG158_BIT5, maint_rd_reg158_bit5, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_BIT5, maint_wr_reg158_bit5, uint8_t)
+MAINT_COMMAND(RD_REG11E_BIT0, maint_rd_reg11e_bit0, uint16_t)
+MAINT_COMMAND_IN(WR_REG11E_BIT0, maint_wr_reg11e_bit0, uint16_t)
+MAINT_COMMAND(RD_REGFE_MODE, maint_rd_regfe_mode, uint16_t)
+MAINT_COMMAND_IN(WR_REGFE_MODE, maint_wr_regfe_mode, uint16_t)
+MAINT_COMMAND(RD_REGFE_NIBBLE, maint_rd_regfe_nibble, uint16_t)
+MAINT_COMMAND_IN(WR_REGFE_NIBBLE, maint_wr_regfe_nibble, uint16_t)
+MAINT_COMMAND(RD_REG44_FLAG, maint_rd_reg44_flag, uint16_t)
+MAINT_COMMAND_IN(WR_REG44_FLAG, maint_wr_reg44_flag, uint16_t)
+MAINT_COMMAND(RD_REG158_BIT10, maint_rd_reg158_bit10, uint8_t)
+MAINT_COMMAND_IN(WR_REG158_BIT10, maint_wr_reg158_bit10, uint8_t)
+MAINT_COMMAND(RD_REG16C_ENABLE, maint_rd_reg16c_enable, uint8_t)
+MAINT_COMMAND_IN(WR_REG16C_ENABLE, maint_wr_reg16c_enable, uint8_t)
+MAINT_COMMAND(RD_REG1B4_BIT0, maint_rd_reg1b4_bit0, uint16_t)
+MAINT_COMMAND_IN(WR_REG1B4_BIT0, maint_wr_reg1b4_bit0, uint16_t)
 
 #endif

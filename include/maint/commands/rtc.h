@@ -8,6 +8,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_RTC_TIME (0x0200), out. The weekday is computed from the date; the driver's own is not used.
  * WR_RTC_TIME (0x0201), in; the weekday is ignored and nothing is checked for its range. Sets the
@@ -29,5 +31,10 @@ typedef struct RtcDateTime {
  * RD_RTC_STATUS (0x0202), uint32_t out; WR_RTC_STATUS (0x0203), uint32_t in: a value of the
  * driver's, filled or read by the driver itself.
  */
+
+MAINT_COMMAND(RD_RTC_TIME, maint_rd_rtc_time, RtcDateTime)
+MAINT_COMMAND_IN(WR_RTC_TIME, maint_wr_rtc_time, RtcDateTime)
+MAINT_COMMAND(RD_RTC_STATUS, maint_rd_rtc_status, uint32_t)
+MAINT_COMMAND_IN(WR_RTC_STATUS, maint_wr_rtc_status, uint32_t)
 
 #endif

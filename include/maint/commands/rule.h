@@ -6,6 +6,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * A rule entry, 496 bytes, of which the first 38 are used.
  *
@@ -45,5 +47,9 @@ typedef struct RuleEntry {
     uint8_t switches[4];    /* 34: any value but 0 is on; reported 0 or 1 */
     uint8_t spare[458];     /* 38: cleared by the report, not read by the setters */
 } RuleEntry;
+
+MAINT_COMMAND(RD_RULE_ENTRY, maint_rd_rule_entry, RuleEntry)
+MAINT_COMMAND_IN(WR_RULE_ENTRY, maint_wr_rule_entry, RuleEntry)
+MAINT_COMMAND_IN(WR_RULE_DELETE, maint_wr_rule_delete, uint8_t)
 
 #endif

@@ -6,6 +6,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 enum { STATISTICS_PORTS = 30 };
 
 /*
@@ -36,5 +38,8 @@ typedef struct StatisticsFile {
     uint32_t rest_b[STATISTICS_PORTS]; /* 256: 0..1023 */
     uint32_t rest_a[STATISTICS_PORTS]; /* 376: 0..1023 */
 } StatisticsFile;
+
+MAINT_COMMAND(WR_STATISTICS_SAVE, maint_wr_statistics_save, StatisticsFile)
+MAINT_COMMAND(WR_STATISTICS_CLEAR, maint_wr_statistics_clear, StatisticsFile)
 
 #endif

@@ -9,6 +9,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /* RD_STATUS_WORD_FLAG (0x0002), uint8_t out: bit 8 of the status word, 0 or 1. */
 
 /* RD_STATUS_INPUTS (0x0004), out: the active-low bits 4..7 of the status word, 1 when clear. */
@@ -26,5 +28,10 @@ typedef struct StatusBit {
 } StatusBit;
 
 /* WR_STATUS_WORD (0x00A3), uint16_t in; what it means is the driver's. */
+
+MAINT_COMMAND(RD_STATUS_WORD_FLAG, maint_rd_status_word_flag, uint8_t)
+MAINT_COMMAND(RD_STATUS_INPUTS, maint_rd_status_inputs, StatusInputs)
+MAINT_COMMAND(RD_STATUS_BIT, maint_rd_status_bit, StatusBit)
+MAINT_COMMAND_IN(WR_STATUS_WORD, maint_wr_status_word, uint16_t)
 
 #endif

@@ -13,4 +13,11 @@
 #ifndef MAINT_COMMANDS_SWITCH_TABLES_H
 #define MAINT_COMMANDS_SWITCH_TABLES_H
 
+#include <stdint.h>
+
+#include "maint/typed_call.h"
+
+MAINT_COMMAND_ALONE(WR_SWITCH_TABLES_1, maint_wr_switch_tables_1)
+MAINT_COMMAND_ALONE(WR_SWITCH_TABLES_2, maint_wr_switch_tables_2)
+
 #endif

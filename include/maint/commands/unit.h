@@ -6,6 +6,8 @@
 
 #include <stdint.h>
 
+#include "maint/typed_call.h"
+
 /*
  * RD_DEVICE_INFO (0x0000), out: the device's four identity words, each with its bytes exchanged; of
  * the third, the text of its four lowercase hexadecimal digits. On /dev/fpga. Results: 0; -1 device
@@ -52,5 +54,11 @@ typedef struct UnitStatusFlag {
     uint16_t unit;   /* 4, in; above 31 there is no mark */
     uint16_t spare;  /* 6: not used */
 } UnitStatusFlag;
+
+MAINT_COMMAND(RD_DEVICE_INFO, maint_rd_device_info, DeviceInfo)
+MAINT_COMMAND(RD_ID_REGISTERS, maint_rd_id_registers, IdRegisters)
+MAINT_COMMAND(RD_UNIT_STATUS_MAP, maint_rd_unit_status_map, uint32_t)
+MAINT_COMMAND(RD_UNIT_STATUS_FLAG, maint_rd_unit_status_flag, UnitStatusFlag)
+MAINT_COMMAND(RD_SERIAL_NUMBER, maint_rd_serial_number, SerialNumber)
 
 #endif
