@@ -29,7 +29,7 @@ int32_t scripted(void* argument, Member number)
     return script->answers[script->arguments.size() - 1];
 }
 
-constexpr CommandCall run(Member number)
+constexpr CommandCall<void*> run(Member number)
 {
     return call_of<scripted>(number);
 }
@@ -37,7 +37,7 @@ constexpr CommandCall run(Member number)
 constexpr DeviceCommand kTable[] = {
     {RD_REGISTER, run(0)},
     {WR_CONTROL_BITS, run(1)},
-    {5, {nullptr, 0}},
+    {5, CommandCall<void*>{nullptr, 0}},
     {RD_DEVICE_WORD_40, run(2)},
     {WR_CONTROL_BITS, run(3)},
     {5, run(4)},

@@ -7,7 +7,7 @@ work_make
 source_dir=$1
 
 # From the top. The simulation stands beside the house, on its ground.
-floors=(maintlog tools device/dispatch device/commands device/access config log
+floors=(maintlog tools tools/maintctl catalogue device/dispatch device/commands device/access config log
     include/maint/commands include/maint)
 beside=sim
 declare -A number

@@ -1,0 +1,127 @@
+// Every device command described as data: for programs that list, describe, run and show commands.
+// It is no part of the library. Names, offsets and widths of fields come from the public records.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "maint/device_commands.h"
+
+// What a field holds, and so how people write it.
+enum class Kind : uint8_t {
+    kNumber,   // decimal
+    kHex,      // a number that is written in hexadecimal: an address, a word of the device
+    kFlag,     // 0 or 1
+    kBits,     // bit n stands for thing n; in hexadecimal
+    kCode,     // a number whose values have names
+    kIpv4,     // four bytes, the most significant first
+    kAddress6, // six bytes
+    kText,     // characters, without a terminating zero
+    kBytes,    // bytes, as pairs of hexadecimal digits
+};
+
+enum class Role : uint8_t {
+    kPlain,
+    kIndex,       // selects what is reported; a field with this role has a sweep
+    kOwnId,       // the unit's own identifier, which RD_DEVICE_WORD_29 reads
+    kDriverSized, // bytes of which there may be fewer: the driver's own record
+};
+
+struct CodeName {
+    uint32_t code;
+    const char* name; // one word
+};
+
+// Values that a report is asked for, one after another, by a program that reads everything.
+struct Sweep {
+    uint16_t first;
+    uint16_t last;
+    uint16_t step; // 0: there is no sweep
+};
+
+struct Field {
+    const char* name; // as in the record: "group1.element"
+    uint16_t offset;
+    uint16_t width; // bytes of one element; of kText and kBytes the whole
+    uint8_t count;  // elements
+    Kind kind;
+    Role role;
+    const char* unit; // "bytes", "s"; empty: none
+    const char* note; // what the name does not say; empty: nothing. No final full stop
+    uint32_t least;   // range of each element that is a number
+    uint32_t most;
+    std::span<const CodeName> codes; // of kCode; a value without a name is written as a number
+    Sweep sweep;
+};
+
+struct ResultMeaning {
+    int32_t result;
+    const char* meaning;
+};
+
+// Devices, files and clocks that commands touch.
+enum class Place : uint8_t {
+    kFpga,
+    kRtc,
+    kSystemClock,
+    kConfig,
+    kStatistics,
+    kSystemLog,
+    kUserLog,
+    kSaveLock,
+    kFlashSave,
+    kLedState,
+    kMtuDatasize,
+    kMtuNegotiated,
+    kSerialNumber,
+    kSwitchTableNor,
+    kSwitchTablePri,
+};
+constexpr unsigned kPlaceCount = 15;
+
+using Places = uint32_t; // a bit for each
+
+constexpr Places place_bit(Place place)
+{
+    return Places{1} << static_cast<unsigned>(place);
+}
+
+const char* place_name(Place place); // "/dev/fpga", "the system clock"
+
+// A field of a command by its number: bit n for field n.
+using FieldSet = uint32_t;
+
+struct CommandDescription {
+    const char* name = nullptr;    // "RD_RTC_TIME"
+    const char* summary = nullptr; // one line, at most 60 characters, no final full stop
+    std::span<const Field> fields{};
+    FieldSet in = 0;  // what the command reads of its record
+    FieldSet out = 0; // what it fills; in both: what a failure or another field may leave as it was
+    std::span<const ResultMeaning> results{}; // 0 first, then the others by distance from 0
+    Places reads = 0;                         // looks into; a place that is only locked counts here
+    Places changes = 0;                       // changes, at least in some cases
+    const char* stays =
+        nullptr; // what stays set after the program ends, one sentence or more; null: nothing
+    const char* note = nullptr; // what whoever runs it should know before; null: nothing
+    DeviceCommandCode code = 0;
+    uint16_t record = 0; // bytes of the record; 0: the argument is not used
+    bool clears = false; // reading clears or restarts what it reads
+};
+
+// The commands of one public header, in its order.
+struct CommandGroup {
+    const char* name;  // of the header: "rtc"
+    const char* title; // "Real-time clock"
+    std::span<const CommandDescription> commands;
+};
+
+// All groups, in the order of maint/device_commands.h.
+std::span<const CommandGroup* const> catalogue_get();
+
+const CommandDescription* command_find(DeviceCommandCode code); // null: no command
+
+constexpr bool field_in(FieldSet set, size_t number)
+{
+    return (set >> number & 1) != 0;
+}

@@ -1,0 +1,15 @@
+// What came of a command, as it is shown.
+#pragma once
+
+#include <cstdint>
+
+#include "catalogue/catalogue.h"
+#include "tools/maintctl/json.h"
+
+// The meaning that the description gives a result.
+const char* result_meaning(const CommandDescription& command, int32_t result);
+
+// Members of an open JSON object: command, code, result, record, fields; on failure error. `record`
+// has DEVICE_RECORD_MAX bytes.
+void result_json(Json& json, const CommandDescription& command, int32_t result,
+                 const uint8_t* record);

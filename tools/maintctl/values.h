@@ -1,0 +1,19 @@
+// Values of fields as people write them, and back.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "catalogue/catalogue.h"
+
+// The longest value is 496 bytes, as pairs of digits.
+constexpr size_t kValueMax = 1024;
+
+// A field's value, all its elements: "5", "0x001f", "1,0,1", "10.0.0.1", "in,out"; with a
+// terminating zero. What is written can be read again.
+void value_print(const Field& field, const uint8_t* record, char (&text)[kValueMax]);
+
+// Reads a value into the record, all elements or the one given (-1: all). Null, or what is wrong
+// with it: the end of a sentence, such as "is above 31". A value that is refused changes nothing.
+const char* value_read(const Field& field, int element, const char* text, uint8_t* record,
+                       char (&reason)[kValueMax]);
