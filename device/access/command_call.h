@@ -25,8 +25,8 @@ template <class Record, class... Rest> Record* argument_type(int32_t (*)(Record*
 
 template <auto kProcedure> using ArgumentOf = decltype(detail::argument_type(kProcedure));
 
-// The call of a procedure that takes its own record. Only in these two is the caller's pointer cast
-// to what the procedure takes.
+// The call of a procedure that takes its own record. Only here and in handler_of is the caller's
+// pointer cast to what the procedure takes.
 template <auto kProcedure> constexpr CommandCall<ArgumentOf<kProcedure>> call_of()
 {
     return {[](void* argument, Member /*none*/) -> int32_t {
@@ -35,15 +35,20 @@ template <auto kProcedure> constexpr CommandCall<ArgumentOf<kProcedure>> call_of
             0};
 }
 
+// The handler of a family's procedure, one for all types of record that the family serves.
+template <auto kProcedure, class Which> constexpr CommandHandler handler_of()
+{
+    static_assert(sizeof(Which) <= sizeof(Member));
+    return [](void* argument, Member member) -> int32_t {
+        return kProcedure(static_cast<ArgumentOf<kProcedure>>(argument),
+                          static_cast<Which>(member));
+    };
+}
+
 // The call of a family's procedure, which takes the member besides. A family that serves records of
 // many types names the pointer that this member's command takes.
 template <auto kProcedure, class Argument = ArgumentOf<kProcedure>, class Which>
 constexpr CommandCall<Argument> call_of(Which which)
 {
-    static_assert(sizeof(Which) <= sizeof(Member));
-    return {[](void* argument, Member member) -> int32_t {
-                return kProcedure(static_cast<ArgumentOf<kProcedure>>(argument),
-                                  static_cast<Which>(member));
-            },
-            static_cast<Member>(which)};
+    return {handler_of<kProcedure, Which>(), static_cast<Member>(which)};
 }
