@@ -6,6 +6,8 @@
 
 as_c() { "$CC" -std=c99 -x c "$@"; }
 as_cxx() { "$CXX" -std=c++20 -Wold-style-cast -x c++ "$@"; }
+# As some C++ programs include headers of C
+as_block() { { echo 'extern "C" {' && cat && echo '}'; } | as_cxx "$@"; }
 
 # compiles COMPILER HEADER...: a unit with these headers compiles.
 compiles()
@@ -27,6 +29,7 @@ done < <(find "$include/maint" -name '*.h' | sort)
 if [ "${#names[@]}" -gt 0 ]; then
     compiles as_c "${names[@]}" || finding "the headers do not compile together as C99"
     compiles as_cxx "${names[@]}" || finding "the headers do not compile together as C++20"
+    compiles as_block "${names[@]}" || finding 'the headers do not compile within extern "C"'
 else
     finding "no header in $include/maint"
 fi

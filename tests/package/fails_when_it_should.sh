@@ -73,6 +73,10 @@ fails_with 'maint/commands/nested.h does not compile by itself as C++20' check_h
 apart=$(header apart 'extern int entry;' 'extern char entry;')
 fails_with 'the headers do not compile together as C99' check_headers.sh "$apart"
 fails_with 'the headers do not compile together as C++20' check_headers.sh "$apart"
+fails_with 'the headers do not compile within extern "C"' check_headers.sh "$(header block '
+#ifdef __cplusplus
+template <int k> struct Entry;
+#endif')"
 fails_with 'by itself as C99' check_headers.sh "$(header careless \
     'static inline char* entry(const char* text) { return (char*)text; }')"
 mkdir -p "$work/bare/maint"
