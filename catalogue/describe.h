@@ -271,6 +271,7 @@ constexpr const char* kNotRead = "the device's answer cannot be read";
 constexpr const char* kNotWritten = "the device refuses the write";
 constexpr const char* kPartlyWritten = "the device refuses a write; what was written before stays";
 constexpr const char* kOutOfRange = "an argument is out of range; no device was touched";
+constexpr const char* kDeviceKeeps = "The device keeps what was written.";
 
 constexpr ResultMeaning kReportResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotRead}};
 constexpr ResultMeaning kWriteResults[] = {{0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}};
@@ -283,6 +284,3 @@ constexpr ResultMeaning kIndexedWriteResults[] = {
 constexpr ResultMeaning kIndexedChangeResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-4, kNotWritten}, {-5, kOutOfRange}};
 constexpr ResultMeaning kWriteAsReadResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotWritten}};
-
-// What stays set.
-constexpr const char* kDeviceKeeps = "The device keeps what is written.";
