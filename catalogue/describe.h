@@ -301,6 +301,3 @@ constexpr ResultMeaning kIndexedWriteResults[] = {
 constexpr ResultMeaning kIndexedChangeResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-4, kNotWritten}, {-5, kOutOfRange}};
 constexpr ResultMeaning kWriteAsReadResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotWritten}};
-
-// What stays set.
-constexpr const char* kDeviceKeeps = "The device keeps what is written.";
