@@ -270,6 +270,7 @@ constexpr const char* kNotOpened = "the device cannot be opened";
 constexpr const char* kNotRead = "the device's answer cannot be read";
 constexpr const char* kNotWritten = "the device refuses the write";
 constexpr const char* kOutOfRange = "an argument is out of range; no device was touched";
+constexpr const char* kDeviceKeeps = "The device keeps what was written.";
 
 constexpr ResultMeaning kReportResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotRead}};
 constexpr ResultMeaning kWriteResults[] = {{0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}};

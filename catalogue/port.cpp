@@ -4,4 +4,141 @@
 #include "catalogue/describe.h"
 #include "catalogue/groups.h"
 
-constexpr CommandGroup kPortGroup = {"port", "Ports", {}};
+namespace
+{
+
+constexpr Range kPorts = {1, 29};
+
+constexpr Field kFlags[] = {
+    bits(FIELD(PortFlags, mask), 10, "bit n selects flags[n]; 0: all ten"),
+    flag(FIELD(PortFlags, flags), "bits 8, 1, 2, 0, 3, 4, 5, 6, 7, 12 of the port flags word"),
+};
+
+constexpr Field kEntry[] = {
+    index(number(FIELD(PortEntry, port)), {0, 31, 1}),
+    flag(FIELD(PortEntry, flag)),
+    index(number(FIELD(PortEntry, index)), {0, 7, 1}),
+    hex(FIELD(PortEntry, value)),
+};
+
+constexpr Field kEntryRanged[] = {
+    number(FIELD(PortEntry, port), kPorts),
+    flag(FIELD(PortEntry, flag)),
+    number(FIELD(PortEntry, index)),
+    hex(FIELD(PortEntry, value)),
+};
+
+constexpr Field kMask[] = {
+    number(FIELD(PortMask, port), kPorts),
+    flag(FIELD(PortMask, value), "1 sets the port's bit, 0 clears it"),
+    bits(FIELD(PortMask, mask), 32, "bit n: port n"),
+};
+
+constexpr Field kBit[] = {
+    number(FIELD(PortBit, port), kPorts,
+           "1 to 15: bit port of register 0x005e; 16 to 29: bit port - 16 of 0x005c"),
+};
+
+constexpr Field kStateCode[] = {
+    index(number(FIELD(PortStateCode, port), {0, 31})),
+    number(FIELD(PortStateCode, code)),
+};
+
+constexpr const char* kPortRefused = "the port is not within 1 to 29; nothing was written";
+
+constexpr ResultMeaning kRangedResults[] = {
+    {0, kDone}, {-1, kNotOpened}, {-2, kPortRefused}, {-4, kNotWritten}};
+
+constexpr ResultMeaning kMaskBitResults[] = {
+    {0, kDone},
+    {-1, kNotOpened},
+    {-2, kNotRead},
+    {-4, "the device refuses the write; mask is what should have been written"},
+    {-5, kOutOfRange}};
+
+constexpr ResultMeaning kBitResults[] = {
+    {0, kDone}, {-1, kNotOpened}, {-2, kPortRefused}, {-3, kNotRead}, {-4, kNotWritten}};
+
+constexpr ResultMeaning kStateCodeResults[] = {
+    {0, kDone}, {-1, "the device cannot be opened or a reading failed; code is 0"}};
+
+constexpr const char* kEntryNote = "The entry's address is index + 8 * port, in 16 bits.";
+
+constexpr CommandDescription kCommands[] = {
+    COMMAND(RD_PORT_FLAGS, {.summary = "the ten port flags",
+                            .fields = kFlags,
+                            .out = only(kFlags, "flags"),
+                            .results = kReportResults,
+                            .reads = kFpga}),
+    COMMAND(WR_PORT_FLAGS, {.summary = "sets the port flags, all or those that are selected",
+                            .fields = kFlags,
+                            .in = all(kFlags),
+                            .results = kChangeResults,
+                            .reads = kFpga,
+                            .changes = kFpga,
+                            .stays = kDeviceKeeps,
+                            .note = "While RD_STATUS_WORD_FLAG gives 1, the record is ignored and "
+                                    "the word becomes 0x10f0."}),
+    COMMAND(RD_PORT_ENTRY, {.summary = "one entry of a port",
+                            .fields = kEntry,
+                            .in = but(kEntry, "value"),
+                            .out = only(kEntry, "value"),
+                            .results = kReportResults,
+                            .reads = kFpga,
+                            .note = kEntryNote}),
+    COMMAND(WR_PORT_ENTRY, {.summary = "writes one entry of a port",
+                            .fields = kEntry,
+                            .in = all(kEntry),
+                            .results = kWriteResults,
+                            .changes = kFpga,
+                            .stays = kDeviceKeeps,
+                            .note = kEntryNote}),
+    COMMAND(RD_PORT_MASK, {.summary = "the mask of ports",
+                           .fields = kMask,
+                           .out = only(kMask, "mask"),
+                           .results = kReportResults,
+                           .reads = kFpga}),
+    COMMAND(WR_PORT_MASK_BIT, {.summary = "sets or clears a port's bit of the mask of ports",
+                               .fields = kMask,
+                               .in = only(kMask, "port value"),
+                               .out = only(kMask, "mask"),
+                               .results = kMaskBitResults,
+                               .reads = kFpga,
+                               .changes = kFpga,
+                               .stays = kDeviceKeeps}),
+    COMMAND(WR_PORT_BIT_SET, {.summary = "sets a port's bit of registers 0x005c and 0x005e",
+                              .fields = kBit,
+                              .in = all(kBit),
+                              .results = kBitResults,
+                              .reads = kFpga,
+                              .changes = kFpga,
+                              .stays = kDeviceKeeps}),
+    COMMAND(WR_PORT_BIT_CLEAR, {.summary = "clears a port's bit of registers 0x005c and 0x005e",
+                                .fields = kBit,
+                                .in = all(kBit),
+                                .results = kBitResults,
+                                .reads = kFpga,
+                                .changes = kFpga,
+                                .stays = kDeviceKeeps}),
+    COMMAND(WR_PORT_ENTRY_RANGED, {.summary = "writes one entry of a port of 1 to 29",
+                                   .fields = kEntryRanged,
+                                   .in = all(kEntryRanged),
+                                   .results = kRangedResults,
+                                   .changes = kFpga,
+                                   .stays = kDeviceKeeps,
+                                   .note = kEntryNote}),
+    COMMAND(RD_PORT_STATE_CODE,
+            {.summary = "state of a port as a code, of bits of its entry",
+             .fields = kStateCode,
+             .in = all(kStateCode),
+             .out = only(kStateCode, "code"),
+             .results = kStateCodeResults,
+             .reads = kFpga,
+             .note = "0: the port is not in bitmap E (RD_DEVICE_WORD_3B). Else bits of its entry "
+                     "(flag 0, index 0) decide: 2: any of 13 to 15; only 12 of 12 to 15: bits 9 "
+                     "and 8 give 1 (00), 3 (01) or 4 (11). In other cases code stays as given."}),
+};
+
+} // namespace
+
+constexpr CommandGroup kPortGroup = {"port", "Ports", kCommands};
