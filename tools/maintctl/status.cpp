@@ -92,7 +92,9 @@ void unit_read(UnitStatus& unit)
                                        {static_cast<uint16_t>(port), kNoCode});
     }
     for (unsigned port = 0; port < kPhys; ++port) {
-        answer_get<RD_PHY_STATUS>(answers[kPhy + port], {.port = port});
+        PhyStatus phy{};
+        phy.port = port;
+        answer_get<RD_PHY_STATUS>(answers[kPhy + port], phy);
     }
 }
 
@@ -559,15 +561,15 @@ void unit_json(FILE* out, const UnitStatus& unit)
     fputc('\n', out);
 }
 
-// Of the first answer that is missing.
-int exitStatus_of(const UnitStatus& unit)
+// The result of the first answer that is missing; 0: none is.
+int32_t firstFailure_of(const UnitStatus& unit)
 {
     int32_t first = 0;
     const auto keep = [&](int32_t result) { first = first == 0 ? result : first; };
     missing_visit(
         unit, [&](const Answer& answer) { keep(answer.result); },
         [&] { keep(unit.identity_result); });
-    return exitStatus_of(first);
+    return first;
 }
 
 } // namespace
@@ -577,5 +579,5 @@ int status_show(const Session& session)
     UnitStatus unit;
     unit_read(unit);
     session.json ? unit_json(session.out, unit) : unit_show(session.out, unit);
-    return exitStatus_of(unit);
+    return exitStatus_of(firstFailure_of(unit));
 }
