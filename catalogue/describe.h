@@ -165,6 +165,20 @@ consteval Field index(Field field)
     return index(field, {static_cast<uint16_t>(field.least), static_cast<uint16_t>(field.most), 1});
 }
 
+// Bytes whose layout, and how many of them, are the driver's own.
+consteval Field driver_sized(const char* name, const char* note)
+{
+    Field field{};
+    field.name = name;
+    field.width = DEVICE_RECORD_MAX;
+    field.count = 1;
+    field.kind = Kind::kBytes;
+    field.role = Role::kDriverSized;
+    field.unit = "";
+    field.note = note;
+    return field;
+}
+
 consteval Field own_id(Field field)
 {
     field.role = Role::kOwnId;
@@ -243,10 +257,12 @@ consteval CommandDescription described(const char* name, CommandDescription comm
     using Argument = std::remove_pointer_t<typename Types::Argument>;
     command.name = name;
     command.code = kCode;
+    const bool only_reads = std::is_const_v<Argument>;
     if constexpr (!std::is_void_v<typename Types::Record>) {
         command.record = sizeof(typename Types::Record);
+    } else if (only_reads) {
+        command.record = DEVICE_RECORD_MAX; // the driver's own record
     }
-    const bool only_reads = std::is_const_v<Argument>;
     const FieldSet known = all(command.fields);
     if (!fields_fit(command.fields, command.record) || !results_sorted(command.results) ||
         ((command.in | command.out) & ~known) != 0 || (only_reads && command.out != 0) ||
@@ -269,6 +285,8 @@ constexpr const char* kDone = "done";
 constexpr const char* kNotOpened = "the device cannot be opened";
 constexpr const char* kNotRead = "the device's answer cannot be read";
 constexpr const char* kNotWritten = "the device refuses the write";
+constexpr const char* kNotAllRead = "a register cannot be read; what was written before stays";
+constexpr const char* kPartlyWritten = "the device refuses a write; what was written before stays";
 constexpr const char* kOutOfRange = "an argument is out of range; no device was touched";
 constexpr const char* kDeviceKeeps = "The device keeps what was written.";
 
@@ -282,3 +300,7 @@ constexpr ResultMeaning kIndexedWriteResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}, {-5, kOutOfRange}};
 constexpr ResultMeaning kIndexedChangeResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-4, kNotWritten}, {-5, kOutOfRange}};
+constexpr ResultMeaning kWriteAsReadResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotWritten}};
+
+// What stays set.
+constexpr const char* kDeviceKeeps = "The device keeps what is written.";
