@@ -288,7 +288,6 @@ constexpr const char* kNotWritten = "the device refuses the write";
 constexpr const char* kNotAllRead = "a register cannot be read; what was written before stays";
 constexpr const char* kPartlyWritten = "the device refuses a write; what was written before stays";
 constexpr const char* kOutOfRange = "an argument is out of range; no device was touched";
-constexpr const char* kDeviceKeeps = "The device keeps what was written.";
 
 constexpr ResultMeaning kReportResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotRead}};
 constexpr ResultMeaning kWriteResults[] = {{0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}};

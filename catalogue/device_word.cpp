@@ -31,6 +31,7 @@ constexpr Field kBitmap[] = {bits(value_of<uint32_t>(), 32, "bit n: unit or port
 constexpr CodeName kOneHot[] = {{2, "2"}, {4, "4"}, {8, "8"}};
 constexpr Field kOneHotCode[] = {code(value_of<uint16_t>(), kOneHot)};
 
+// How many there are, the device knows; a sweep shows the first ones.
 constexpr Field kIndexed[] = {
     index(number(FIELD(IndexedWord, index)), {0, 15, 1}),
     hex(FIELD(IndexedWord, value)),
@@ -86,7 +87,7 @@ constexpr CommandDescription kCommands[] = {
                                 .out = all(kOwnId),
                                 .results = kReportResults,
                                 .reads = kFpga}),
-    COMMAND(WR_DEVICE_WORD_2A, {.summary = "writes device word 2a",
+    COMMAND(WR_DEVICE_WORD_2A, {.summary = "writes device word 2A",
                                 .fields = kWord,
                                 .in = all(kWord),
                                 .results = kWriteResults,
@@ -130,7 +131,7 @@ constexpr CommandDescription kCommands[] = {
                                 .changes = kFpga,
                                 .stays = kDeviceKeeps,
                                 .note = kLeftOpen}),
-    COMMAND(RD_DEVICE_WORD_03, {.summary = "device word 03, which holds flags of many commands",
+    COMMAND(RD_DEVICE_WORD_03, {.summary = "device word 03, which holds flags of several commands",
                                 .fields = kWord,
                                 .out = all(kWord),
                                 .results = kReportResults,
@@ -152,7 +153,7 @@ constexpr CommandDescription kCommands[] = {
                                 .results = kIndexedWriteResults,
                                 .changes = kFpga,
                                 .stays = kDeviceKeeps}),
-    COMMAND(RD_DEVICE_WORD_3B, {.summary = "bitmap E: units or ports that are present",
+    COMMAND(RD_DEVICE_WORD_3B, {.summary = "bitmap E: the units or ports that are present",
                                 .fields = kBitmap,
                                 .out = all(kBitmap),
                                 .results = kReportResults,
@@ -183,7 +184,7 @@ constexpr CommandDescription kCommands[] = {
                                   .changes = kFpga,
                                   .stays = kDeviceKeeps,
                                   .note = "Bit 12 of device word 03."}),
-    COMMAND(RD_DEVICE_WORD_4E, {.summary = "device word 4e",
+    COMMAND(RD_DEVICE_WORD_4E, {.summary = "device word 4E",
                                 .fields = kWord,
                                 .out = all(kWord),
                                 .results = kReportResults,

@@ -10,10 +10,7 @@ namespace
 constexpr Field kMode[] = {flag(value_of<uint16_t>())};
 
 constexpr ResultMeaning kSwitchResults[] = {
-    {0, kDone},
-    {-1, kNotOpened},
-    {-2, kNotRead},
-    {-4, "the device refuses a write; what was written before stays"}};
+    {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-4, kPartlyWritten}};
 
 constexpr CommandDescription kCommands[] = {
     COMMAND(RD_MODE_SWITCH,

@@ -21,9 +21,9 @@ constexpr Field kCap[] = {
 
 constexpr Field kSizes[] = {
     in_unit(number(FIELD(MtuDatasize, size)), "bytes"),
-    in_unit(number(FIELD(MtuDatasize, data_size), "size less 26"), "bytes"),
+    in_unit(number(FIELD(MtuDatasize, data_size), "size - 26, modulo 65536"), "bytes"),
     in_unit(number(FIELD(MtuDatasize, line_size),
-                   "size, less 8 while bit 8 of device word 03 is clear"),
+                   "size; while bit 8 of device word 03 is clear, size - 8, modulo 65536"),
             "bytes"),
     number(FIELD(MtuDatasize, kept), "written as given"),
 };
@@ -41,13 +41,16 @@ constexpr ResultMeaning kWriteSizesResults[] = {
     {-2, kNotRead}};
 
 constexpr CommandDescription kCommands[] = {
-    COMMAND(RD_MTU_LIMIT, {.summary = "data size that the device accepts on the WAN side",
-                           .fields = kLimit,
-                           .out = all(kLimit),
-                           .results = kReportResults,
-                           .reads = kFpga | kConfigLocked,
-                           .changes = kSystemLog,
-                           .note = "IPSEC_ENABLE of the configuration counts for frame_size."}),
+    COMMAND(
+        RD_MTU_LIMIT,
+        {.summary = "data size that the device accepts on the WAN side",
+         .fields = kLimit,
+         .out = all(kLimit),
+         .results = kReportResults,
+         .reads = kFpga | kConfigLocked,
+         .changes = kSystemLog,
+         .note =
+             "frame_size is limit + 24; with IPsec on (IPSEC_ENABLE), limit + 82 and padding."}),
     COMMAND(WR_MTU_LIMIT,
             {.summary = "sets the WAN data size as the configuration demands",
              .fields = kCap,
@@ -58,7 +61,8 @@ constexpr CommandDescription kCommands[] = {
              .stays = "Registers 0x0054 and 0x0056 keep the new limit.",
              .note = "Computed of SELECT_MTU and the key that it names, WAN_TYPE and IPSEC_ENABLE, "
                      "under PPPoE also of the negotiated MRU. What is missing never fails the "
-                     "command: MTU 1390, PPPoE, no IPsec."}),
+                     "command: MTU 1390, PPPoE, no IPsec. A present limit that cannot be read "
+                     "counts as none."}),
     COMMAND(RD_MTU_DATASIZE, {.summary = "the data sizes in the file /tmp/mtu_datasize",
                               .fields = kSizes,
                               .out = all(kSizes),

@@ -36,7 +36,7 @@ constexpr Field kMask[] = {
 
 constexpr Field kBit[] = {
     number(FIELD(PortBit, port), kPorts,
-           "1 to 15: bit port of register 0x005e; 16 to 29: bit port - 16 of 0x005c"),
+           "1 to 15: bit port of register 0x005E; 16 to 29: bit port - 16 of 0x005C"),
 };
 
 constexpr Field kStateCode[] = {
@@ -78,7 +78,7 @@ constexpr CommandDescription kCommands[] = {
                             .changes = kFpga,
                             .stays = kDeviceKeeps,
                             .note = "While RD_STATUS_WORD_FLAG gives 1, the record is ignored and "
-                                    "the word becomes 0x10f0."}),
+                                    "the word becomes 0x10F0."}),
     COMMAND(RD_PORT_ENTRY, {.summary = "one entry of a port",
                             .fields = kEntry,
                             .in = but(kEntry, "value"),
@@ -106,14 +106,14 @@ constexpr CommandDescription kCommands[] = {
                                .reads = kFpga,
                                .changes = kFpga,
                                .stays = kDeviceKeeps}),
-    COMMAND(WR_PORT_BIT_SET, {.summary = "sets a port's bit of registers 0x005c and 0x005e",
+    COMMAND(WR_PORT_BIT_SET, {.summary = "sets a port's bit of registers 0x005C and 0x005E",
                               .fields = kBit,
                               .in = all(kBit),
                               .results = kBitResults,
                               .reads = kFpga,
                               .changes = kFpga,
                               .stays = kDeviceKeeps}),
-    COMMAND(WR_PORT_BIT_CLEAR, {.summary = "clears a port's bit of registers 0x005c and 0x005e",
+    COMMAND(WR_PORT_BIT_CLEAR, {.summary = "clears a port's bit of registers 0x005C and 0x005E",
                                 .fields = kBit,
                                 .in = all(kBit),
                                 .results = kBitResults,

@@ -20,8 +20,6 @@ constexpr Field kBit[] = {
 
 constexpr Field kWord[] = {hex(value_of<uint16_t>(), "what it means is the driver's")};
 
-constexpr ResultMeaning kWordResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotWritten}};
-
 constexpr CommandDescription kCommands[] = {
     COMMAND(RD_STATUS_WORD_FLAG,
             {.summary = "a flag of the status word, which fixes the port flags",
@@ -45,7 +43,7 @@ constexpr CommandDescription kCommands[] = {
     COMMAND(WR_STATUS_WORD, {.summary = "writes a status word of the driver",
                              .fields = kWord,
                              .in = all(kWord),
-                             .results = kWordResults,
+                             .results = kWriteAsReadResults,
                              .changes = kFpga,
                              .stays = kDeviceKeeps}),
 };

@@ -15,7 +15,7 @@ constexpr Field kInfo[] = {
 };
 
 constexpr Field kRegisters[] = {
-    hex(FIELD(IdRegisters, value), "registers 0x0180, 0x0182 .. 0x018c"),
+    hex(FIELD(IdRegisters, value), "registers 0x0180, 0x0182 .. 0x018C"),
 };
 
 constexpr Field kMap[] = {bits(value_of<uint32_t>(), 32, "bit n: unit n")};
