@@ -5,6 +5,7 @@
 #include "maint/commands/led.h"
 #include "tools/maintctl/answer.h"
 #include "tools/maintctl/exit_status.h"
+#include "tools/maintctl/quiet_reading.h"
 #include "tools/maintctl/result.h"
 #include "tools/maintctl/session.h"
 
@@ -189,7 +190,10 @@ int panel_show(const Session& session)
 {
     Answer own_id;
     Answer panel;
+    QuietReading quiet;
+    quietReading_begin(quiet, session);
     const Answer& last = panel_get(own_id, panel);
+    quietReading_end(quiet);
     if (session.json) {
         answer_json(session.out, last);
         return exitStatus_of(last.result);

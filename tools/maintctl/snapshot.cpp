@@ -397,7 +397,9 @@ int snapshot_make(const Session& session)
 {
     Snapshot snapshot{.session = session, .out = {session.out}, .answers = {nullptr}, .own_id = {}};
     QuietReading quiet;
-    quietReading_begin(quiet, session, answer_hear, &snapshot);
+    quietReading_begin(quiet, session);
+    quiet.calls.answered = answer_hear;
+    quiet.calls.listener = &snapshot;
     answer_get(snapshot.own_id, RD_DEVICE_WORD_29);
     const bool good = snapshot_record(snapshot);
     quietReading_end(quiet);

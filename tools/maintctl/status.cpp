@@ -13,6 +13,7 @@
 #include "tools/maintctl/answer.h"
 #include "tools/maintctl/exit_status.h"
 #include "tools/maintctl/panel.h"
+#include "tools/maintctl/quiet_reading.h"
 #include "tools/maintctl/session.h"
 
 namespace
@@ -577,7 +578,10 @@ int32_t firstFailure_of(const UnitStatus& unit)
 int status_show(const Session& session)
 {
     UnitStatus unit;
+    QuietReading quiet;
+    quietReading_begin(quiet, session);
     unit_read(unit);
+    quietReading_end(quiet);
     session.json ? unit_json(session.out, unit) : unit_show(session.out, unit);
     return exitStatus_of(firstFailure_of(unit));
 }
