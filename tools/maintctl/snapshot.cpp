@@ -341,10 +341,9 @@ void unknown_put(Json& json, const char* name, const char* why)
 
 // No command reads what these set.
 constexpr DeviceCommandCode kWriteOnly[] = {
-    WR_STATUS_WORD,     WR_PAIR_ENABLE,         WR_SWITCH_TABLES_1,
-    WR_SWITCH_TABLES_2, WR_COUNTER_BLOCK_LARGE, WR_COUNTER_BLOCK_SMALL,
-    WR_CONTROL_BLOCK,   WR_KEY_BYTES,           WR_BYTE_ACTION,
-    WR_PAIR_WORDS,      WR_WORD_ACTION,         WR_EXT_CONTROL_A,
+    WR_STATUS_WORD,         WR_PAIR_ENABLE,         WR_SWITCH_TABLES_1, WR_SWITCH_TABLES_2,
+    WR_COUNTER_BLOCK_LARGE, WR_COUNTER_BLOCK_SMALL, WR_CONTROL_BLOCK,   WR_KEY_BYTES,
+    WR_BYTE_ACTION,         WR_PAIR_WORDS,          WR_WORD_ACTION,     WR_EXT_CONTROL_A,
     WR_EXT_CONTROL_B,
 };
 
