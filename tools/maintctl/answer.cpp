@@ -1,9 +1,12 @@
 #include "tools/maintctl/answer.h"
 
+#include <bit>
+
 #include "catalogue/catalogue.h"
 #include "maint/commands/device_word.h"
 #include "maint/commands/led.h"
 #include "tools/maintctl/result.h"
+#include "tools/maintctl/text.h"
 
 namespace
 {
@@ -11,15 +14,22 @@ namespace
 struct Failure {
     const char* name;
     const char* meaning;
+    const char* place; // what the command opens first
 };
+
+const char* place_first(const CommandDescription& command)
+{
+    const Places places = command.reads != 0 ? command.reads : command.changes;
+    return places == 0 ? nullptr : place_name(static_cast<Place>(std::countr_zero(places)));
+}
 
 Failure failure_of(const Answer& answer)
 {
     const CommandDescription* command = command_find(answer.code);
     if (command == nullptr) {
-        return {"?", nullptr};
+        return {"?", nullptr, nullptr};
     }
-    return {command->name, result_meaning(*command, answer.result)};
+    return {command->name, result_meaning(*command, answer.result), place_first(*command)};
 }
 
 } // namespace
@@ -33,10 +43,21 @@ void answer_get(Answer& answer, DeviceCommandCode code)
 void answer_showMissing(Screen& screen, const Answer& answer)
 {
     const Failure failure = failure_of(answer);
-    screen_format(screen, Colour::kRed, "%s %d", failure.name, answer.result);
-    if (failure.meaning != nullptr) {
-        screen_format(screen, Colour::kRed, ": %s", failure.meaning);
+    char buffer[2 * kScreenColumns];
+    Text text = text_in(buffer);
+    text_add(text, "%s %d", failure.name, answer.result);
+    // A description says "the device" and "the file".
+    if (answer.result == DEVICE_OPEN_FAILED && failure.place != nullptr) {
+        text_add(text, ", %s", failure.place);
     }
+    if (failure.meaning != nullptr) {
+        text_add(text, ": %s", failure.meaning);
+    }
+    const unsigned room = kScreenColumns - screen.column;
+    if (text.length > room) {
+        strcpy(buffer + room - 3, "...");
+    }
+    screen_put(screen, Colour::kRed, buffer);
 }
 
 void answer_jsonError(Json& json, const Answer& answer)

@@ -198,7 +198,7 @@ int panel_show(const Session& session)
         answer_json(session.out, last);
         return exitStatus_of(last.result);
     }
-    Screen screen = screen_open(session.out);
+    Screen screen{session.out, session.colours};
     if (answer_isGood(last)) {
         panel_draw(screen, record_of<RD_LED_STATE>(panel));
     } else {

@@ -1,9 +1,6 @@
 #include "tools/maintctl/screen.h"
 
 #include <cstdarg>
-#include <cstdlib>
-#include <cstring>
-#include <unistd.h>
 
 namespace
 {
@@ -25,20 +22,7 @@ const char* colour_code(Colour colour)
     }
 }
 
-bool environment_allowsColours()
-{
-    const char* no_color = getenv("NO_COLOR");
-    const char* term = getenv("TERM");
-    return (no_color == nullptr || no_color[0] == '\0') &&
-           (term == nullptr || strcmp(term, "dumb") != 0);
-}
-
 } // namespace
-
-Screen screen_open(FILE* file)
-{
-    return {file, isatty(fileno(file)) == 1 && environment_allowsColours()};
-}
 
 void screen_put(Screen& screen, Colour colour, const char* text)
 {

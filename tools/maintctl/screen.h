@@ -15,9 +15,6 @@ struct Screen {
     unsigned column = 0; // where the next character goes
 };
 
-// Colours on a terminal, unless the environment has NO_COLOR (not empty) or TERM=dumb.
-Screen screen_open(FILE* file);
-
 // What does not fit into the row is left out; what is no printable ASCII is shown as '?'.
 void screen_put(Screen& screen, Colour colour, const char* text);
 __attribute__((format(printf, 3, 4))) void screen_format(Screen& screen, Colour colour,

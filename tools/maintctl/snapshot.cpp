@@ -329,10 +329,10 @@ void beginning_record(Snapshot& snapshot)
     line_end(json);
 }
 
-void unknown_put(Json& json, const char* name, const char* why)
+void unknown_put(Json& json, const char* key, const char* name, const char* why)
 {
     json_open(json, '{');
-    json_key(json, "command");
+    json_key(json, key);
     json_text(json, name);
     json_key(json, "why");
     json_text(json, why);
@@ -365,14 +365,15 @@ void unknown_record(Json& json)
     commands_visit([&](const CommandDescription& command) {
         const bool reads = strncmp(command.name, "RD_", 3) == 0;
         if (command.clears) {
-            unknown_put(json, command.name, "reading restarts it");
+            unknown_put(json, "command", command.name, "the counters would restart");
         } else if (reads && !command_onlyReads(command)) {
-            unknown_put(json, command.name, "reading changes something");
+            unknown_put(json, "command", command.name, "reading changes something");
         } else if (command_onlyWrites(command.code)) {
-            unknown_put(json, command.name, "what it sets cannot be read");
+            unknown_put(json, "command", command.name, "what it sets cannot be read");
         }
         return true;
     });
+    unknown_put(json, "state", "what has another index", "it was not asked for");
     json_close(json, ']');
     line_end(json);
 }

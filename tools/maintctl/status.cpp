@@ -119,7 +119,7 @@ const char* identity_meaning(int32_t result)
     switch (result) {
     case -2:
     case -4:
-        return "/conf/config has no such key";
+        return "no such key in /conf/config, or no such file";
     case -3:
     case -5:
         return "the key is empty";
@@ -187,8 +187,10 @@ void hardware_show(Screen& screen, const Answer* answers)
                       info.text);
     });
     row_show(screen, "registers", answers[kIds], [&] {
+        const char* between = "";
         for (const uint16_t value : record_of<RD_ID_REGISTERS>(answers[kIds]).value) {
-            screen_format(screen, Colour::kPlain, "0x%04x ", value);
+            screen_format(screen, Colour::kPlain, "%s0x%04x", between, value);
+            between = " ";
         }
     });
     row_show(screen, "clock", answers[kClock], [&] {
@@ -320,9 +322,9 @@ void ports_show(Screen& screen, const Answer* answers)
     }
 }
 
-void unit_show(FILE* out, const UnitStatus& unit)
+void unit_show(const Session& session, const UnitStatus& unit)
 {
-    Screen screen = screen_open(out);
+    Screen screen{session.out, session.colours};
     hardware_show(screen, unit.answers);
     identity_show(screen, unit);
     line_show(screen, unit);
@@ -438,12 +440,19 @@ void identity_json(Json& json, const UnitStatus& unit)
     }
 }
 
-void line_json(Json& json, const Answer* answers)
+void line_json(Json& json, const UnitStatus& unit)
 {
+    const Answer* answers = unit.answers;
     if (object_begin(json, "bandwidth", answers[kBandwidth])) {
         const unsigned id = record_of<RD_BANDWIDTH>(answers[kBandwidth]);
         member_put(json, "limit", id);
         member_put(json, "register", kLimitDividend / limit_divisor(id));
+        json_close(json, '}');
+    }
+    if (object_begin(json, "line", *unit.panel)) {
+        const auto panel = record_of<RD_LED_STATE>(*unit.panel);
+        member_put(json, "mode", panel.ledF);
+        member_put(json, "flags", panel.group2.element);
         json_close(json, '}');
     }
     if (object_begin(json, "mtu_limit", answers[kMtuLimit])) {
@@ -502,19 +511,24 @@ void ports_json(Json& json, const Answer* answers)
     json_close(json, ']');
 }
 
-// Calls for every answer that is missing, in the order of the screen.
+// Calls for every answer that is missing, in the order of the screen; for the many answers of one
+// command that all failed alike only once.
 template <class Missing, class IdentityMissing>
 void missing_visit(const UnitStatus& unit, const Missing& missing,
                    const IdentityMissing& identity_missing)
 {
+    const Answer* last = nullptr;
     for (unsigned item = 0; item < kItems; ++item) {
         if (item == kPresent && unit.identity_result < 0 && unit.identity_result != kNotAsked) {
             identity_missing();
         }
         const Answer& answer = unit.answers[item];
-        if (answer.result < 0 && answer.result != kNotAsked) {
+        const bool again =
+            last != nullptr && last->code == answer.code && last->result == answer.result;
+        if (answer.result < 0 && answer.result != kNotAsked && !again) {
             missing(answer);
         }
+        last = &answer;
     }
 }
 
@@ -550,7 +564,7 @@ void unit_json(FILE* out, const UnitStatus& unit)
     json_open(json, '{');
     hardware_json(json, unit.answers);
     identity_json(json, unit);
-    line_json(json, unit.answers);
+    line_json(json, unit);
     ports_json(json, unit.answers);
     if (object_begin(json, "panel", *unit.panel)) {
         panel_json(json, record_of<RD_LED_STATE>(*unit.panel));
@@ -582,6 +596,6 @@ int status_show(const Session& session)
     quietReading_begin(quiet, session);
     unit_read(unit);
     quietReading_end(quiet);
-    session.json ? unit_json(session.out, unit) : unit_show(session.out, unit);
+    session.json ? unit_json(session.out, unit) : unit_show(session, unit);
     return exitStatus_of(firstFailure_of(unit));
 }
