@@ -165,6 +165,20 @@ consteval Field index(Field field)
     return index(field, {static_cast<uint16_t>(field.least), static_cast<uint16_t>(field.most), 1});
 }
 
+// Bytes whose layout, and how many of them, are the driver's own.
+consteval Field driver_sized(const char* name, const char* note)
+{
+    Field field{};
+    field.name = name;
+    field.width = DEVICE_RECORD_MAX;
+    field.count = 1;
+    field.kind = Kind::kBytes;
+    field.role = Role::kDriverSized;
+    field.unit = "";
+    field.note = note;
+    return field;
+}
+
 consteval Field own_id(Field field)
 {
     field.role = Role::kOwnId;
@@ -173,7 +187,8 @@ consteval Field own_id(Field field)
 
 // Sets of fields ----------------------------------------------------------------------------------
 
-consteval FieldSet all(std::span<const Field> fields)
+// Three procedures are constexpr: clang 14 lets no consteval one take what another one was given.
+constexpr FieldSet all(std::span<const Field> fields)
 {
     return static_cast<FieldSet>((uint64_t{1} << fields.size()) - 1);
 }
@@ -206,7 +221,7 @@ consteval FieldSet but(std::span<const Field> fields, std::string_view names)
 // Commands ----------------------------------------------------------------------------------------
 
 // Fields that lie within the record, apart from one another, with different names.
-consteval bool fields_fit(std::span<const Field> fields, size_t record)
+constexpr bool fields_fit(std::span<const Field> fields, size_t record)
 {
     for (size_t i = 0; i < fields.size(); ++i) {
         const size_t end = fields[i].offset + size_t{fields[i].width} * fields[i].count;
@@ -224,7 +239,7 @@ consteval bool fields_fit(std::span<const Field> fields, size_t record)
     return true;
 }
 
-consteval bool results_sorted(std::span<const ResultMeaning> results)
+constexpr bool results_sorted(std::span<const ResultMeaning> results)
 {
     const auto place = [](int32_t result) { return result >= 0 ? result : 100 - result; };
     for (size_t i = 1; i < results.size(); ++i) {
@@ -243,10 +258,12 @@ consteval CommandDescription described(const char* name, CommandDescription comm
     using Argument = std::remove_pointer_t<typename Types::Argument>;
     command.name = name;
     command.code = kCode;
+    const bool only_reads = std::is_const_v<Argument>;
     if constexpr (!std::is_void_v<typename Types::Record>) {
         command.record = sizeof(typename Types::Record);
+    } else if (only_reads) {
+        command.record = DEVICE_RECORD_MAX; // the driver's own record
     }
-    const bool only_reads = std::is_const_v<Argument>;
     const FieldSet known = all(command.fields);
     if (!fields_fit(command.fields, command.record) || !results_sorted(command.results) ||
         ((command.in | command.out) & ~known) != 0 || (only_reads && command.out != 0) ||
@@ -269,7 +286,10 @@ constexpr const char* kDone = "done";
 constexpr const char* kNotOpened = "the device cannot be opened";
 constexpr const char* kNotRead = "the device's answer cannot be read";
 constexpr const char* kNotWritten = "the device refuses the write";
+constexpr const char* kNotAllRead = "a register cannot be read; what was written before stays";
+constexpr const char* kPartlyWritten = "the device refuses a write; what was written before stays";
 constexpr const char* kOutOfRange = "an argument is out of range; no device was touched";
+constexpr const char* kDeviceKeeps = "The device keeps what was written.";
 
 constexpr ResultMeaning kReportResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotRead}};
 constexpr ResultMeaning kWriteResults[] = {{0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}};
@@ -281,3 +301,4 @@ constexpr ResultMeaning kIndexedWriteResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}, {-5, kOutOfRange}};
 constexpr ResultMeaning kIndexedChangeResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-4, kNotWritten}, {-5, kOutOfRange}};
+constexpr ResultMeaning kWriteAsReadResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotWritten}};
