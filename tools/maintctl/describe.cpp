@@ -1,5 +1,6 @@
 #include "tools/maintctl/describe.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "tools/maintctl/invocation.h"
@@ -192,9 +193,13 @@ void call_show(FILE* out, const CommandDescription& command)
 
 void text_show(FILE* out, const CommandDescription& command)
 {
+    const int first =
+        fprintf(out, "%s  0x%04X  ", command.name, static_cast<unsigned>(command.code));
+    Paragraph summary{out, static_cast<size_t>(std::max(first, 0))};
+    summary.column = summary.indent;
+    paragraph_add(summary, command.summary);
+    paragraph_end(summary);
     Paragraph stays{out, 0};
-    fprintf(out, "%s  0x%04X  %s\n", command.name, static_cast<unsigned>(command.code),
-            command.summary);
     paragraph_add(stays, command.stays != nullptr ? "Stays set:" : "Nothing stays set.");
     paragraph_add(stays, command.stays != nullptr ? command.stays : "");
     paragraph_end(stays);
@@ -333,8 +338,7 @@ void value_addExample(Text& text, const Field& field)
             text_add(text, "A");
             break;
         case Kind::kBytes:
-            for (unsigned i = 0; i < field.width && (i == 0 || field.role != Role::kDriverSized);
-                 ++i) {
+            for (unsigned i = 0; i < field.width; ++i) {
                 text_add(text, "01");
             }
             break;
@@ -351,10 +355,27 @@ void value_addExample(Text& text, const Field& field)
     }
 }
 
+// More than somebody would type.
+bool takes_manyBytes(const CommandDescription& command)
+{
+    constexpr unsigned kMany = 16;
+    for (size_t i = 0; i < command.fields.size(); ++i) {
+        if (field_in(command.in, i) && command.fields[i].kind == Kind::kBytes &&
+            command.fields[i].width > kMany) {
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 void example_add(Text& text, const CommandDescription& command)
 {
+    if (takes_manyBytes(command)) {
+        text_add(text, "-x %s record=01", command.name);
+        return;
+    }
     text_add(text, "%s", command.name);
     for (size_t i = 0; i < command.fields.size(); ++i) {
         const Field& field = command.fields[i];

@@ -4,5 +4,5 @@
 #include "catalogue/catalogue.h"
 #include "tools/maintctl/text.h"
 
-// "WR_RTC_TIME year=2026 month=1", without "maintctl".
+// "WR_RTC_TIME year=1 month=1" or "-x WR_CONTROL_BLOCK record=01", without "maintctl".
 void example_add(Text& text, const CommandDescription& command);

@@ -12,9 +12,10 @@
 namespace
 {
 
-// Places that are devices or clocks: a dry run can hold back what goes there.
-constexpr Places kHeldBack =
-    place_bit(Place::kFpga) | place_bit(Place::kRtc) | place_bit(Place::kSystemClock);
+// Where a dry run can hold back what is written, and the command does the same without it.
+constexpr Places kHeldBack = place_bit(Place::kFpga) | place_bit(Place::kRtc) |
+                             place_bit(Place::kSystemClock) | place_bit(Place::kSystemLog) |
+                             place_bit(Place::kUserLog);
 
 // A field, or one element of it, with its value.
 struct Assignment {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstring>
 #include <strings.h>
 
@@ -55,14 +56,23 @@ void command_json(FILE* out, const CommandGroup& group, const CommandDescription
     fputc('\n', out);
 }
 
-// One line, at most 80 columns; `describe` has all of a summary that is longer.
-void command_line(FILE* out, const CommandDescription& command)
+size_t name_widest(const CommandGroup& group)
 {
-    constexpr size_t kSummaryMax = 80 - 6 - 1 - 22 - 1; // number, name, a blank behind each
-    const bool cut = strlen(command.summary) > kSummaryMax;
-    fprintf(out, "0x%04X %-22s %.*s%s\n", static_cast<unsigned>(command.code), command.name,
-            static_cast<int>(cut ? kSummaryMax - 3 : kSummaryMax), command.summary,
-            cut ? "..." : "");
+    size_t widest = 0;
+    for (const CommandDescription& command : group.commands) {
+        widest = std::max(widest, strlen(command.name));
+    }
+    return widest;
+}
+
+// One line, at most 80 columns; `describe` has all of a summary that is longer.
+void command_line(FILE* out, const CommandDescription& command, size_t name_width)
+{
+    const size_t space = 80 - strlen("0x0000 ") - name_width - 1;
+    const bool cut = strlen(command.summary) > space;
+    fprintf(out, "0x%04X %-*s %.*s%s\n", static_cast<unsigned>(command.code),
+            static_cast<int>(name_width), command.name, static_cast<int>(cut ? space - 3 : space),
+            command.summary, cut ? "..." : "");
 }
 
 } // namespace
@@ -83,7 +93,7 @@ int list_show(const Session& session, const char* text)
                     fprintf(session.out, "%s%s (%s)\n", found ? "\n" : "", group->title,
                             group->name);
                 }
-                command_line(session.out, command);
+                command_line(session.out, command, name_widest(*group));
             }
             titled = true;
             found = true;
