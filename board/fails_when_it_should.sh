@@ -116,6 +116,7 @@ pointer="$public int pass(int (*)()); int pass(int (*f)()) { return f(); }"
 expect 0 'stack at most' changed board/limits '' built_table
 expect 1 'the limit is 1000 (stripped_program' changed board/limits '' limit_table
 cp "$work/said" "$work/said_of_limits"
+expect 0 'the limit is 1000 (stripped_tool in' cat "$work/said_of_limits"
 expect 0 'the limit is 1000 (library_text in' cat "$work/said_of_limits"
 expect 0 'the limit is 1000 (library_text_thumb in' cat "$work/said_of_limits"
 expect 0 'the limit is 1000 (stack' cat "$work/said_of_limits"

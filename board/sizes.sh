@@ -30,13 +30,14 @@ for tool in gcc ar nm objdump readelf size strip; do
     command -v "$prefix$tool" >/dev/null || die "no program $prefix$tool"
 done
 program=$build/maintlogfile
+tool=$build/tools/maintctl/maintctl
 library=$build/libmaint.a
-for file in "$program" "$library" "$build/compile_commands.json" "$build/CMakeCache.txt"; do
+for file in "$program" "$tool" "$library" "$build/compile_commands.json" "$build/CMakeCache.txt"; do
     [ -e "$file" ] || die "no $file: the preset board has not been built there"
 done
 
 declare -A limits
-for limit in stripped_program library_text library_text_thumb stack; do
+for limit in stripped_program stripped_tool library_text library_text_thumb stack; do
     limits[$limit]=$(awk -v name="$limit" '$1 == name { print $2 }' "$here/limits")
     [[ ${limits[$limit]} =~ ^[0-9]+$ ]] || die "no limit $limit in $here/limits"
 done
@@ -141,7 +142,9 @@ printf '%10s %10s %10s %10s\n' stripped text data bss
 program_row 'maintlogfile' "$program" | tee "$work/program"
 program_row 'an empty program' "$work/empty"
 program_row "the boot restore's calls of the C library alone" "$work/calls"
+program_row 'maintctl' "$tool" | tee "$work/tool"
 stripped=$(awk '{ print $1 }' "$work/program")
+stripped_tool=$(awk '{ print $1 }' "$work/tool")
 
 # Library ----------------------------------------------------------------------------------------
 
@@ -251,6 +254,7 @@ limit_check()
 heading 'Limits, in bytes'
 printf '%10s %10s\n' measured limit
 limit_check stripped_program "$stripped" 'maintlogfile, stripped'
+limit_check stripped_tool "$stripped_tool" 'maintctl, stripped'
 limit_check library_text "$library_text" "libmaint.a, code and constants"
 limit_check library_text_thumb "$library_text_thumb" "libmaint.a in Thumb state"
 limit_check stack "$stack" 'stack at most'

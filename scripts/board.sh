@@ -67,7 +67,7 @@ cmake --preset arm
 cmake --build --preset arm
 cmake --build --preset arm --target device_daemon
 trials=$work/trials.txt
-MAINT_TRIALS=$trials ctest --preset arm | tee "$work/ctest.log"
+MAINT_TRIALS=$trials MAINT_TRIALS_JSON=$work/maintctl.jsonl ctest --preset arm | tee "$work/ctest.log"
 .ci/skips "$work/ctest.log" | tee "$work/skips"
 if grep -q ': no reason given$' "$work/skips"; then die 'a test is skipped without a reason'; fi
 
@@ -110,6 +110,10 @@ check 'there are trials of every command' commands_tried
 trials_same() { diff "$trials" "$work/out/trials.txt" | head -n 40; }
 check "all $(grep -c '^trial ' "$trials") trials: same requests, results, records and files as in the tests" \
     trials_same
+program_same() { diff "$trials" "$work/out/maintctl.txt" | head -n 40; }
+check 'the same by the program maintctl' program_same
+lines_same() { diff "$work/maintctl.jsonl" "$work/out/maintctl.jsonl" | head -n 40; }
+check "all $(wc -l <"$work/maintctl.jsonl") lines of JSON that it says: the same as in the tests" lines_same
 checks_end
 
 printf '\nThe product holds on the board, after %d s.\n' "$SECONDS"

@@ -3,7 +3,10 @@
  * file's own form (it stands in tests/device/device_trials_test.cpp): done as it should be, both
  * are alike to the byte.
  *
- * usage: trials FILE
+ * usage: trials FILE [PROGRAM JSON_FILE]
+ *
+ * With PROGRAM, each command is run by "PROGRAM --json --hex COMMAND record=BYTES" instead of by a
+ * call of the library. What comes of it must be the same; the program's lines go to JSON_FILE.
  */
 #include <fcntl.h>
 #include <stdint.h>
@@ -115,14 +118,47 @@ static void guards_check(void)
     }
 }
 
-static void saw_print(void)
+/* What runs the commands instead of the library, and where its lines go. */
+static const char* program;
+static FILE* program_lines;
+
+/* The program's line tells result and record. */
+static int32_t program_run(void)
 {
-    char* saw = model_saw(0);
-    const char* line;
-    for (line = strtok(saw, "\n"); line != NULL; line = strtok(NULL, "\n")) {
-        printf("saw %s\n", line);
+    static char text[2 * LINE_MAX_LENGTH];
+    static const char record_key[] = "\"record\":\"";
+    const char* result;
+    const char* record;
+    FILE* line;
+    size_t i;
+    int length = sprintf(text, "%s --json --hex 0x%04X", program, trial.command);
+    if (trial.record > 0) {
+        length += sprintf(text + length, " record=");
     }
-    free(saw);
+    for (i = 0; i < trial.record; ++i) {
+        length += sprintf(text + length, "%02x", trial.memory[GUARD + i]);
+    }
+    sprintf(text + length, " 2>/dev/null");
+    line = popen(text, "r");
+    if (line == NULL || fgets(text, sizeof text, line) == NULL) {
+        fail("the program says nothing");
+    }
+    pclose(line);
+    fputs(text, program_lines);
+    result = strstr(text, "\"result\":");
+    record = strstr(text, record_key);
+    if (result == NULL || record == NULL) {
+        fail(text);
+    }
+    record += sizeof record_key - 1;
+    for (i = 0; i < trial.record; ++i) {
+        unsigned value;
+        if (sscanf(record + 2 * i, "%2x", &value) != 1) {
+            fail("the program's record is too short");
+        }
+        trial.memory[GUARD + i] = (unsigned char)value;
+    }
+    return (int32_t)atol(result + strlen("\"result\":"));
 }
 
 /* Two commands leave the device open when their request fails. */
@@ -134,14 +170,33 @@ static void close_what_was_left(int first)
     }
 }
 
+/*
+ * What the devices saw. Two commands leave the device open when they fail; at a program's end the
+ * kernel closes it, which a call of the library does not see.
+ */
+static void saw_print(int32_t result)
+{
+    char* saw = model_saw(0);
+    const int closed_late =
+        program != NULL && result < 0 && (trial.command == 0x0040 || trial.command == 0x0041);
+    const char* line;
+    for (line = strtok(saw, "\n"); line != NULL; line = strtok(NULL, "\n")) {
+        if (!closed_late || strncmp(line, "close ", 6) != 0) {
+            printf("saw %s\n", line);
+        }
+    }
+    free(saw);
+}
+
 static void trial_make(void)
 {
     const int first = dup(0);
     int32_t result;
     size_t i;
     close(first);
-    result = Fpga_Register_Set(trial.command, trial.memory + GUARD);
-    saw_print();
+    result =
+        program == NULL ? Fpga_Register_Set(trial.command, trial.memory + GUARD) : program_run();
+    saw_print(result);
     close_what_was_left(first);
     printf("result %ld\ngives ", (long)result);
     pairs_print(trial.memory + GUARD, trial.record);
@@ -186,14 +241,24 @@ static void line_take(const char* line)
 int main(int argc, char** argv)
 {
     static char line[LINE_MAX_LENGTH];
-    FILE* file = argc == 2 ? fopen(argv[1], "r") : NULL;
+    FILE* file = argc == 2 || argc == 4 ? fopen(argv[1], "r") : NULL;
     if (file == NULL) {
-        fail("usage: trials FILE");
+        fail("usage: trials FILE [PROGRAM JSON_FILE]");
+    }
+    if (argc == 4) {
+        program = argv[2];
+        program_lines = fopen(argv[3], "w");
+        if (program_lines == NULL) {
+            fail(argv[3]);
+        }
     }
     while (fgets(line, sizeof line, file) != NULL) {
         line[strcspn(line, "\n")] = '\0';
         line_take(line);
     }
     fclose(file);
+    if (program_lines != NULL && fclose(program_lines) != 0) {
+        fail(argv[3]);
+    }
     return fflush(stdout) == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
 }

@@ -7,7 +7,9 @@ work_make
 prefix=$work/prefix
 "$CMAKE" --install "$1" --prefix "$prefix" >"$work/install.log"
 
-[ -x "$prefix/sbin/maintlogfile" ] || finding "no sbin/maintlogfile"
+for program in maintlogfile maintctl; do
+    [ -x "$prefix/sbin/$program" ] || finding "no sbin/$program"
+done
 diff -r "$2/maint" "$prefix/include/maint" || finding "the installed headers are not the public ones"
 
 "$(dirname "$0")/check_consumer.sh" "$prefix" "$3" || finding "the installed library is of no use"

@@ -169,7 +169,7 @@ int maintctl_run(int argc, char* const* argv, FILE* out, FILE* err)
         return output_end(session, help_show(session));
     }
     if (options.version) {
-        fputs("maintctl " MAINTCTL_VERSION "\n", out);
+        fputs("maintctl " MAINT_VERSION "\n", out);
         return output_end(session, 0);
     }
     if (options.words_count == 0) {
