@@ -187,7 +187,8 @@ consteval Field own_id(Field field)
 
 // Sets of fields ----------------------------------------------------------------------------------
 
-consteval FieldSet all(std::span<const Field> fields)
+// Three procedures are constexpr: clang 14 lets no consteval one take what another one was given.
+constexpr FieldSet all(std::span<const Field> fields)
 {
     return static_cast<FieldSet>((uint64_t{1} << fields.size()) - 1);
 }
@@ -220,7 +221,7 @@ consteval FieldSet but(std::span<const Field> fields, std::string_view names)
 // Commands ----------------------------------------------------------------------------------------
 
 // Fields that lie within the record, apart from one another, with different names.
-consteval bool fields_fit(std::span<const Field> fields, size_t record)
+constexpr bool fields_fit(std::span<const Field> fields, size_t record)
 {
     for (size_t i = 0; i < fields.size(); ++i) {
         const size_t end = fields[i].offset + size_t{fields[i].width} * fields[i].count;
@@ -238,7 +239,7 @@ consteval bool fields_fit(std::span<const Field> fields, size_t record)
     return true;
 }
 
-consteval bool results_sorted(std::span<const ResultMeaning> results)
+constexpr bool results_sorted(std::span<const ResultMeaning> results)
 {
     const auto place = [](int32_t result) { return result >= 0 ? result : 100 - result; };
     for (size_t i = 1; i < results.size(); ++i) {
@@ -288,6 +289,7 @@ constexpr const char* kNotWritten = "the device refuses the write";
 constexpr const char* kNotAllRead = "a register cannot be read; what was written before stays";
 constexpr const char* kPartlyWritten = "the device refuses a write; what was written before stays";
 constexpr const char* kOutOfRange = "an argument is out of range; no device was touched";
+constexpr const char* kDeviceKeeps = "The device keeps what was written.";
 
 constexpr ResultMeaning kReportResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotRead}};
 constexpr ResultMeaning kWriteResults[] = {{0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}};
@@ -300,6 +302,3 @@ constexpr ResultMeaning kIndexedWriteResults[] = {
 constexpr ResultMeaning kIndexedChangeResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-4, kNotWritten}, {-5, kOutOfRange}};
 constexpr ResultMeaning kWriteAsReadResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotWritten}};
-
-// What stays set.
-constexpr const char* kDeviceKeeps = "The device keeps what is written.";

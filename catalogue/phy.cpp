@@ -26,7 +26,7 @@ constexpr Field kConfig[] = {
     flag(FIELD(PhyConfig, speed100), "1: 100 Mb/s, 0: 10 Mb/s"),
     flag(FIELD(PhyConfig, full_duplex)),
     flag(FIELD(PhyConfig, extra),
-         "register 31 gets 0x2500 (1) or 0x0500 (0), bit 3 of register 0 of ports 1 to 5 the flag"),
+         "1: register 31 gets 0x2500, 0: 0x0500; ports 1 to 5: also bit 3 of register 0"),
 };
 
 constexpr Field kRegister[] = {

@@ -36,7 +36,7 @@ constexpr Field kMask[] = {
 
 constexpr Field kBit[] = {
     number(FIELD(PortBit, port), kPorts,
-           "1 to 15: bit port of register 0x005E; 16 to 29: bit port - 16 of 0x005C"),
+           "1 to 15: bits 1 to 15 of register 0x005E; 16 to 29: bits 0 to 13 of 0x005C"),
 };
 
 constexpr Field kStateCode[] = {
@@ -134,9 +134,10 @@ constexpr CommandDescription kCommands[] = {
              .out = only(kStateCode, "code"),
              .results = kStateCodeResults,
              .reads = kFpga,
-             .note = "0: the port is not in bitmap E (RD_DEVICE_WORD_3B). Else bits of its entry "
-                     "(flag 0, index 0) decide: 2: any of 13 to 15; only 12 of 12 to 15: bits 9 "
-                     "and 8 give 1 (00), 3 (01) or 4 (11). In other cases code stays as given."}),
+             .note =
+                 "0: the port is not in bitmap E (RD_DEVICE_WORD_3B). Else by its entry (flag 0, "
+                 "index 0): any of bits 13 to 15 gives 2; bit 12 without them gives 1, 3 or 4 "
+                 "when bits 9 and 8 are 00, 01 or 11. Otherwise code stays as given."}),
 };
 
 } // namespace

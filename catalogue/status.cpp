@@ -22,7 +22,7 @@ constexpr Field kWord[] = {hex(value_of<uint16_t>(), "what it means is the drive
 
 constexpr CommandDescription kCommands[] = {
     COMMAND(RD_STATUS_WORD_FLAG,
-            {.summary = "a flag of the status word, which fixes the port flags",
+            {.summary = "the flag of the status word that fixes the port flags",
              .fields = kFlag,
              .out = all(kFlag),
              .results = kReportResults,

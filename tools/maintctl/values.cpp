@@ -61,20 +61,23 @@ bool digits_read(const Part& digits, int base, uint64_t& number)
     return digits.length != 0;
 }
 
-// A number as people write it; false: `reason` says why not.
+bool begins_withZero(const Part& part)
+{
+    return part.length > 1 && part.begin[0] == '0';
+}
+
+// False: `reason` says why it is no number.
 bool number_read(const Part& part, uint64_t& number, Text& reason)
 {
-    const bool hex = part.length > 2 && part.begin[0] == '0' && (part.begin[1] | 0x20) == 'x';
-    const Part digits = hex ? Part{part.begin + 2, part.length - 2} : part;
-    if (!digits_read(digits, hex ? 16 : 10, number)) {
-        text_add(reason, "is not a number (decimal, or hexadecimal with 0x)");
-        return false;
+    if (number_parse(part.begin, part.length, number)) {
+        return true;
     }
-    if (!hex && part.length > 1 && part.begin[0] == '0') {
-        text_add(reason, "begins with 0: decimal numbers do not, hexadecimal ones begin with 0x");
-        return false;
-    }
-    return true;
+    const bool decimal = digits_read(part, 10, number);
+    text_add(reason, decimal
+                         ? "begins with 0: write a decimal number without it, a hexadecimal one "
+                           "with 0x"
+                         : "is not a number (decimal, or hexadecimal with 0x)");
+    return false;
 }
 
 void number_print(const Field& field, uint32_t number, Text& text)
@@ -110,9 +113,7 @@ bool code_read(const Field& field, const Part& part, uint32_t& number, Text& rea
         }
     }
     uint64_t typed = 0;
-    char unused[8];
-    Text no_reason = text_in(unused);
-    if (number_read(part, typed, no_reason) && typed <= UINT32_MAX &&
+    if (number_parse(part.begin, part.length, typed) && typed <= UINT32_MAX &&
         value_codeName(field, static_cast<uint32_t>(typed)) != nullptr) {
         number = static_cast<uint32_t>(typed);
         return true;
@@ -395,4 +396,13 @@ size_t value_textLength(const Field& field, const uint8_t* record)
         --length;
     }
     return length;
+}
+
+bool number_parse(const char* text, size_t length, uint64_t& number)
+{
+    const Part part = {text, length};
+    if (begins_withZero(part) && (text[1] == 'x' || text[1] == 'X')) {
+        return digits_read({text + 2, length - 2}, 16, number);
+    }
+    return !begins_withZero(part) && digits_read(part, 10, number);
 }

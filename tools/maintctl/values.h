@@ -30,3 +30,8 @@ const char* value_codeName(const Field& field, uint32_t code);
 
 // How many bytes of a text are left when the zeros at its end are taken away.
 size_t value_textLength(const Field& field, const uint8_t* record);
+
+// A number as people write it: decimal, or hexadecimal with 0x. Larger ones than 32 bits have are
+// read as some number above that. A decimal number with a 0 before it is none: some would take it
+// for an octal one.
+bool number_parse(const char* text, size_t length, uint64_t& number);
