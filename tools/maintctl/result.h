@@ -13,3 +13,6 @@ const char* result_meaning(const CommandDescription& command, int32_t result);
 // has DEVICE_RECORD_MAX bytes.
 void result_json(Json& json, const CommandDescription& command, int32_t result,
                  const uint8_t* record);
+
+// A field's value: numbers as numbers, codes by name, all else as text; elements as an array.
+void value_json(Json& json, const Field& field, const uint8_t* record);
