@@ -71,8 +71,10 @@ void number_add(CallText& text, const RequestField& field, const uint8_t* bytes)
     } else {
         number = *bytes;
     }
-    if (field.decimal) {
+    if (field.negative) {
         callText_add(text, "%d", static_cast<int32_t>(number));
+    } else if (field.decimal) {
+        callText_add(text, "%u", number);
     } else {
         callText_add(text, field.width == 1 ? "0x%02x" : "0x%04x", number);
     }
