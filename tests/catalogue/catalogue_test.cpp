@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 #include <cstring>
@@ -349,6 +350,148 @@ TEST(Catalogue, HasTextsThatCanBeShown)
         }
     });
     EXPECT_LT(bytes, 25000U);
+}
+
+// What a part of a command's name is in a summary: one of these texts, without case. A part that is
+// not here, nor a register or a bit, is there itself. Typed in by hand.
+const std::map<std::string, std::vector<const char*>> kSpoken{
+    {"INFO", {"identity"}},
+    {"ID", {"identity", "identifier"}},
+    {"MAP", {"units that", "map"}},
+    {"UNIT", {"unit"}},
+    {"STATUS", {"status", "marked", "marks", "link"}},
+    {"FLAG", {"flag", "whether", "bit 0", "bits 2", "enable"}},
+    {"ENTRY", {"entry", "identity that the hardware"}},
+    {"RANGED", {"1 to 29"}},
+    {"CONFIG", {"autonegotiation"}},
+    {"LIMIT", {"limit", "accepts", "demands"}},
+    {"MTU", {"data size"}},
+    {"DATASIZE", {"mtu_datasize"}},
+    {"LED", {"panel", "led inhibit"}},
+    {"LEDSTATE", {"front panel"}},
+    {"A", {"indicator a", "word a", "control word a"}},
+    {"B", {"indicator b", "word b", "control word b"}},
+    {"C", {"indicator c"}},
+    {"D", {"indicator d"}},
+    {"E", {"indicator e"}},
+    {"RESTORE", {"ends", "brings back"}},
+    {"BITS", {"two flags", "three flags"}},
+    {"DEVICE", {"device", "own identifier", "bitmap e"}},
+    {"28", {"28"}},
+    {"29", {"own identifier"}},
+    {"3B", {"bitmap e"}},
+    {"04", {"whole device word 03"}},
+    {"03", {"03, which"}},
+    {"36", {"35"}},
+    {"WORD", {"word", "own identifier", "bitmap e"}},
+    {"VLANT", {"vlan"}},
+    {"INDEXED", {"indexed"}},
+    {"ADDR", {"address"}},
+    {"ADDRSET", {"four addresses"}},
+    {"VALUE", {"as they stand", "bits 0 to 6", "bits 0 to 7", "hardware holds"}},
+    {"COPY", {"the same as"}},
+    {"TABLE", {"tables"}},
+    {"DELETE", {"clears"}},
+    {"FLAGSET", {"flags of a switch port"}},
+    {"1", {"1", "6b79"}},
+    {"2", {"2", "6b78"}},
+    {"LATCHED", {"latched"}},
+    {"DA", {"0x00da"}},
+    {"REG", {"register"}},
+    {"SELECT", {"one of bits"}},
+    {"FIELDS", {"two fields"}},
+    {"PAIR", {"pair", "0x015e"}},
+    {"NIBBLE", {"as a number"}},
+    {"BLOCK", {"block", "parts of registers"}},
+    {"BYTES", {"bytes", "registers 0x0110 and 0x0112"}},
+    {"ALT", {"second set"}},
+    {"LARGE", {"160"}},
+    {"SMALL", {"68"}},
+    {"STATISTICS", {"totals"}},
+    {"SAVE", {"adds"}},
+    {"CLEAR", {"clears", "to 0"}},
+    {"EXT", {"extended"}},
+    {"RTC", {"clock"}},
+    {"TIME", {"date", "system clock"}},
+    {"SET", {"sets"}},
+    {"WORDS", {"words"}},
+    {"ENABLE", {"enable", "enables"}},
+};
+
+// Names of several parts that mean one thing.
+std::vector<std::string> name_parts(std::string name)
+{
+    static constexpr std::pair<const char*, const char*> kJoined[] = {
+        {"ADDR_SET", "ADDRSET"}, {"FLAG_SET", "FLAGSET"}, {"LED_STATE", "LEDSTATE"}};
+    for (const auto& [parts, one] : kJoined) {
+        if (const size_t at = name.find(parts); at != std::string::npos) {
+            name.replace(at, strlen(parts), one);
+        }
+    }
+    std::vector<std::string> parts;
+    for (size_t from = 3; from < name.size();) { // behind RD_, WR_
+        const size_t end = std::min(name.find('_', from), name.size());
+        parts.push_back(name.substr(from, end - from));
+        from = end + 1;
+    }
+    return parts;
+}
+
+std::string lower(std::string text)
+{
+    for (char& c : text) {
+        c = static_cast<char>(tolower(static_cast<unsigned char>(c)));
+    }
+    return text;
+}
+
+// The first part of a name that a summary does not speak of; empty: it fits.
+std::string unspoken(const std::string& name, const std::string& summary)
+{
+    const std::string text = lower(summary) + " ";
+    static const std::set<std::string> kVerbs{"sets",     "writes",  "clears", "turns", "enables",
+                                              "loads",    "sends",   "starts", "adds",  "ends",
+                                              "replaces", "changes", "shows"};
+    if ((kVerbs.count(text.substr(0, text.find(' '))) != 0) != (name[0] == 'W')) {
+        return name.substr(0, 3);
+    }
+    for (const std::string& part : name_parts(name)) {
+        std::vector<std::string> any{lower(part)};
+        unsigned number = 0;
+        int used = 0;
+        if (sscanf(part.c_str(), "REG%x%n", &number, &used) == 1 && part.size() == size_t(used)) {
+            any = {lower(hex_number(number))};
+        } else if (sscanf(part.c_str(), "BIT%u", &number) == 1) {
+            any = {"bit " + std::to_string(number) + " "};
+        } else if (sscanf(part.c_str(), "PREFIX%u", &number) == 1) {
+            any = {"set " + std::to_string(number)};
+        } else if (const auto spoken = kSpoken.find(part); spoken != kSpoken.end()) {
+            any.assign(spoken->second.begin(), spoken->second.end());
+        }
+        if (std::none_of(any.begin(), any.end(), [&](const std::string& word) {
+                return text.find(word) != std::string::npos;
+            })) {
+            return part;
+        }
+    }
+    return "";
+}
+
+TEST(Catalogue, HasSummariesThatFitTheNames)
+{
+    std::vector<const CommandDescription*> commands;
+    for_every_command([&](const CommandDescription& command) {
+        EXPECT_EQ(unspoken(command.name, command.summary), "") << command.summary;
+        commands.push_back(&command);
+    });
+    // And no two could have changed places.
+    for (const CommandDescription* one : commands) {
+        for (const CommandDescription* other : commands) {
+            EXPECT_TRUE(one == other || unspoken(one->name, other->summary) != "" ||
+                        unspoken(other->name, one->summary) != "")
+                << one->name << " and " << other->name;
+        }
+    }
 }
 
 TEST(Catalogue, NamesEveryPlace)
