@@ -92,6 +92,8 @@ bool command_record(Snapshot& snapshot, const CommandDescription& command, uint8
         return false;
     }
     json_open(snapshot.answers, '[');
+    uint8_t asked[DEVICE_RECORD_MAX]; // the driver can overwrite the index, too
+    memcpy(asked, record, sizeof asked);
     const int32_t result = Fpga_Register_Set(command.code, record);
     json_close(snapshot.answers, ']');
     const bool good = fclose(snapshot.answers.file) == 0;
@@ -100,6 +102,8 @@ bool command_record(Snapshot& snapshot, const CommandDescription& command, uint8
     if (good) {
         line_begin(snapshot.out);
         result_json(snapshot.out, command, result, record);
+        json_key(snapshot.out, "asked");
+        json_hex(snapshot.out, asked, command.record);
         json_key(snapshot.out, "answers");
         fputs(text, snapshot.out.file);
         snapshot.out.after_value = true;
@@ -226,9 +230,22 @@ void file_record(Json& json, Place place, size_t size)
 }
 
 constexpr const char* kMtuKeyName = "SELECT_MTU";
-constexpr const char* kConfigKeys[] = {kMtuKeyName, "WAN_TYPE", "IPSEC_ENABLE", "OWN_VPN_ID"};
-constexpr const char* kIndexedKey = "PPPOEOFF_VPN_ID";
-constexpr unsigned kIndexes = 32;
+constexpr const char* kConfigKeys[] = {"WAN_TYPE", "IPSEC_ENABLE", "OWN_VPN_ID"};
+constexpr unsigned kNamedKeys = sizeof kConfigKeys / sizeof kConfigKeys[0];
+constexpr unsigned kIndexedKeys = 32; // of the identities
+constexpr unsigned kKeys = kNamedKeys + kIndexedKeys;
+
+using ConfigKey = char[32];
+
+// The keys that the library's commands look up, one after another, but for the MTU's.
+void configKey_get(unsigned number, ConfigKey& key)
+{
+    if (number < kNamedKeys) {
+        snprintf(key, sizeof key, "%s", kConfigKeys[number]);
+    } else {
+        snprintf(key, sizeof key, "PPPOEOFF_VPN_ID%02u", number - kNamedKeys);
+    }
+}
 
 // The configuration can hold passwords, and a key also matches the beginning of a longer one. So
 // of a value only its number is taken, which is all that the library makes of it.
@@ -246,45 +263,44 @@ void configNumber_put(Json& json, const char* key)
     json_text(json, number);
 }
 
-// Whether a look-up of one of the other keys would find the line of this one.
-bool key_hides(std::string_view key)
+enum class KeyPlace : uint8_t { kFirst, kLast, kThereAlready };
+
+// Where the MTU's key has to stand, so that each look-up finds the same again: it can be the
+// beginning of another one, and another one its beginning.
+KeyPlace mtuKey_place(std::string_view mtu_key)
 {
-    if (key.starts_with(kIndexedKey)) {
-        return true;
-    }
-    for (const char* other : kConfigKeys) {
-        if (key.starts_with(other)) {
-            return true;
+    KeyPlace place = KeyPlace::kFirst;
+    for (unsigned number = 0; number < kKeys; ++number) {
+        ConfigKey key;
+        configKey_get(number, key);
+        if (mtu_key == key) {
+            return KeyPlace::kThereAlready;
+        }
+        if (mtu_key.starts_with(key)) {
+            place = KeyPlace::kLast;
         }
     }
-    return false;
+    return place;
 }
 
 void configKeys_put(Json& json)
 {
-    // The key of the MTU comes first: it can be the beginning of another one. Where it is longer
-    // than another one, the other's look-up finds it, or what stands before it.
     ConfigValue mtu_key;
     const bool named = configValue_find(kMtuKeyName, mtu_key);
-    const bool hides = named && key_hides(mtu_key);
-    if (named && !hides) {
+    const KeyPlace place = named ? mtuKey_place(mtu_key) : KeyPlace::kThereAlready;
+    if (place == KeyPlace::kFirst) {
         configNumber_put(json, mtu_key);
     }
     if (named) {
         json_key(json, kMtuKeyName);
         json_text(json, mtu_key);
     }
-    for (const char* key : kConfigKeys) {
-        if (key != kMtuKeyName) {
-            configNumber_put(json, key);
-        }
-    }
-    for (unsigned index = 0; index < kIndexes; ++index) {
-        char key[sizeof "PPPOEOFF_VPN_ID" + 2];
-        snprintf(key, sizeof key, "%s%02u", kIndexedKey, index % 100);
+    for (unsigned number = 0; number < kKeys; ++number) {
+        ConfigKey key;
+        configKey_get(number, key);
         configNumber_put(json, key);
     }
-    if (hides) {
+    if (place == KeyPlace::kLast) {
         configNumber_put(json, mtu_key);
     }
 }
