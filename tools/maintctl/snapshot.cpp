@@ -25,7 +25,7 @@ namespace
 struct Snapshot {
     const Session& session;
     Json out;
-    Json answers;               // of the command that is running
+    bool answering = false;     // a command runs, and its line waits for the answers
     bool device_opened = false; // at least once
     int32_t first_failure = 0;
     Answer own_id;
@@ -65,8 +65,8 @@ void answer_hear(void* listener, const AnsweredRequest& answer)
 {
     auto& snapshot = *static_cast<Snapshot*>(listener);
     snapshot.device_opened = true;
-    if (snapshot.answers.file != nullptr) {
-        answer_put(snapshot.answers, answer);
+    if (snapshot.answering) {
+        answer_put(snapshot.out, answer);
     }
 }
 
@@ -82,34 +82,25 @@ void line_end(Json& json)
     fputc('\n', json.file);
 }
 
-// Runs a command and writes its line. False: no memory for the answers.
-bool command_record(Snapshot& snapshot, const CommandDescription& command, uint8_t* record)
+// Runs a command and writes its line, with the answers in it as they come.
+void command_record(Snapshot& snapshot, const CommandDescription& command, uint8_t* record)
 {
-    char* text = nullptr;
-    size_t length = 0;
-    snapshot.answers = {open_memstream(&text, &length)};
-    if (snapshot.answers.file == nullptr) {
-        return false;
-    }
-    json_open(snapshot.answers, '[');
+    Json& out = snapshot.out;
+    line_begin(out);
+    command_json(out, command);
+    json_key(out, "asked"); // the driver can overwrite the index, too
+    json_hex(out, record, command.record);
+    json_key(out, "answers");
+    json_open(out, '[');
+    snapshot.answering = true;
     const int32_t result = Fpga_Register_Set(command.code, record);
-    json_close(snapshot.answers, ']');
-    const bool good = fclose(snapshot.answers.file) == 0;
-    snapshot.answers.file = nullptr;
-
-    if (good) {
-        line_begin(snapshot.out);
-        result_json(snapshot.out, command, result, record);
-        json_key(snapshot.out, "answers");
-        fputs(text, snapshot.out.file);
-        snapshot.out.after_value = true;
-        line_end(snapshot.out);
-    }
-    free(text);
+    snapshot.answering = false;
+    json_close(out, ']');
+    outcome_json(out, command, result, record);
+    line_end(out);
     if (result < 0 && snapshot.first_failure == 0) {
         snapshot.first_failure = result;
     }
-    return good;
 }
 
 // Commands ----------------------------------------------------------------------------------------
@@ -171,7 +162,8 @@ bool combinations_record(Snapshot& snapshot, const CommandDescription& command)
     do {
         alignas(8) uint8_t record[DEVICE_RECORD_MAX];
         memcpy(record, indexes, sizeof record);
-        if (!command_record(snapshot, command, record) || ferror(snapshot.out.file) != 0) {
+        command_record(snapshot, command, record);
+        if (ferror(snapshot.out.file) != 0) {
             return false;
         }
     } while (indexes_advance(command, indexes));
@@ -226,9 +218,22 @@ void file_record(Json& json, Place place, size_t size)
 }
 
 constexpr const char* kMtuKeyName = "SELECT_MTU";
-constexpr const char* kConfigKeys[] = {kMtuKeyName, "WAN_TYPE", "IPSEC_ENABLE", "OWN_VPN_ID"};
-constexpr const char* kIndexedKey = "PPPOEOFF_VPN_ID";
-constexpr unsigned kIndexes = 32;
+constexpr const char* kConfigKeys[] = {"WAN_TYPE", "IPSEC_ENABLE", "OWN_VPN_ID"};
+constexpr unsigned kNamedKeys = sizeof kConfigKeys / sizeof kConfigKeys[0];
+constexpr unsigned kIndexedKeys = 32; // of the identities
+constexpr unsigned kKeys = kNamedKeys + kIndexedKeys;
+
+using ConfigKey = char[32];
+
+// The keys that the library's commands look up, one after another, but for the MTU's.
+void configKey_get(unsigned number, ConfigKey& key)
+{
+    if (number < kNamedKeys) {
+        snprintf(key, sizeof key, "%s", kConfigKeys[number]);
+    } else {
+        snprintf(key, sizeof key, "PPPOEOFF_VPN_ID%02u", number - kNamedKeys);
+    }
+}
 
 // The configuration can hold passwords, and a key also matches the beginning of a longer one. So
 // of a value only its number is taken, which is all that the library makes of it.
@@ -246,45 +251,44 @@ void configNumber_put(Json& json, const char* key)
     json_text(json, number);
 }
 
-// Whether a look-up of one of the other keys would find the line of this one.
-bool key_hides(std::string_view key)
+enum class KeyPlace : uint8_t { kFirst, kLast, kThereAlready };
+
+// Where the MTU's key has to stand, so that each look-up finds the same again: it can be the
+// beginning of another one, and another one its beginning.
+KeyPlace mtuKey_place(std::string_view mtu_key)
 {
-    if (key.starts_with(kIndexedKey)) {
-        return true;
-    }
-    for (const char* other : kConfigKeys) {
-        if (key.starts_with(other)) {
-            return true;
+    KeyPlace place = KeyPlace::kFirst;
+    for (unsigned number = 0; number < kKeys; ++number) {
+        ConfigKey key;
+        configKey_get(number, key);
+        if (mtu_key == key) {
+            return KeyPlace::kThereAlready;
+        }
+        if (mtu_key.starts_with(key)) {
+            place = KeyPlace::kLast;
         }
     }
-    return false;
+    return place;
 }
 
 void configKeys_put(Json& json)
 {
-    // The key of the MTU comes first: it can be the beginning of another one. Where it is longer
-    // than another one, the other's look-up finds it, or what stands before it.
     ConfigValue mtu_key;
     const bool named = configValue_find(kMtuKeyName, mtu_key);
-    const bool hides = named && key_hides(mtu_key);
-    if (named && !hides) {
+    const KeyPlace place = named ? mtuKey_place(mtu_key) : KeyPlace::kThereAlready;
+    if (place == KeyPlace::kFirst) {
         configNumber_put(json, mtu_key);
     }
     if (named) {
         json_key(json, kMtuKeyName);
         json_text(json, mtu_key);
     }
-    for (const char* key : kConfigKeys) {
-        if (key != kMtuKeyName) {
-            configNumber_put(json, key);
-        }
-    }
-    for (unsigned index = 0; index < kIndexes; ++index) {
-        char key[sizeof "PPPOEOFF_VPN_ID" + 2];
-        snprintf(key, sizeof key, "%s%02u", kIndexedKey, index % 100);
+    for (unsigned number = 0; number < kKeys; ++number) {
+        ConfigKey key;
+        configKey_get(number, key);
         configNumber_put(json, key);
     }
-    if (hides) {
+    if (place == KeyPlace::kLast) {
         configNumber_put(json, mtu_key);
     }
 }
@@ -378,33 +382,28 @@ void unknown_record(Json& json)
     line_end(json);
 }
 
-bool snapshot_record(Snapshot& snapshot)
+void snapshot_record(Snapshot& snapshot)
 {
     beginning_record(snapshot);
     file_record(snapshot.out, Place::kSerialNumber, sizeof(SerialNumber));
     file_record(snapshot.out, Place::kMtuDatasize, sizeof(MtuDatasize));
     config_record(snapshot.out);
-    if (!commands_record(snapshot)) {
-        return false;
+    if (commands_record(snapshot)) {
+        unknown_record(snapshot.out);
     }
-    unknown_record(snapshot.out);
-    return true;
 }
 
 } // namespace
 
 int snapshot_make(const Session& session)
 {
-    Snapshot snapshot{.session = session, .out = {session.out}, .answers = {nullptr}, .own_id = {}};
+    Snapshot snapshot{.session = session, .out = {session.out}, .own_id = {}};
     QuietReading quiet;
     quietReading_begin(quiet, session);
     quiet.calls.answered = answer_hear;
     quiet.calls.listener = &snapshot;
     answer_get(snapshot.own_id, RD_DEVICE_WORD_29);
-    const bool good = snapshot_record(snapshot);
+    snapshot_record(snapshot);
     quietReading_end(quiet);
-    if (!good) {
-        return kExitOutput;
-    }
     return snapshot.device_opened ? 0 : exitStatus_of(snapshot.first_failure);
 }

@@ -4,7 +4,7 @@
 #include <csignal>
 #include <cstring>
 #include <ctime>
-#include <poll.h>
+#include <sys/select.h>
 
 #include "tools/maintctl/command.h"
 #include "tools/maintctl/exit_status.h"
@@ -53,13 +53,13 @@ bool interval_wait(double seconds)
     sigset_t before;
     sigemptyset(&only);
     sigaddset(&only, SIGINT);
-    sigprocmask(SIG_BLOCK, &only, &before); // it comes in while ppoll waits, or not at all
+    sigprocmask(SIG_BLOCK, &only, &before); // it comes in while pselect waits, or not at all
     if (interrupted == 0) {
         struct timespec time = {};
         time.tv_sec = static_cast<time_t>(seconds);
         time.tv_nsec =
             static_cast<long>((seconds - static_cast<double>(time.tv_sec)) * 1000000000.0);
-        ppoll(nullptr, 0, &time, &before);
+        pselect(0, nullptr, nullptr, nullptr, &time, &before);
     }
     sigprocmask(SIG_SETMASK, &before, nullptr);
     return interrupted == 0;
@@ -177,9 +177,10 @@ int subject_show(const Session& session, const Subject& subject)
 int text_round(const Session& session, const Subject& subject, unsigned number)
 {
     Round& now = rounds[number % 2];
-    FILE* const file = fmemopen(now.text, sizeof now.text, "w");
+    // The board's C library has no streams into memory.
+    FILE* const file = tmpfile();
     if (file == nullptr) {
-        fprintf(session.err, "maintctl: no memory\n");
+        fprintf(session.err, "maintctl: no temporary file\n");
         return kExitOutput;
     }
     Session inner = session;
@@ -188,6 +189,8 @@ int text_round(const Session& session, const Subject& subject, unsigned number)
         inner.err = file; // a failure belongs to the screen, too
     }
     const int status = subject_show(inner, subject);
+    rewind(file);
+    now.text[fread(now.text, 1, sizeof now.text - 1, file)] = '\0';
     fclose(file);
     screen_begin(session, subject, number == 0);
     round_show(session, now.text, rounds[(number + 1) % 2].text, number == 0);
