@@ -646,13 +646,13 @@ class CatalogueRuns : public CommandTest
         return testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count();
     }
 
-    // Each command by itself.
+    // Each command by itself; under an emulator some of them.
     template <class Check> void for_every_command(const Check& check_command)
     {
-        const char* only = getenv("MAINT_CATALOGUE_GROUP");
+        size_t number = 0;
         for (const CommandGroup* group : catalogue_get()) {
             for (const CommandDescription& command : group->commands) {
-                if (only != nullptr && strcmp(only, group->name) != 0) {
+                if (number++ % kRoundsPerRound != 0) {
                     continue;
                 }
                 SCOPED_TRACE(command.name);
@@ -708,9 +708,8 @@ TEST_F(CatalogueRuns, ReadFillOpenAndChangeWhatTheDescriptionSays)
     constexpr int kRoundsAtMost = 4000; // before something is said to be out of reach
     for_every_command([&](const CommandDescription& command) {
         Seen seen;
-        const int rounds = static_cast<int>(share_of(kRounds));
         for (int round = 0;
-             round < rounds || (round < kRoundsAtMost && !missing(command, seen).empty());
+             round < kRounds || (round < kRoundsAtMost && !missing(command, seen).empty());
              ++round) {
             check(command, round < 5, seen);
             EXPECT_EQ(seen.opened & ~(command.reads | command.changes), 0U);
