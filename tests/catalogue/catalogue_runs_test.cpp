@@ -575,10 +575,12 @@ class CatalogueRuns : public CommandTest
         }
         const size_t byte = open[below(static_cast<uint32_t>(open.size()))];
         Start other = start;
+        const auto held = static_cast<uint8_t>(start.record[byte]);
         const uint32_t choice = below(3);
-        other.record[byte] = static_cast<char>(choice == 0   ? below(3)
-                                               : choice == 1 ? below(256)
-                                                             : start.record[byte] ^ 1 << below(8));
+        const uint32_t value = choice == 0   ? below(3)
+                               : choice == 1 ? below(256)
+                                             : held ^ 1U << below(8);
+        other.record[byte] = static_cast<char>(value);
         if (other.record[byte] == start.record[byte]) {
             return;
         }
@@ -873,6 +875,7 @@ TEST_F(CatalogueRuns, AnswerEveryValueThatASweepAsksFor)
             }
         }
         std::vector<uint32_t> at;
+        at.reserve(swept.size());
         for (const Field* field : swept) {
             at.push_back(field->sweep.first);
         }

@@ -290,6 +290,7 @@ TEST(Catalogue, SweepsOnlyWhatAReportReadsAndAllOfIt)
             }
             ++sweeps;
             EXPECT_TRUE(field_in(command.in, i)) << field.name;
+            EXPECT_EQ((field.sweep.last - field.sweep.first) % field.sweep.step, 0) << field.name;
             const bool is_narrow = field.least != 0 || field.most < UINT8_MAX;
             if (!field.codes.empty()) {
                 EXPECT_EQ(field.sweep.first, field.codes.front().code) << field.name;
