@@ -575,10 +575,12 @@ class CatalogueRuns : public CommandTest
         }
         const size_t byte = open[below(static_cast<uint32_t>(open.size()))];
         Start other = start;
+        const auto held = static_cast<uint8_t>(start.record[byte]);
         const uint32_t choice = below(3);
-        other.record[byte] = static_cast<char>(choice == 0   ? below(3)
-                                               : choice == 1 ? below(256)
-                                                             : start.record[byte] ^ 1 << below(8));
+        const uint32_t value = choice == 0   ? below(3)
+                               : choice == 1 ? below(256)
+                                             : held ^ 1U << below(8);
+        other.record[byte] = static_cast<char>(value);
         if (other.record[byte] == start.record[byte]) {
             return;
         }
@@ -646,13 +648,13 @@ class CatalogueRuns : public CommandTest
         return testing::UnitTest::GetInstance()->current_test_info()->result()->total_part_count();
     }
 
-    // Each command by itself.
+    // Each command by itself; under an emulator some of them.
     template <class Check> void for_every_command(const Check& check_command)
     {
-        const char* only = getenv("MAINT_CATALOGUE_GROUP");
+        size_t number = 0;
         for (const CommandGroup* group : catalogue_get()) {
             for (const CommandDescription& command : group->commands) {
-                if (only != nullptr && strcmp(only, group->name) != 0) {
+                if (number++ % kRoundsPerRound != 0) {
                     continue;
                 }
                 SCOPED_TRACE(command.name);
@@ -708,9 +710,8 @@ TEST_F(CatalogueRuns, ReadFillOpenAndChangeWhatTheDescriptionSays)
     constexpr int kRoundsAtMost = 4000; // before something is said to be out of reach
     for_every_command([&](const CommandDescription& command) {
         Seen seen;
-        const int rounds = static_cast<int>(share_of(kRounds));
         for (int round = 0;
-             round < rounds || (round < kRoundsAtMost && !missing(command, seen).empty());
+             round < kRounds || (round < kRoundsAtMost && !missing(command, seen).empty());
              ++round) {
             check(command, round < 5, seen);
             EXPECT_EQ(seen.opened & ~(command.reads | command.changes), 0U);
@@ -874,6 +875,7 @@ TEST_F(CatalogueRuns, AnswerEveryValueThatASweepAsksFor)
             }
         }
         std::vector<uint32_t> at;
+        at.reserve(swept.size());
         for (const Field* field : swept) {
             at.push_back(field->sweep.first);
         }

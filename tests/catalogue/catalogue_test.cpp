@@ -279,14 +279,27 @@ TEST(Catalogue, WritesFieldsInAWayThatFitsThem)
 }
 
 // Setters share the fields of their reports, and nothing sweeps them.
-TEST(Catalogue, SweepsOnlyWhatAReportReads)
+TEST(Catalogue, SweepsOnlyWhatAReportReadsAndAllOfIt)
 {
     size_t sweeps = 0;
     for_every_command([&](const CommandDescription& command) {
         for (size_t i = 0; i < command.fields.size(); ++i) {
-            if (command.fields[i].sweep.step != 0 && strncmp(command.name, "RD_", 3) == 0) {
-                EXPECT_TRUE(field_in(command.in, i)) << command.fields[i].name;
-                ++sweeps;
+            const Field& field = command.fields[i];
+            if (field.sweep.step == 0 || strncmp(command.name, "RD_", 3) != 0) {
+                continue;
+            }
+            ++sweeps;
+            EXPECT_TRUE(field_in(command.in, i)) << field.name;
+            EXPECT_EQ((field.sweep.last - field.sweep.first) % field.sweep.step, 0) << field.name;
+            const bool is_narrow = field.least != 0 || field.most < UINT8_MAX;
+            if (!field.codes.empty()) {
+                EXPECT_EQ(field.sweep.first, field.codes.front().code) << field.name;
+                EXPECT_EQ(field.sweep.last, field.codes.back().code) << field.name;
+                EXPECT_EQ(field.sweep.step, 1) << field.name;
+            } else if (is_narrow) { // of others what is known
+                EXPECT_EQ(field.sweep.first, field.least) << field.name;
+                EXPECT_EQ(field.sweep.last, field.most) << field.name;
+                EXPECT_EQ(field.sweep.step, 1) << field.name;
             }
         }
     });
