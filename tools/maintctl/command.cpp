@@ -1,5 +1,7 @@
 #include "tools/maintctl/command.h"
 
+#include <cstring>
+
 #include "tools/maintctl/exit_status.h"
 #include "tools/maintctl/library_calls.h"
 #include "tools/maintctl/result.h"
@@ -34,14 +36,29 @@ void result_tell(FILE* err, const CommandDescription& command, int32_t result, c
             result_meaning(command, result));
 }
 
+void title_show(FILE* out, Words title)
+{
+    char text[kWrongMax];
+    Text line = text_in(text);
+    for (const char* word : title) {
+        text_addChar(line, ' ');
+        text_addTyped(line, word, strlen(word));
+    }
+    fprintf(out, "#%s\n", text);
+}
+
+// What is reported goes to `out`; a failure, and what a result above 0 means, to `err`.
 void text_show(const Session& session, const CommandDescription& command, int32_t result,
-               const uint8_t* record, const char* where)
+               const uint8_t* record, const char* where, Words title)
 {
     if (result != 0) {
         result_tell(session.err, command, result, where);
     }
     if (result < 0) {
         return;
+    }
+    if (!title.empty() && (result > 0 || command.out != 0)) {
+        title_show(session.out, title);
     }
     if (result > 0) {
         fprintf(session.out, "result=%d\n", result);
@@ -53,9 +70,22 @@ void text_show(const Session& session, const CommandDescription& command, int32_
     }
 }
 
+void dryRun_tell(const Session& session, const CommandDescription& command, unsigned held,
+                 const char* where)
+{
+    if (held != 0) {
+        fprintf(session.err, "maintctl: %s%s: dry run: %u %s held back\n", where, command.name,
+                held, held == 1 ? "call was" : "calls were");
+    } else if (!command_isReport(command)) {
+        fprintf(session.err, "maintctl: %s%s: dry run: nothing was to be changed\n", where,
+                command.name);
+    }
+}
+
 } // namespace
 
-int command_run(const Session& session, const Invocation& invocation, const char* where)
+int command_run(const Session& session, const Invocation& invocation, const char* where,
+                Words title)
 {
     const CommandDescription& command = *invocation.command;
     Invocation answer = invocation;
@@ -71,11 +101,10 @@ int command_run(const Session& session, const Invocation& invocation, const char
             result_tell(session.err, command, result, where);
         }
     } else {
-        text_show(session, command, result, answer.record, where);
+        text_show(session, command, result, answer.record, where, title);
     }
-    if (session.dry_run && command.changes != 0) {
-        fprintf(session.err, "maintctl: %s%s: dry run, %u held back\n", where, command.name,
-                libraryCalls_held() - held_before);
+    if (session.dry_run) {
+        dryRun_tell(session, command, libraryCalls_held() - held_before, where);
     }
     return exitStatus_of(result);
 }

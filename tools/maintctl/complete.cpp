@@ -145,7 +145,9 @@ int complete_show(const Session& session, Words words)
         verbs_complete(completion);
         commands_complete(completion);
     } else if (strcmp(first, "describe") == 0) {
-        commands_complete(completion);
+        if (behind == words.size()) {
+            commands_complete(completion);
+        }
     } else {
         char unused[kWrongMax];
         Text none = text_in(unused);

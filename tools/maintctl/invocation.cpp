@@ -68,15 +68,16 @@ bool assignment_split(const char* word, Assignment& assignment, Text& wrong)
 
 void fields_add(const CommandDescription& command, Text& text)
 {
-    const char* before = command.in != 0 ? "; its fields: " : "; it takes none";
+    if (command.in == 0) {
+        text_add(text, "; %s takes no fields", command.name);
+        return;
+    }
+    const char* before = "; its fields: ";
     for (size_t i = 0; i < command.fields.size(); ++i) {
         if (field_in(command.in, i)) {
             text_add(text, "%s%s", before, command.fields[i].name);
             before = ", ";
         }
-    }
-    if (command.in == 0) {
-        text_add(text, "%s", before);
     }
 }
 
@@ -85,7 +86,7 @@ const Field* field_named(const CommandDescription& command, const Assignment& as
                          Text& wrong)
 {
     const Field* read = nullptr;
-    const Field* other = nullptr;
+    bool known = false;
     const Field* second = nullptr;
     for (size_t i = 0; i < command.fields.size(); ++i) {
         const Field& field = command.fields[i];
@@ -94,7 +95,7 @@ const Field* field_named(const CommandDescription& command, const Assignment& as
             continue;
         }
         if (!field_in(command.in, i)) {
-            other = &field;
+            known = true;
         } else if (whole) {
             return &field;
         } else {
@@ -108,8 +109,9 @@ const Field* field_named(const CommandDescription& command, const Assignment& as
     if (read != nullptr) {
         text_addTyped(wrong, assignment.word, assignment.name_length);
         text_add(wrong, " can be %s or %s", second->name, read->name);
-    } else if (other != nullptr) {
-        text_add(wrong, "%s is not read by %s", other->name, command.name);
+    } else if (known) {
+        text_addTyped(wrong, assignment.word, assignment.name_length);
+        text_add(wrong, " is not read by %s", command.name);
         fields_add(command, wrong);
     } else {
         text_add(wrong, "%s has no field ", command.name);
@@ -142,16 +144,18 @@ bool given_add(Given& given, size_t offset, size_t length)
 bool field_assign(const char* word, Invocation& invocation, Given& given, Text& wrong)
 {
     const CommandDescription& command = *invocation.command;
+    const size_t before = wrong.length;
     Assignment assignment{};
+    text_add(wrong, "%s: ", command.name);
     if (!assignment_split(word, assignment, wrong)) {
         fields_add(command, wrong);
         return false;
     }
+    wrong.length = before;
     const Field* const field = field_named(command, assignment, wrong);
     if (field == nullptr) {
         return false;
     }
-    const size_t before = wrong.length;
     text_add(wrong, "%s: ", command.name);
     const bool one = assignment.element >= 0;
     if (one && field->count == 1) {
@@ -213,17 +217,17 @@ bool recordFile_read(const char* path, Invocation& invocation, Text& wrong)
 bool record_assign(const char* word, Invocation& invocation, Given& given, Text& wrong)
 {
     const CommandDescription& command = *invocation.command;
+    const size_t before = wrong.length;
+    text_add(wrong, "%s: ", command.name);
     if (strncasecmp(word, "record=", 7) != 0) {
         text_add(wrong, "with --hex only record=BYTES or record=@FILE is taken, not ");
         typed_add(wrong, word);
         return false;
     }
     if (command.record == 0) {
-        text_add(wrong, "%s has no record", command.name);
+        text_add(wrong, "it has no record");
         return false;
     }
-    const size_t before = wrong.length;
-    text_add(wrong, "%s: ", command.name);
     if (!given_add(given, 0, command.record)) {
         text_add(wrong, "record is given twice");
         return false;
@@ -271,7 +275,7 @@ bool options_fit(const CommandDescription& command, const Session& session, Text
         text_add(wrong, "%s changes %s, which --dry-run cannot hold back", command.name, file);
         return false;
     }
-    if (session.watch > 0 && strncmp(command.name, "WR_", 3) == 0) {
+    if (session.watch > 0 && !command_isReport(command)) {
         text_add(wrong, "--watch is for reports, and %s is none", command.name);
         return false;
     }
@@ -279,6 +283,11 @@ bool options_fit(const CommandDescription& command, const Session& session, Text
 }
 
 } // namespace
+
+bool command_isReport(const CommandDescription& command)
+{
+    return strncmp(command.name, "RD_", 3) == 0;
+}
 
 const char* field_lastPart(const Field& field)
 {

@@ -25,3 +25,6 @@ bool invocation_read(Words words, const Session& session, Invocation& invocation
 
 // The part of a field's name behind the last dot: "element" of "group1.element".
 const char* field_lastPart(const Field& field);
+
+// RD_ commands report, WR_ commands change something.
+bool command_isReport(const CommandDescription& command);

@@ -110,7 +110,7 @@ int words_run(const Session& session, Words words)
         return call_refuse(session, wrong);
     }
     return session.watch > 0 ? command_watch(session, invocation, words)
-                             : command_run(session, invocation, "");
+                             : command_run(session, invocation);
 }
 
 // Whether a variable of the environment is there and is not `except`.

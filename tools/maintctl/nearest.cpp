@@ -74,9 +74,10 @@ void nearest_offer(Nearest& nearest, const char* name)
 void nearest_add(const Nearest& nearest, Text& text)
 {
     const char* before = "; nearest: ";
-    for (const char* name : nearest.names) {
-        if (name != nullptr) {
-            text_add(text, "%s%s", before, name);
+    for (unsigned i = 0; i < kNearestMax; ++i) {
+        // One that is much farther than the first is not what was meant.
+        if (nearest.names[i] != nullptr && nearest.distances[i] <= nearest.distances[0] + 2) {
+            text_add(text, "%s%s", before, nearest.names[i]);
             before = ", ";
         }
     }

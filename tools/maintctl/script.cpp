@@ -94,18 +94,6 @@ bool line_read(const Session& session, const ScriptLine& line, Invocation& invoc
     return invocation_read(Words{line.words, line.words_count}, session, invocation, wrong);
 }
 
-// What a report belongs to: a comment, as scripts have them.
-void words_show(FILE* out, const ScriptLine& line)
-{
-    char text[kWrongMax];
-    Text words = text_in(text);
-    for (size_t i = 0; i < line.words_count; ++i) {
-        text_addChar(words, ' ');
-        text_addTyped(words, line.words[i], strlen(line.words[i]));
-    }
-    fprintf(out, "#%s\n", text);
-}
-
 // Goes through all lines: checks them, or runs them. Returns the status of the first that fails.
 int lines_pass(const Session& session, const char* name, size_t length, bool runs)
 {
@@ -128,10 +116,8 @@ int lines_pass(const Session& session, const char* name, size_t length, bool run
             return call_refuse(session, wrong);
         }
         if (runs && line.words_count != 0) {
-            if (!session.json && invocation.command->out != 0) {
-                words_show(session.out, line);
-            }
-            const int status = output_end(session, command_run(session, invocation, where));
+            const Words words{line.words, line.words_count};
+            const int status = output_end(session, command_run(session, invocation, where, words));
             if (status != 0) {
                 return status;
             }

@@ -170,7 +170,7 @@ void screen_begin(const Session& session, const Subject& subject, bool first)
 int subject_show(const Session& session, const Subject& subject)
 {
     return subject.show != nullptr ? subject.show(session)
-                                   : command_run(session, *subject.invocation, "");
+                                   : command_run(session, *subject.invocation);
 }
 
 // One round as text, marked against the one before.
@@ -188,11 +188,12 @@ int text_round(const Session& session, const Subject& subject, unsigned number)
     if (session.terminal) {
         inner.err = file; // a failure belongs to the screen, too
     }
+    screen_begin(session, subject, number == 0);
+    fflush(session.out); // before what goes to `err`
     const int status = subject_show(inner, subject);
     rewind(file);
     now.text[fread(now.text, 1, sizeof now.text - 1, file)] = '\0';
     fclose(file);
-    screen_begin(session, subject, number == 0);
     round_show(session, now.text, rounds[(number + 1) % 2].text, number == 0);
     return status;
 }
