@@ -32,7 +32,7 @@ constexpr Field kSelect[] = {
     flag(FIELD(Reg168Select, value)),
 };
 
-constexpr const char* kValidNote = "0: a, 1: b; none: both";
+constexpr const char* kValidNote = "bits 0, 1 select a, b; 0: both";
 
 constexpr Field k15ARead[] = {
     bits(FIELD(Reg15AFields, valid), 2),
