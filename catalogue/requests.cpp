@@ -236,13 +236,13 @@ constexpr RequestDescription kRequests[] = {
     clock_request(0x40047014, writing(kClock, "clock status write", 4, "status:4")),
     clock_request(0x4024700A,
                   writing(kClock, "clock time write", 36,
-                          "second:4d minute:4d hour:4d day:4d month:4d year:4d weekday:4d "
-                          "day_of_year:4d daylight_saving:4d")),
+                          "second:4i minute:4i hour:4i day:4i month:4i year:4i weekday:4i "
+                          "day_of_year:4i daylight_saving:4i")),
     clock_request(0x80047013, reading(kClock, "clock status read", 4, "status<4")),
     clock_request(0x80247009,
                   reading(kClock, "clock time read", 36,
-                          "second<4d minute<4d hour<4d day<4d month<4d year<4d weekday<4d "
-                          "day_of_year<4d daylight_saving<4d")),
+                          "second<4i minute<4i hour<4i day<4i month<4i year<4i weekday<4i "
+                          "day_of_year<4i daylight_saving<4i")),
 };
 
 constexpr bool below(const RequestDescription& request, uint32_t number)

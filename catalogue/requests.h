@@ -31,6 +31,7 @@ struct RequestField {
     unsigned count; // several of one byte are bytes that belong together, others are numbers
     bool filled;    // by the driver
     bool decimal;   // people write it so: an index, a time
+    bool negative;  // likewise, and it may be below 0
 };
 
 // All requests, by number.
@@ -43,7 +44,8 @@ const char* request_device(const RequestDescription& request); // "/dev/fpga", "
 //     for (const char* rest = layout; (rest = requestField_next(rest, field)) != nullptr;)
 //
 // A layout names the fields in order, with blanks between: "index:4d value<4 -:1*8". Behind the name
-// stands ':', or '<' for what the driver fills; the width; 'd' where it is decimal; "*8": eight such.
+// stands ':', or '<' for what the driver fills; the width; 'd' where it is decimal, 'i' where it may
+// be below 0 as well; "*8": eight such.
 constexpr const char* requestField_next(const char* layout, RequestField& field);
 
 // -------------------------------------------------------------------------------------------------
@@ -70,7 +72,8 @@ constexpr const char* requestField_next(const char* layout, RequestField& field)
     field.name = {layout, static_cast<size_t>(end - layout)};
     field.filled = *end++ == '<';
     field.width = requestField_number(end);
-    field.decimal = *end == 'd';
+    field.negative = *end == 'i';
+    field.decimal = field.negative || *end == 'd';
     end += field.decimal ? 1 : 0;
     field.count = 1;
     if (*end == '*') {

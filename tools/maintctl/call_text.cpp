@@ -71,8 +71,10 @@ void number_add(CallText& text, const RequestField& field, const uint8_t* bytes)
     } else {
         number = *bytes;
     }
-    if (field.decimal) {
+    if (field.negative) {
         callText_add(text, "%d", static_cast<int32_t>(number));
+    } else if (field.decimal) {
+        callText_add(text, "%u", number);
     } else {
         callText_add(text, field.width == 1 ? "0x%02x" : "0x%04x", number);
     }
@@ -174,18 +176,19 @@ void callText_whence(CallText& text, int whence)
 }
 
 void callText_request(CallText& text, uint32_t number, const RequestDescription* request,
-                      unsigned long argument)
+                      const void* argument)
 {
+    const auto value = reinterpret_cast<unsigned long>(argument);
     callText_add(text, "0x%04X", number);
     if (request == nullptr) {
-        callText_add(text, ", 0x%08lx", argument);
+        callText_add(text, ", 0x%08lx", value);
         return;
     }
     callText_add(text, " %s", request->name);
     if (request->argument == RequestArgument::kValue) {
-        callText_add(text, ", 0x%0*lx", request->size == 1 ? 2 : 4, argument);
+        callText_add(text, ", 0x%0*lx", request->size == 1 ? 2 : 4, value);
     } else if (request->argument == RequestArgument::kRecord) {
-        fields_add(text, *request, reinterpret_cast<const uint8_t*>(argument), false, ", ");
+        fields_add(text, *request, static_cast<const uint8_t*>(argument), false, ", ");
     }
 }
 

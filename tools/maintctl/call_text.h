@@ -27,7 +27,7 @@ void callText_lock(CallText& text, int operation);
 void callText_whence(CallText& text, int whence);
 // "0x6B42 register read, address=0x0012"; without a description "0x6BFF, 0x00001234".
 void callText_request(CallText& text, uint32_t number, const RequestDescription* request,
-                      unsigned long argument);
+                      const void* argument);
 // What the driver has filled: ", value=0x0a00".
 void callText_answer(CallText& text, const RequestDescription& request, const uint8_t* record);
 void callText_error(CallText& text, int error); // " ENOENT"

@@ -275,27 +275,22 @@ int line_print(const char* text)
 
 struct Request {
     uint32_t number;
-    unsigned long argument;
+    const uint8_t* argument;               // the record, or a value
     const RequestDescription* description; // null: not known
     size_t size;                           // of the record; 0: there is none
     uint8_t before[kRecordSize];           // as the driver gets it
 };
 
-const uint8_t* request_record(const Request& request)
-{
-    return reinterpret_cast<const uint8_t*>(request.argument);
-}
-
-void request_begin(Request& request, uint32_t number, unsigned long argument)
+void request_begin(Request& request, uint32_t number, const void* argument)
 {
     request.number = number;
-    request.argument = argument;
+    request.argument = static_cast<const uint8_t*>(argument);
     request.description = request_find(number);
     const bool record =
         request.description != nullptr && request.description->argument == RequestArgument::kRecord;
     request.size = record ? std::min<size_t>(request.description->size, kRecordSize) : 0;
     if (record) {
-        memcpy(request.before, request_record(request), request.size);
+        memcpy(request.before, request.argument, request.size);
     }
 }
 
@@ -311,12 +306,13 @@ void request_tell(const Request& request, const OpenFile* device, int result, in
         return;
     }
     const bool record = request.size != 0;
+    const auto value = static_cast<uint32_t>(reinterpret_cast<unsigned long>(request.argument));
     const AnsweredRequest answer{device->path,
                                  request.number,
                                  record ? request.before : nullptr,
-                                 record ? request_record(request) : nullptr,
+                                 record ? request.argument : nullptr,
                                  request.size,
-                                 record ? 0 : static_cast<uint32_t>(request.argument),
+                                 record ? 0 : value,
                                  result,
                                  result < 0 ? error : 0};
     state.settings->answered(state.settings->listener, answer);
@@ -373,7 +369,7 @@ int watched_ioctl(int descriptor, unsigned long number, ...)
 {
     va_list values;
     va_start(values, number);
-    const unsigned long argument = va_arg(values, unsigned long);
+    void* argument = va_arg(values, void*);
     va_end(values);
     Request request;
     request_begin(request, static_cast<uint32_t>(number), argument);
@@ -387,7 +383,7 @@ int watched_ioctl(int descriptor, unsigned long number, ...)
     request_tell(request, file_find(descriptor), result, call.error);
     call_result(call, result, result < 0);
     if (result >= 0 && request.size != 0) {
-        callText_answer(call.text, *request.description, request_record(request));
+        callText_answer(call.text, *request.description, request.argument);
     }
     call_end(call);
     return result;
