@@ -326,6 +326,11 @@ void libraryCalls_set(const LibraryCalls* calls)
     state.held = 0;
 }
 
+const LibraryCalls* libraryCalls_get()
+{
+    return state.settings;
+}
+
 unsigned libraryCalls_held()
 {
     return state.held;

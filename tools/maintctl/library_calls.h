@@ -67,6 +67,7 @@ struct LibraryCalls {
 // How the calls are treated from now on; null: as the library makes them, printing on the standard
 // output. The structure is the caller's and stays where it is.
 void libraryCalls_set(const LibraryCalls* calls);
+const LibraryCalls* libraryCalls_get();
 
 // How many requests and writes a dry run has held back since libraryCalls_set.
 unsigned libraryCalls_held();
