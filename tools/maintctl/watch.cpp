@@ -177,6 +177,7 @@ int subject_show(const Session& session, const Subject& subject)
 int text_round(const Session& session, const Subject& subject, unsigned number)
 {
     Round& now = rounds[number % 2];
+    now.text[0] = '\0'; // what is opened and not written to keeps what it has
     FILE* const file = fmemopen(now.text, sizeof now.text, "w");
     if (file == nullptr) {
         fprintf(session.err, "maintctl: no memory\n");
