@@ -162,15 +162,15 @@ void screen_begin(const Session& session, const Subject& subject, bool first)
         fputs(first ? "\x1b[H\x1b[2J" : "\x1b[H", session.out);
     }
     if (!session.terminal ||
-        subject.show == nullptr) { // a verb fills the screen, with its own time
+        subject.invocation != nullptr) { // a verb fills the screen, with its own time
         title_show(session.out, subject.words);
     }
 }
 
 int subject_show(const Session& session, const Subject& subject)
 {
-    return subject.show != nullptr ? subject.show(session)
-                                   : command_run(session, *subject.invocation);
+    return subject.invocation != nullptr ? command_run(session, *subject.invocation)
+                                         : subject.show(session);
 }
 
 // One round as text, marked against the one before.
@@ -216,7 +216,7 @@ void changes_json(Json& json, const CommandDescription& command, const uint8_t* 
 
 int json_round(const Session& session, const Subject& subject, unsigned number)
 {
-    if (subject.show != nullptr) {
+    if (subject.invocation == nullptr) {
         return subject.show(session);
     }
     static uint8_t before[DEVICE_RECORD_MAX];
