@@ -26,7 +26,7 @@ struct Snapshot {
     const Session& session;
     Json out;
     bool answering = false;     // a command runs, and its line waits for the answers
-    bool device_opened = false; // at least once
+    bool device_opened = false; // /dev/fpga, at least once
     int32_t first_failure = 0;
     Answer own_id;
 };
@@ -64,7 +64,9 @@ void answer_put(Json& json, const AnsweredRequest& answer)
 void answer_hear(void* listener, const AnsweredRequest& answer)
 {
     auto& snapshot = *static_cast<Snapshot*>(listener);
-    snapshot.device_opened = true;
+    if (strcmp(answer.device, place_name(Place::kFpga)) == 0) {
+        snapshot.device_opened = true;
+    }
     if (snapshot.answering) {
         answer_put(snapshot.out, answer);
     }
