@@ -147,7 +147,7 @@ uint32_t widest(const Field& field)
 bool is_narrowed(const Field& field)
 {
     return is_number(field) &&
-           (field.least != 0 || field.most != widest(field) || !field.codes.empty());
+           (field.least != 0 || field.most != widest(field) || !field.codes().empty());
 }
 
 // All values of a narrow range, some of a wide one.
@@ -156,7 +156,7 @@ constexpr uint32_t kNarrow = 256;
 std::vector<uint32_t> values_of(const Field& field)
 {
     std::vector<uint32_t> values;
-    for (const CodeName& code : field.codes) {
+    for (const CodeName& code : field.codes()) {
         values.push_back(code.code);
     }
     if (!values.empty()) {
@@ -230,8 +230,8 @@ class CatalogueRuns : public CommandTest
 
     uint32_t value_draw(const Field& field)
     {
-        if (!field.codes.empty()) {
-            return field.codes[below(static_cast<uint32_t>(field.codes.size()))].code;
+        if (!field.codes().empty()) {
+            return field.codes()[below(static_cast<uint32_t>(field.codes().size()))].code;
         }
         if (field.role == Role::kIndex && below(2) == 0) {
             return within(field.sweep.first, field.sweep.last);
@@ -735,7 +735,7 @@ void CatalogueRuns::range_check(const CommandDescription& command, const Field& 
 {
     const std::vector<uint32_t> values = values_of(field);
     std::vector<uint32_t> beside;
-    if (!field.codes.empty()) {
+    if (!field.codes().empty()) {
         for (uint32_t value = 0; value <= 2 * values.back() && value < kNarrow; ++value) {
             if (std::find(values.begin(), values.end(), value) == values.end()) {
                 beside.push_back(value);

@@ -256,7 +256,7 @@ TEST(Catalogue, WritesFieldsInAWayThatFitsThem)
     for_every_command([](const CommandDescription& command) {
         for (const Field& field : command.fields) {
             SCOPED_TRACE(field.name);
-            EXPECT_EQ(field.kind == Kind::kCode, !field.codes.empty());
+            EXPECT_EQ(field.kind == Kind::kCode, !field.codes().empty());
             EXPECT_EQ(field.role == Role::kIndex, field.sweep.step != 0);
             EXPECT_TRUE(field.kind != Kind::kIpv4 || field.width == 4);
             EXPECT_TRUE(field.kind != Kind::kAddress6 || field.width == 6);
@@ -264,7 +264,7 @@ TEST(Catalogue, WritesFieldsInAWayThatFitsThem)
             EXPECT_EQ(is_joined(field.kind), field.most == 0);
             std::set<std::string> names;
             std::set<uint32_t> codes;
-            for (const CodeName& code : field.codes) {
+            for (const CodeName& code : field.codes()) {
                 names.insert(code.name);
                 codes.insert(code.code);
                 EXPECT_LE(code.code, field.most);
@@ -272,8 +272,8 @@ TEST(Catalogue, WritesFieldsInAWayThatFitsThem)
                 EXPECT_TRUE(isdigit(code.name[0]) == 0 || code.name == std::to_string(code.code))
                     << code.name << " would be taken for a number";
             }
-            EXPECT_EQ(names.size(), field.codes.size());
-            EXPECT_EQ(codes.size(), field.codes.size());
+            EXPECT_EQ(names.size(), field.codes().size());
+            EXPECT_EQ(codes.size(), field.codes().size());
         }
     });
 }
@@ -292,9 +292,9 @@ TEST(Catalogue, SweepsOnlyWhatAReportReadsAndAllOfIt)
             EXPECT_TRUE(field_in(command.in, i)) << field.name;
             EXPECT_EQ((field.sweep.last - field.sweep.first) % field.sweep.step, 0) << field.name;
             const bool is_narrow = field.least != 0 || field.most < UINT8_MAX;
-            if (!field.codes.empty()) {
-                EXPECT_EQ(field.sweep.first, field.codes.front().code) << field.name;
-                EXPECT_EQ(field.sweep.last, field.codes.back().code) << field.name;
+            if (!field.codes().empty()) {
+                EXPECT_EQ(field.sweep.first, field.codes().front().code) << field.name;
+                EXPECT_EQ(field.sweep.last, field.codes().back().code) << field.name;
                 EXPECT_EQ(field.sweep.step, 1) << field.name;
             } else if (is_narrow) { // of others what is known
                 EXPECT_EQ(field.sweep.first, field.least) << field.name;
@@ -357,8 +357,8 @@ TEST(Catalogue, HasTextsThatCanBeShown)
                 expect_shown(field.note, 120, false);
                 count(field.note);
             }
-            if (field.unit[0] != '\0') {
-                expect_shown(field.unit, 8, false);
+            if (unit_name(field.unit)[0] != '\0') {
+                expect_shown(unit_name(field.unit), 8, false);
             }
         }
     });

@@ -24,12 +24,12 @@ Field field_make(Kind kind, uint16_t width, uint8_t count, uint32_t least, uint3
     field.width = width;
     field.count = count;
     field.kind = kind;
-    field.unit = "";
+    unit_name(field.unit) = "";
     field.note = "";
     field.least = least;
     field.most = most;
     if (kind == Kind::kCode) {
-        field.codes = kCodes;
+        field.codes() = kCodes;
     }
     return field;
 }
@@ -56,7 +56,7 @@ Field driver_sized(Field field)
 
 Field with_unit(Field field, const char* unit)
 {
-    field.unit = unit;
+    unit_name(field.unit) = unit;
     return field;
 }
 
@@ -179,7 +179,7 @@ TEST(ValueRead, Codes)
     }
     EXPECT_EQ(read(kCodeByte, ""), "is empty");
     Field field = kCodeByte;
-    field.codes = kNumbersAsNames; // a name goes before a number
+    field.codes() = kNumbersAsNames; // a name goes before a number
     EXPECT_EQ(read(field, "2"), "00");
     EXPECT_EQ(read(field, "4"), "02");
     EXPECT_EQ(read(field, "0x2"), "02");
@@ -319,7 +319,7 @@ bool in_range(const Field& field, const uint8_t* record)
             break;
         case Kind::kCode:
             memcpy(&number, bytes, field.width);
-            if (std::none_of(field.codes.begin(), field.codes.end(),
+            if (std::none_of(field.codes().begin(), field.codes().end(),
                              [&](const CodeName& code) { return code.code == number; })) {
                 return false;
             }
@@ -344,8 +344,8 @@ void field_fill(const Field& field, uint8_t* record, std::mt19937& random)
         }
         uint32_t number = 0;
         memcpy(&number, bytes, field.width);
-        if (!field.codes.empty()) {
-            number = field.codes[number % field.codes.size()].code;
+        if (!field.codes().empty()) {
+            number = field.codes()[number % field.codes().size()].code;
             memcpy(bytes, &number, field.width);
         } else if (field.most != 0) {
             number = static_cast<uint32_t>(field.least +
