@@ -131,6 +131,8 @@ TEST_F(LibraryCallsLines, OfTheLongestRecord)
     const int descriptor = watched_open("/dev/fpga", O_RDWR);
     EXPECT_EQ(line([&] { watched_ioctl(descriptor, 0x6B6BUL, record.data()); }),
               "ioctl(/dev/fpga, 0x6B6B rule write, index=65535 " + rule + ") = 0");
+    watched({.dry_run = true}, [&] { return watched_ioctl(descriptor, 0x6B6BUL, record.data()); });
+    EXPECT_EQ(console, "not sent: ioctl(/dev/fpga, 0x6B6B rule write, index=65535 " + rule + ")\n");
     watched_close(descriptor);
 }
 
