@@ -50,6 +50,7 @@ TEST_F(Run, AReportIsALineForEachField)
     EXPECT_EQ(said.out, kTime);
     EXPECT_EQ(said.err, "");
     EXPECT_EQ(said.status, 0);
+    EXPECT_EQ(libraryCalls_get(), nullptr); // `out` and `err` may be closed now
     said = maintctl("-x rd_rtc_time");
     EXPECT_EQ(said.out, "record=d60703000100090005000700"
                         "0300\n");
