@@ -50,6 +50,7 @@ TEST_F(Run, AReportIsALineForEachField)
     EXPECT_EQ(said.out, kTime);
     EXPECT_EQ(said.err, "");
     EXPECT_EQ(said.status, 0);
+    EXPECT_EQ(libraryCalls_get(), nullptr); // `out` and `err` may be closed now
     said = maintctl("-x rd_rtc_time");
     EXPECT_EQ(said.out, "record=d60703000100090005000700"
                         "0300\n");
@@ -110,6 +111,7 @@ TEST_F(Run, AResultAboveZeroStandsFirst)
     EXPECT_EQ(said.err,
               "maintctl: WR_LED_A: 1: recorded in the LED state file only, for WR_LED_RESTORE\n");
     EXPECT_EQ(said.status, 0);
+    EXPECT_EQ(script("", "WR_LED_A ledA=on\n").out, "# WR_LED_A ledA=on\nresult=1\n");
     said = maintctl("-j WR_LED_A ledA=on");
     EXPECT_EQ(json_parse(lines_of(said.out).at(0))["result"].number, 1);
     EXPECT_EQ(said.err, "");

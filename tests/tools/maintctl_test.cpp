@@ -456,6 +456,31 @@ TEST(Describe, SaysOfEveryCommandWhatStaysSetAndHasAnExampleThatIsTaken)
     EXPECT_EQ(examples, 189U);
 }
 
+// As no command has them yet: two fields with one last part.
+TEST(Invocation, TakesALastPartThatIsTheOnlyOne)
+{
+    Field fields[4] = {};
+    fields[0].name = "group1.element";
+    fields[1].name = "group2.element";
+    fields[2].name = "group3.mask";
+    fields[3].name = "group4.mask";
+    CommandDescription command;
+    command.name = "WR_BOTH";
+    command.fields = fields;
+    command.in = 0x7;
+    char wrong[kWrongMax];
+    Text why = text_in(wrong);
+    EXPECT_EQ(field_named(command, "GROUP2.element", 14, why), &fields[1]);
+    EXPECT_EQ(field_named(command, "mask", 4, why), &fields[2]);
+    EXPECT_STREQ(wrong, "");
+    EXPECT_EQ(field_named(command, "element", 7, why), nullptr);
+    EXPECT_STREQ(wrong, "element can be group1.element or group2.element");
+    text_cut(why, 0);
+    EXPECT_EQ(field_named(command, "group4.mask", 11, why), nullptr);
+    EXPECT_STREQ(wrong, "group4.mask is not read by WR_BOTH; its fields: group1.element, "
+                        "group2.element, group3.mask");
+}
+
 TEST(Invocation, FillsTheRecord)
 {
     const auto record = [](const std::string& line, bool hex, size_t size) {
@@ -467,9 +492,11 @@ TEST(Invocation, FillsTheRecord)
         Session session{.out = stdout, .err = stderr};
         session.hex = hex;
         Invocation invocation;
+        memset(invocation.record, 0xAA, sizeof invocation.record);
         char wrong[kWrongMax];
         Text why = text_in(wrong);
         EXPECT_TRUE(invocation_read(pointers, session, invocation, why)) << wrong;
+        EXPECT_STREQ(wrong, "");
         std::string pairs;
         for (size_t i = 0; i < sizeof invocation.record; ++i) {
             char pair[3];
@@ -555,6 +582,26 @@ TEST(Output, ThatCannotBeWrittenIsTold)
         EXPECT_STREQ(said, "maintctl: the output cannot be written: No space left on device\n")
             << verb;
     }
+}
+
+// A disk that is full for a moment: what was lost then stays lost.
+TEST(Output, OfWhichAPartIsLostIsTold)
+{
+    unsigned writes = 0;
+    const auto write = [](void* count, const char*, size_t size) -> ssize_t {
+        return ++*static_cast<unsigned*>(count) == 1 ? 0 : static_cast<ssize_t>(size);
+    };
+    char said[200] = "";
+    FILE* out = fopencookie(&writes, "w", {nullptr, write, nullptr, nullptr});
+    setvbuf(out, nullptr, _IOFBF, 1024);
+    FILE* err = fmemopen(said, sizeof said, "w");
+    std::string words[] = {"maintctl", "list"};
+    char* argv[] = {words[0].data(), words[1].data()};
+    EXPECT_EQ(maintctl_run(2, argv, out, err), 74);
+    fclose(err);
+    fclose(out);
+    EXPECT_GT(writes, 1U);
+    EXPECT_EQ(std::string(said).substr(0, 41), "maintctl: the output cannot be written\n");
 }
 
 TEST(ExitStatus, IsThatOfTheResult)

@@ -30,10 +30,9 @@ void typed_add(Text& text, const char* word)
     text_addTyped(text, word, strlen(word));
 }
 
-bool name_is(const Assignment& assignment, const char* name)
+bool name_is(const char* name, const char* typed, size_t length)
 {
-    return strlen(name) == assignment.name_length &&
-           strncasecmp(assignment.word, name, assignment.name_length) == 0;
+    return strlen(name) == length && strncasecmp(typed, name, length) == 0;
 }
 
 // "NAME=VALUE" or "NAME[ELEMENT]=VALUE".
@@ -81,49 +80,6 @@ void fields_add(const CommandDescription& command, Text& text)
     }
 }
 
-// The field that is meant; null: `wrong` says why there is none.
-const Field* field_named(const CommandDescription& command, const Assignment& assignment,
-                         Text& wrong)
-{
-    const Field* read = nullptr;
-    bool known = false;
-    const Field* second = nullptr;
-    for (size_t i = 0; i < command.fields.size(); ++i) {
-        const Field& field = command.fields[i];
-        const bool whole = name_is(assignment, field.name);
-        if (!whole && !name_is(assignment, field_lastPart(field))) {
-            continue;
-        }
-        if (!field_in(command.in, i)) {
-            known = true;
-        } else if (whole) {
-            return &field;
-        } else {
-            second = read;
-            read = &field;
-        }
-    }
-    if (read != nullptr && second == nullptr) {
-        return read;
-    }
-    if (read != nullptr) {
-        text_addTyped(wrong, assignment.word, assignment.name_length);
-        text_add(wrong, " can be %s or %s", second->name, read->name);
-    } else if (known) {
-        text_addTyped(wrong, assignment.word, assignment.name_length);
-        text_add(wrong, " is not read by %s", command.name);
-        fields_add(command, wrong);
-    } else {
-        text_add(wrong, "%s has no field ", command.name);
-        text_addTyped(wrong, assignment.word, assignment.name_length);
-        if (strncmp(assignment.word, "record=", 7) == 0) {
-            text_add(wrong, " (record= needs --hex)");
-        }
-        fields_add(command, wrong);
-    }
-    return nullptr;
-}
-
 // Which bytes of the record have been given.
 struct Given {
     bool bytes[DEVICE_RECORD_MAX] = {};
@@ -151,8 +107,8 @@ bool field_assign(const char* word, Invocation& invocation, Given& given, Text& 
         fields_add(command, wrong);
         return false;
     }
-    wrong.length = before;
-    const Field* const field = field_named(command, assignment, wrong);
+    text_cut(wrong, before);
+    const Field* const field = field_named(command, assignment.word, assignment.name_length, wrong);
     if (field == nullptr) {
         return false;
     }
@@ -181,7 +137,7 @@ bool field_assign(const char* word, Invocation& invocation, Given& given, Text& 
         text_add(wrong, " %s", reason);
         return false;
     }
-    wrong.length = before;
+    text_cut(wrong, before);
     return true;
 }
 
@@ -237,7 +193,7 @@ bool record_assign(const char* word, Invocation& invocation, Given& given, Text&
         if (!recordFile_read(value + 1, invocation, wrong)) {
             return false;
         }
-        wrong.length = before;
+        text_cut(wrong, before);
         return true;
     }
     Field all{};
@@ -251,7 +207,7 @@ bool record_assign(const char* word, Invocation& invocation, Given& given, Text&
         text_add(wrong, " %s", reason);
         return false;
     }
-    wrong.length = before;
+    text_cut(wrong, before);
     return true;
 }
 
@@ -326,6 +282,48 @@ const CommandDescription* command_named(const char* word, Text& wrong)
         nearest_add(nearest, wrong);
     } else {
         text_add(wrong, "; maintctl list shows all");
+    }
+    return nullptr;
+}
+
+const Field* field_named(const CommandDescription& command, const char* typed, size_t length,
+                         Text& wrong)
+{
+    const Field* read = nullptr;
+    const Field* second = nullptr;
+    bool known = false;
+    for (size_t i = 0; i < command.fields.size(); ++i) {
+        const Field& field = command.fields[i];
+        const bool whole = name_is(field.name, typed, length);
+        if (!whole && !name_is(field_lastPart(field), typed, length)) {
+            continue;
+        }
+        if (!field_in(command.in, i)) {
+            known = true;
+        } else if (whole) {
+            return &field;
+        } else {
+            second = read;
+            read = &field;
+        }
+    }
+    if (read != nullptr && second == nullptr) {
+        return read;
+    }
+    if (read != nullptr) {
+        text_addTyped(wrong, typed, length);
+        text_add(wrong, " can be %s or %s", second->name, read->name);
+    } else if (known) {
+        text_addTyped(wrong, typed, length);
+        text_add(wrong, " is not read by %s", command.name);
+        fields_add(command, wrong);
+    } else {
+        text_add(wrong, "%s has no field ", command.name);
+        text_addTyped(wrong, typed, length);
+        if (name_is("record", typed, length)) {
+            text_add(wrong, " (record= needs --hex)");
+        }
+        fields_add(command, wrong);
     }
     return nullptr;
 }

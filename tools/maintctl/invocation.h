@@ -20,6 +20,11 @@ struct Invocation {
 // A command by its name or number; null: `wrong` says what would be right.
 const CommandDescription* command_named(const char* word, Text& wrong);
 
+// The field that is meant among those that the command reads: by its whole name or, where only one
+// fits, by its last part. Null: `wrong` says why there is none.
+const Field* field_named(const CommandDescription& command, const char* typed, size_t length,
+                         Text& wrong);
+
 // False: `wrong` says what is wrong. Nothing of a device has been opened.
 bool invocation_read(Words words, const Session& session, Invocation& invocation, Text& wrong);
 

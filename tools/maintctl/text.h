@@ -17,6 +17,13 @@ template <size_t kSize> Text text_in(char (&buffer)[kSize])
     return {.text = buffer, .size = kSize};
 }
 
+// Takes away what stands behind the first `length` characters.
+inline void text_cut(Text& text, size_t length)
+{
+    text.length = length;
+    text.text[length] = '\0';
+}
+
 void text_addChar(Text& text, char character);
 
 [[gnu::format(printf, 2, 3)]] void text_add(Text& text, const char* format, ...);

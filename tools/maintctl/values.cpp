@@ -362,7 +362,7 @@ const char* value_read(const Field& field, int element, const char* text, uint8_
         if (!element_read(field, part, bytes + i * field.width, why)) {
             return reason;
         }
-        why.length = 0;
+        text_cut(why, 0);
     }
     memcpy(record + field.offset, bytes, size_t{field.width} * field.count);
     return nullptr;
