@@ -28,67 +28,83 @@ consteval bool layout_fills(const char* layout, size_t size)
     return field.offset + size_t{field.width} * field.count == size;
 }
 
-consteval bool layout_isFilled(const char* layout)
+// Whether the part begins and ends where fields do.
+consteval bool layout_hasPart(const char* layout, size_t from, size_t count)
 {
     RequestField field{};
-    bool filled = false;
+    bool begins = count == 0;
+    bool ends = count == 0;
     for (const char* rest = layout; (rest = requestField_next(rest, field)) != nullptr;) {
-        filled = filled || field.filled;
+        begins = begins || field.offset == from;
+        ends = ends || field.offset + size_t{field.width} * field.count == from + count;
     }
-    return filled;
+    return begins && ends;
 }
 
 consteval RequestDescription described(RequestNumber request, const char* name, size_t size,
-                                       const char* layout, bool reads, bool changes)
+                                       const char* layout, RequestVerb verb, bool changes,
+                                       size_t fills = 0, size_t fills_count = 0)
 {
-    if (!layout_fills(layout, size) || layout_isFilled(layout) != reads) {
+    if (!layout_fills(layout, size) || !layout_hasPart(layout, fills, fills_count) ||
+        fills > UINT8_MAX || fills_count > UINT8_MAX) {
         description_isWrong();
     }
     return {kRequestBase + static_cast<unsigned>(request),
             name,
             layout,
             static_cast<uint16_t>(size),
+            static_cast<uint8_t>(fills),
+            static_cast<uint8_t>(fills_count),
             RequestArgument::kRecord,
+            verb,
             changes};
 }
 
+// The driver fills a part of the record.
 consteval RequestDescription reading(RequestNumber request, const char* name, size_t size,
-                                     const char* layout)
+                                     const char* layout, size_t fills, size_t fills_count)
 {
-    return described(request, name, size, layout, true, false);
+    return described(request, name, size, layout, RequestVerb::kRead, false, fills, fills_count);
 }
 
 // Reading it restarts what is read.
 consteval RequestDescription restarting(RequestNumber request, const char* name, size_t size,
-                                        const char* layout)
+                                        const char* layout, size_t fills, size_t fills_count)
 {
-    return described(request, name, size, layout, true, true);
+    return described(request, name, size, layout, RequestVerb::kRead, true, fills, fills_count);
 }
 
 consteval RequestDescription writing(RequestNumber request, const char* name, size_t size,
-                                     const char* layout)
+                                     const char* layout, RequestVerb verb = RequestVerb::kWrite)
 {
-    return described(request, name, size, layout, false, true);
+    return described(request, name, size, layout, verb, true);
 }
 
-consteval RequestDescription sending(RequestNumber request, const char* name, size_t size = 2)
+consteval RequestDescription sending(RequestNumber request, const char* name, size_t size = 2,
+                                     RequestVerb verb = RequestVerb::kWrite)
 {
-    RequestDescription description = described(request, name, 0, "", false, true);
+    RequestDescription description = described(request, name, 0, "", verb, true);
     description.size = static_cast<uint16_t>(size);
     description.argument = RequestArgument::kValue;
     return description;
 }
 
+// What its name says.
+consteval RequestDescription acting(RequestNumber request, const char* name, size_t size)
+{
+    return sending(request, name, size, RequestVerb::kNone);
+}
+
 consteval RequestDescription bare(RequestNumber request, const char* name)
 {
-    RequestDescription description = described(request, name, 0, "", false, false);
+    RequestDescription description = described(request, name, 0, "", RequestVerb::kRead, false);
     description.argument = RequestArgument::kNothing;
     return description;
 }
 
 consteval RequestDescription word_reading(RequestNumber request, const char* name)
 {
-    return reading(request, name, 2, "word<2");
+    return reading(request, name, 2, "word:2", 0, 2);
 }
 
 consteval RequestDescription word_writing(RequestNumber request, const char* name)
@@ -108,7 +124,7 @@ consteval RequestDescription word_sending(Word word, const char* name)
 
 consteval RequestDescription map_reading(RequestNumber request, const char* name)
 {
-    return reading(request, name, 4, "bits<4");
+    return reading(request, name, 4, "bits:4", 0, 4);
 }
 
 // The clock's: as the kernel's interface has them.
@@ -120,129 +136,127 @@ consteval RequestDescription clock_request(uint32_t number, RequestDescription d
 constexpr RequestNumber kClock{}; // the number is replaced
 
 constexpr RequestDescription kRequests[] = {
-    reading(kDeviceInfoRead, "device information read", sizeof(DeviceInfo), "bytes<1*8"),
-    word_reading(kStatusWordRead, "status word read"),
-    word_reading(kWord03, "word 03 read"),
-    word_sending(kWord03, "word 03 write"),
-    word_reading(kControlWord, "control word read"),
-    word_sending(kControlWord, "control word write"),
-    word_reading(kPortFlagsWord, "port flags read"),
-    word_sending(kPortFlagsWord, "port flags write"),
-    word_reading(kEnableWord, "enable word read"),
-    word_sending(kEnableWord, "enable word write"),
-    word_reading(kLedRegisterA, "LED register A read"),
-    word_sending(kLedRegisterA, "LED register A write"),
-    word_reading(kLedRegisterB, "LED register B read"),
-    word_sending(kLedRegisterB, "LED register B write"),
-    word_reading(kWord21Read, "word 21 read"),
-    word_writing(kWord22Write, "word 22 write"),
-    reading(kOwnAddressRead, "own address read", 4, "address<1*4"),
-    writing(kOwnAddressWrite, "own address write", 4, "address:1*4"),
-    word_reading(kWord27Read, "word 27 read"),
-    sending(kWord28Write, "word 28 write"),
-    reading(kOwnIdRead, "own identifier read", 2, "id<2d"),
-    sending(kWord2AWrite, "word 2A write"),
-    word_reading(kGroupWord, "group word read"),
-    word_sending(kGroupWord, "group word write"),
-    word_reading(kWord35, "word 35 read"),
-    word_sending(kWord35, "word 35 write"),
-    reading(kAddressRead, "address read", 36, "id:4d mode:4d value<4 -:4*4 -:1*8"),
-    writing(kAddressWrite, "address write", 36, "id:4d mode:4d value:4 -:4*4 -:1*8"),
-    map_reading(kUnitMapERead, "unit bitmap E read"),
-    map_reading(kUnitMapDRead, "unit bitmap D read"),
-    reading(kUnitWordsRead, "unit words read", 16, "unit:4d first<2 second<2 page:2d -:2 -:1*4"),
-    word_reading(kWord40Read, "word 40 read"),
-    word_writing(kWord41Write, "word 41 write"),
-    reading(kRegisterRead, "register read", sizeof(RegisterAccessRequest), "address:4 value<4"),
-    writing(kRegisterWrite, "register write", sizeof(RegisterAccessRequest), "address:4 value:4"),
-    word_reading(kWord48, "word 48 read"),
-    word_sending(kWord48, "word 48 write"),
-    reading(kIdEntryRead, "identifier entry read", 12,
-            "id:2d field_a<2 -<2 field_b<2 field_c<2 -<2"),
-    writing(kIdEntryWrite, "identifier entry write", 12,
-            "id:2d field_a:2 -:2 field_b:2 field_c:2 -:2"),
-    reading(kIdValueRead, "identifier value read", 16, "id:4d -:1*6 select:2d value<2 -:2"),
-    word_reading(kWord4ERead, "word 4E read"),
-    word_reading(kLedRegisterC, "LED register C read"),
-    word_sending(kLedRegisterC, "LED register C write"),
-    word_reading(kChannelWord, "channel word read"),
-    word_sending(kChannelWord, "channel word write"),
-    reading(kOwnAddressSetRead, "own address set read", 16, "set<1*16"),
-    writing(kOwnAddressSetWrite, "own address set write", 16, "set:1*16"),
-    reading(kAddressSetRead, "address set read", 36, "id:4d mode:4d -:4 set<4*4 -:1*8"),
-    writing(kAddressSetWrite, "address set write", 36, "id:4d mode:4d -:4 set:4*4 -:1*8"),
-    reading(kPortEntryRead, "port entry read", 8, "address:2d flag:2d value<2 -:2"),
-    writing(kPortEntryWrite, "port entry write", 8, "address:2d flag:2d value:2 -:2"),
-    word_writing(kWord62Write, "word 62 write"),
-    writing(kPortEntryWriteRanged, "ranged port entry write", 8, "address:2d flag:2d value:2 -:2"),
-    reading(kAddressPairRead, "address pair read", 20,
-            "index:4d -:4 address<1*4 address_6<1*6 -<1*2"),
-    writing(kAddressPairWrite, "address pair write", 20,
-            "index:4d -:4 address:1*4 address_6:1*6 -:1*2"),
-    writing(kPairEnableWrite, "pair enable write", 8, "enable:1*2 -:1*2 select:1d -:1*3"),
-    reading(kRuleRead, "rule read", 80,
-            "index:2d present<2 value<2 -<1*2 address_a<4 prefix_a<1d -<1*3 address_b<4 "
-            "prefix_b<1d -<1 word_c<2 word_d<2 byte_e<1 -<1*6 class_bits<1 -<1*2 switches<1*4 "
-            "-<1*8 address_6_a<1*6 address_6_b<1*6 -<1*2 companion_c<1 companion_d<1 -<1*2 "
-            "address_6_a_present<1d address_6_b_present<1d -<1*8 enabled<1d -<1*3"),
-    writing(kRuleWrite, "rule write", 80,
+    reading(kDeviceInfoRead, "device information", sizeof(DeviceInfo), "bytes:1*8", 0, 8),
+    word_reading(kStatusWordRead, "status word"),
+    word_reading(kWord03, "word 03"),
+    word_sending(kWord03, "word 03"),
+    word_reading(kControlWord, "control word"),
+    word_sending(kControlWord, "control word"),
+    word_reading(kPortFlagsWord, "port flags"),
+    word_sending(kPortFlagsWord, "port flags"),
+    word_reading(kEnableWord, "enable word"),
+    word_sending(kEnableWord, "enable word"),
+    word_reading(kLedRegisterA, "LED register A"),
+    word_sending(kLedRegisterA, "LED register A"),
+    word_reading(kLedRegisterB, "LED register B"),
+    word_sending(kLedRegisterB, "LED register B"),
+    word_reading(kWord21Read, "word 21"),
+    word_writing(kWord22Write, "word 22"),
+    reading(kOwnAddressRead, "own address", 4, "address:1*4", 0, 4),
+    writing(kOwnAddressWrite, "own address", 4, "address:1*4"),
+    word_reading(kWord27Read, "word 27"),
+    sending(kWord28Write, "word 28"),
+    reading(kOwnIdRead, "own identifier", 2, "id:2d", 0, 2),
+    sending(kWord2AWrite, "word 2A"),
+    word_reading(kGroupWord, "group word"),
+    word_sending(kGroupWord, "group word"),
+    word_reading(kWord35, "word 35"),
+    word_sending(kWord35, "word 35"),
+    reading(kAddressRead, "address", 36, "id:4d mode:4d value:4 -:4*4 -:1*8", 8, 4),
+    writing(kAddressWrite, "address", 36, "id:4d mode:4d value:4 -:4*4 -:1*8"),
+    map_reading(kUnitMapERead, "unit bitmap E"),
+    map_reading(kUnitMapDRead, "unit bitmap D"),
+    reading(kUnitWordsRead, "unit words", 16, "unit:4d first:2 second:2 page:2d -:2 -:1*4", 4, 4),
+    word_reading(kWord40Read, "word 40"),
+    word_writing(kWord41Write, "word 41"),
+    reading(kRegisterRead, "register", sizeof(RegisterAccessRequest), "address:4 value:4", 4, 4),
+    writing(kRegisterWrite, "register", sizeof(RegisterAccessRequest), "address:4 value:4"),
+    word_reading(kWord48, "word 48"),
+    word_sending(kWord48, "word 48"),
+    reading(kIdEntryRead, "identifier entry", 12, "id:2d field_a:2 -:2 field_b:2 field_c:2 -:2", 2,
+            10),
+    writing(kIdEntryWrite, "identifier entry", 12, "id:2d field_a:2 -:2 field_b:2 field_c:2 -:2"),
+    reading(kIdValueRead, "identifier value", 16, "id:4d -:1*6 select:2d value:2 -:2", 12, 2),
+    word_reading(kWord4ERead, "word 4E"),
+    word_reading(kLedRegisterC, "LED register C"),
+    word_sending(kLedRegisterC, "LED register C"),
+    word_reading(kChannelWord, "channel word"),
+    word_sending(kChannelWord, "channel word"),
+    reading(kOwnAddressSetRead, "own address set", 16, "set:1*16", 0, 16),
+    writing(kOwnAddressSetWrite, "own address set", 16, "set:1*16"),
+    reading(kAddressSetRead, "address set", 36, "id:4d mode:4d -:4 set:4*4 -:1*8", 12, 16),
+    writing(kAddressSetWrite, "address set", 36, "id:4d mode:4d -:4 set:4*4 -:1*8"),
+    reading(kPortEntryRead, "port entry", 8, "address:2d flag:2d value:2 -:2", 4, 2),
+    writing(kPortEntryWrite, "port entry", 8, "address:2d flag:2d value:2 -:2"),
+    word_writing(kWord62Write, "word 62"),
+    writing(kPortEntryWriteRanged, "ranged port entry", 8, "address:2d flag:2d value:2 -:2"),
+    reading(kAddressPairRead, "address pair", 20, "index:4d -:4 address:1*4 address_6:1*6 -:1*2", 8,
+            12),
+    writing(kAddressPairWrite, "address pair", 20, "index:4d -:4 address:1*4 address_6:1*6 -:1*2"),
+    writing(kPairEnableWrite, "pair enable", 8, "enable:1*2 -:1*2 select:1d -:1*3"),
+    reading(kRuleRead, "rule", 80,
+            "index:2d present:2 value:2 -:1*2 address_a:4 prefix_a:1d -:1*3 address_b:4 "
+            "prefix_b:1d -:1 word_c:2 word_d:2 byte_e:1 -:1*6 class_bits:1 -:1*2 switches:1*4 "
+            "-:1*8 address_6_a:1*6 address_6_b:1*6 -:1*2 companion_c:1 companion_d:1 -:1*2 "
+            "address_6_a_present:1d address_6_b_present:1d -:1*8 enabled:1d -:1*3",
+            2, 78),
+    writing(kRuleWrite, "rule", 80,
             "index:2d present:2 value:2 -:1*2 address_a:4 prefix_a:1d -:1*3 address_b:4 "
             "prefix_b:1d -:1 word_c:2 word_d:2 byte_e:1 -:1*6 class_bits:1 -:1*2 switches:1*4 "
             "-:1*8 address_6_a:1*6 address_6_b:1*6 -:1*2 companion_c:1 companion_d:1 -:1*2 "
             "address_6_a_present:1d address_6_b_present:1d -:1*8 enabled:1d -:1*3"),
-    word_reading(kDriverControlRead, "driver control read"),
-    word_writing(kDriverControlWrite, "driver control write"),
-    writing(kControlBlockWrite, "control block write", 16, "bytes:1*16"),
-    writing(kKeyBytesWrite, "key bytes write", 12, "number:1d bytes:1*4 -:1*7"),
-    reading(kSwitchPortRead, "switch port read", sizeof(SwitchPortRequest),
-            "port:1d -<1 full_duplex<1d speed100<1d link<1d -<1*3"),
-    writing(kSwitchPortWrite, "switch port write", sizeof(SwitchPortRequest),
+    word_reading(kDriverControlRead, "driver control"),
+    word_writing(kDriverControlWrite, "driver control"),
+    writing(kControlBlockWrite, "control block", 16, "bytes:1*16"),
+    writing(kKeyBytesWrite, "key bytes", 12, "number:1d bytes:1*4 -:1*7"),
+    reading(kSwitchPortRead, "switch port", sizeof(SwitchPortRequest),
+            "port:1d -:1 full_duplex:1d speed100:1d link:1d -:1*3", 1, 7),
+    writing(kSwitchPortWrite, "switch port", sizeof(SwitchPortRequest),
             "port:1d -:1 full_duplex:1d speed100:1d link:1d -:1*3"),
-    sending(kByteAction, "byte action", 1),
-    writing(kPairWordsWrite, "pair words write", sizeof(PairWords), "words:4*2"),
+    acting(kByteAction, "byte action", 1),
+    writing(kPairWordsWrite, "pair words", sizeof(PairWords), "words:4*2"),
     writing(kSwitchTablesWrite2, "switch tables write 2", 260,
-            "status:2 normal:1*128 priority:1*128 -:1*2"),
+            "status:2 normal:1*128 priority:1*128 -:1*2", RequestVerb::kNone),
     writing(kSwitchTablesWrite1, "switch tables write 1", 260,
-            "status:2 normal:1*128 priority:1*128 -:1*2"),
-    sending(kWordAction, "word action"),
-    reading(kIndexedWordRead, "indexed word read", 8, "index:4d value<4"),
-    writing(kIndexedWordWrite, "indexed word write", 8, "index:4d value:4"),
-    reading(kAddressTableRead, "address table read", 24,
-            "index:4d -<4 valid<4d address<1*4 address_6<1*6 attribute<1 -<1"),
-    writing(kAddressTableWrite, "address table write", 24,
+            "status:2 normal:1*128 priority:1*128 -:1*2", RequestVerb::kNone),
+    acting(kWordAction, "word action", 2),
+    reading(kIndexedWordRead, "indexed word", 8, "index:4d value:4", 4, 4),
+    writing(kIndexedWordWrite, "indexed word", 8, "index:4d value:4"),
+    reading(kAddressTableRead, "address table", 24,
+            "index:4d -:4 valid:4d address:1*4 address_6:1*6 attribute:1 -:1", 4, 20),
+    writing(kAddressTableWrite, "address table", 24,
             "index:4d -:4 valid:4d address:1*4 address_6:1*6 attribute:1 -:1"),
-    reading(kPhyRead, "PHY read", 8, "address:2d number:2d -:2 value<2"),
-    writing(kPhyWrite, "PHY write", 8, "address:2d number:2d value:2 -:2"),
-    map_reading(kPortMaskRead, "port mask read"),
-    sending(kPortMaskWrite, "port mask write", 4),
-    reading(kPort0PhyRead, "port 0 PHY read", 8, "address:2d number:2d -:2 value<2"),
-    writing(kPort0PhyWrite, "port 0 PHY write", 8, "address:2d number:2d value:2 -:2"),
-    restarting(kCounterRead, "counter read", sizeof(CounterRecord),
-               "index:4d value<4d selector:4d"),
-    writing(kCounterBlockSmallWrite, "small counter block write", sizeof(CounterBlockSmall),
+    reading(kPhyRead, "PHY", 8, "address:2d number:2d -:2 value:2", 6, 2),
+    writing(kPhyWrite, "PHY", 8, "address:2d number:2d value:2 -:2"),
+    map_reading(kPortMaskRead, "port mask"),
+    sending(kPortMaskWrite, "port mask", 4),
+    reading(kPort0PhyRead, "port 0 PHY", 8, "address:2d number:2d -:2 value:2", 6, 2),
+    writing(kPort0PhyWrite, "port 0 PHY", 8, "address:2d number:2d value:2 -:2"),
+    restarting(kCounterRead, "counter", sizeof(CounterRecord), "index:4d value:4d selector:4d", 4,
+               4),
+    writing(kCounterBlockSmallWrite, "small counter block", sizeof(CounterBlockSmall),
             "bytes:1*68"),
-    writing(kCounterBlockLargeWrite, "large counter block write", sizeof(CounterBlockLarge),
+    writing(kCounterBlockLargeWrite, "large counter block", sizeof(CounterBlockLarge),
             "bytes:1*160"),
-    writing(kCounterWrite, "counter write", sizeof(CounterRecord), "index:4d value:4d selector:4d"),
-    restarting(kCounterAltRead, "other counter read", sizeof(CounterRecord),
-               "index:4d value<4d selector:4d"),
-    writing(kCounterAltWrite, "other counter write", sizeof(CounterRecord),
+    writing(kCounterWrite, "counter", sizeof(CounterRecord), "index:4d value:4d selector:4d"),
+    restarting(kCounterAltRead, "other counter", sizeof(CounterRecord),
+               "index:4d value:4d selector:4d", 4, 4),
+    writing(kCounterAltWrite, "other counter", sizeof(CounterRecord),
             "index:4d value:4d selector:4d"),
-    bare(kDriverStateRead, "driver state read"),
-    word_reading(kExtStatusARead, "extended status A read"),
-    word_writing(kExtControlAWrite, "extended control A write"),
-    word_reading(kExtStatusBRead, "extended status B read"),
-    word_writing(kExtControlBWrite, "extended control B write"),
-    clock_request(0x40047014, writing(kClock, "clock status write", 4, "status:4")),
-    clock_request(0x4024700A,
-                  writing(kClock, "clock time write", 36,
-                          "second:4i minute:4i hour:4i day:4i month:4i year:4i weekday:4i "
-                          "day_of_year:4i daylight_saving:4i")),
-    clock_request(0x80047013, reading(kClock, "clock status read", 4, "status<4")),
-    clock_request(0x80247009,
-                  reading(kClock, "clock time read", 36,
-                          "second<4i minute<4i hour<4i day<4i month<4i year<4i weekday<4i "
-                          "day_of_year<4i daylight_saving<4i")),
+    bare(kDriverStateRead, "driver state"),
+    word_reading(kExtStatusARead, "extended status A"),
+    word_writing(kExtControlAWrite, "extended control A"),
+    word_reading(kExtStatusBRead, "extended status B"),
+    word_writing(kExtControlBWrite, "extended control B"),
+    clock_request(0x40047014, writing(kClock, "clock status", 4, "status:4")),
+    clock_request(0x4024700A, writing(kClock, "clock time", 36,
+                                      "second:4i minute:4i hour:4i day:4i month:4i year:4i "
+                                      "weekday:4i day_of_year:4i daylight_saving:4i")),
+    clock_request(0x80047013, reading(kClock, "clock status", 4, "status:4", 0, 4)),
+    clock_request(0x80247009, reading(kClock, "clock time", 36,
+                                      "second:4i minute:4i hour:4i day:4i month:4i year:4i "
+                                      "weekday:4i day_of_year:4i daylight_saving:4i",
+                                      0, 36)),
 };
 
 constexpr bool below(const RequestDescription& request, uint32_t number)
@@ -255,6 +269,13 @@ static_assert(std::adjacent_find(std::begin(kRequests), std::end(kRequests),
                                  }) == std::end(kRequests));
 
 } // namespace
+
+const char* request_verb(const RequestDescription& request)
+{
+    return request.verb == RequestVerb::kRead    ? " read"
+           : request.verb == RequestVerb::kWrite ? " write"
+                                                 : "";
+}
 
 const RequestDescription* request_find(uint32_t number)
 {

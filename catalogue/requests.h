@@ -13,13 +13,19 @@ enum class RequestArgument : uint8_t {
     kNothing, // not at all
 };
 
+// What stands behind a name: two requests share one.
+enum class RequestVerb : uint8_t { kNone, kRead, kWrite };
+
 struct RequestDescription {
     uint32_t number;    // 0x6B42
-    const char* name;   // "register read"
+    const char* name;   // "register"; request_verb says the rest
     const char* layout; // fields of the record, for requestField_next
     uint16_t size; // bytes of the record or the value; a record that is the driver's own may be
                    // longer, and 2 bytes are its part that the library knows
+    uint8_t fills; // first byte that the driver fills
+    uint8_t fills_count; // and how many; 0: it only reads
     RequestArgument argument;
+    RequestVerb verb;
     bool changes; // the device: a write, or a read that restarts what it reads
 };
 
@@ -29,13 +35,13 @@ struct RequestField {
     size_t offset;
     unsigned width; // bytes of each
     unsigned count; // several of one byte are bytes that belong together, others are numbers
-    bool filled;    // by the driver
     bool decimal;   // people write it so: an index, a time
     bool negative;  // likewise, and it may be below 0
 };
 
 // All requests, by number.
 const RequestDescription* request_find(uint32_t number);       // null: not known
+const char* request_verb(const RequestDescription& request);   // " read", " write" or nothing
 const char* request_device(const RequestDescription& request); // "/dev/fpga", "/dev/rtc"
 
 // The next field of a layout. Starts with the layout and a cleared field; returns where to go on, or
@@ -43,10 +49,17 @@ const char* request_device(const RequestDescription& request); // "/dev/fpga", "
 //     RequestField field{};
 //     for (const char* rest = layout; (rest = requestField_next(rest, field)) != nullptr;)
 //
-// A layout names the fields in order, with blanks between: "index:4d value<4 -:1*8". Behind the name
-// stands ':', or '<' for what the driver fills; the width; 'd' where it is decimal, 'i' where it may
+// A layout names the fields in order, with blanks between: "index:4d value:4 -:1*8". Behind the name
+// stands ':'; the width; 'd' where it is decimal, 'i' where it may
 // be below 0 as well; "*8": eight such.
 constexpr const char* requestField_next(const char* layout, RequestField& field);
+
+// Whether the driver fills the field.
+constexpr bool requestField_isFilled(const RequestDescription& request, const RequestField& field)
+{
+    return field.offset >= request.fills &&
+           field.offset < size_t{request.fills} + request.fills_count;
+}
 
 // -------------------------------------------------------------------------------------------------
 
@@ -66,11 +79,11 @@ constexpr const char* requestField_next(const char* layout, RequestField& field)
     }
     field.offset += size_t{field.width} * field.count;
     const char* end = layout;
-    while (*end != ':' && *end != '<') {
+    while (*end != ':') {
         ++end;
     }
     field.name = {layout, static_cast<size_t>(end - layout)};
-    field.filled = *end++ == '<';
+    ++end;
     field.width = requestField_number(end);
     field.negative = *end == 'i';
     field.decimal = field.negative || *end == 'd';

@@ -428,8 +428,8 @@ class CatalogueRuns : public CommandTest
                 const Places place = place_bit(request > UINT16_MAX ? Place::kRtc : Place::kFpga);
                 const bool only_reads =
                     kOnlyReading.count(request) + kClockReading.count(request) != 0;
-                seen.read |= fills(request) ? place : 0;
-                seen.changed |= only_reads ? 0 : place;
+                seen.read |= fills(request) ? place : Places{0};
+                seen.changed |= only_reads ? Places{0} : place;
                 seen.cleared = seen.cleared || kRestarting.count(request) != 0;
                 continue;
             }
@@ -448,9 +448,9 @@ class CatalogueRuns : public CommandTest
             for (const char* reading : {"read", "fread", "fgets", "stat"}) {
                 // who adds a line to a log reads where
                 const bool log = place == Place::kSystemLog || place == Place::kUserLog;
-                seen.read |= name == reading && !log ? place_bit(place) : 0;
+                seen.read |= name == reading && !log ? place_bit(place) : Places{0};
             }
-            seen.locked |= name == "flock" ? place_bit(place) : 0;
+            seen.locked |= name == "flock" ? place_bit(place) : Places{0};
             if (place == Place::kFpga || place == Place::kRtc) {
                 continue;
             }

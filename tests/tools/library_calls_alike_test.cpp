@@ -115,7 +115,7 @@ void expect_fields(const std::string& text, const RequestDescription& request, c
     size_t next = 0;
     RequestField field{};
     for (const char* rest = request.layout; (rest = requestField_next(rest, field)) != nullptr;) {
-        if (field.filled != filled) {
+        if (requestField_isFilled(request, field) != filled) {
             continue;
         }
         const Bytes bytes = record.substr(field.offset, size_t{field.width} * field.count);
@@ -241,7 +241,7 @@ class LibraryCallsAlike : public LibraryCallsTest
             EXPECT_EQ(pieces.at(0), path);
         }
         char name[80];
-        snprintf(name, sizeof name, "0x%04X %s", number, request->name);
+        snprintf(name, sizeof name, "0x%04X %s%s", number, request->name, request_verb(*request));
         EXPECT_EQ(pieces.at(1), name);
         const std::string given = pieces.size() > 2 ? pieces[2] : "";
         Bytes record;

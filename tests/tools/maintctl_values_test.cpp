@@ -24,12 +24,12 @@ Field field_make(Kind kind, uint16_t width, uint8_t count, uint32_t least, uint3
     field.width = width;
     field.count = count;
     field.kind = kind;
-    unit_name(field.unit) = "";
     field.note = "";
     field.least = least;
     field.most = most;
     if (kind == Kind::kCode) {
-        field.codes() = kCodes;
+        field.first_code = kCodes;
+        field.code_count = std::size(kCodes);
     }
     return field;
 }
@@ -54,9 +54,9 @@ Field driver_sized(Field field)
     return field;
 }
 
-Field with_unit(Field field, const char* unit)
+Field with_unit(Field field, Unit unit)
 {
-    unit_name(field.unit) = unit;
+    field.unit = unit;
     return field;
 }
 
@@ -132,7 +132,7 @@ TEST(ValueRead, Numbers)
     EXPECT_EQ(read(kByte, "4294967297"), "is not within 1 to 31");
     EXPECT_EQ(read(kByte, "18446744073709551617"), "is not within 1 to 31");
     EXPECT_EQ(read(kByte, "0x100000000000000000001"), "is not within 1 to 31");
-    EXPECT_EQ(read(with_unit(kByte, "bytes"), "32"), "is not within 1 to 31 bytes");
+    EXPECT_EQ(read(with_unit(kByte, Unit::kBytes), "32"), "is not within 1 to 31 bytes");
     EXPECT_EQ(read(kWord, "4294967295"), "ffffffff");
     EXPECT_EQ(read(kWord, "0x12345678"), "78563412");
     EXPECT_EQ(read(kWord, "4294967296"), "is not within 0 to 4294967295");

@@ -163,7 +163,8 @@ std::string fields_text(const RequestDescription& request)
         if (field.name == "-") {
             continue;
         }
-        text += (text.empty() ? "" : " ") + std::string(field.name) + (field.filled ? "<" : "@") +
+        text += (text.empty() ? "" : " ") + std::string(field.name) +
+                (requestField_isFilled(request, field) ? "<" : "@") +
                 std::to_string(field.offset) + "/" + std::to_string(field.width);
         text += field.count == 1 ? "" : "x" + std::to_string(field.count);
     }
@@ -177,7 +178,7 @@ TEST(Requests, AreDescribedAsTheDriversTakeThem)
         ASSERT_NE(request, nullptr) << expected.name;
         SCOPED_TRACE(expected.name);
         EXPECT_EQ(request->number, expected.number);
-        EXPECT_STREQ(request->name, expected.name);
+        EXPECT_EQ(std::string(request->name) + request_verb(*request), expected.name);
         EXPECT_EQ(request->argument, expected.argument);
         EXPECT_EQ(request->size, expected.size);
         EXPECT_EQ(request->changes, expected.changes);
@@ -222,7 +223,9 @@ TEST(Requests, AreThoseOfTheModel)
         RequestField field{};
         for (const char* rest = request->layout;
              (rest = requestField_next(rest, field)) != nullptr;) {
-            for (size_t i = 0; record && field.filled && i < field.width * field.count; ++i) {
+            for (size_t i = 0;
+                 record && requestField_isFilled(*request, field) && i < field.width * field.count;
+                 ++i) {
                 filled[field.offset + i] = 'F';
             }
         }

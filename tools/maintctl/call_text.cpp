@@ -92,7 +92,8 @@ void fields_add(CallText& text, const RequestDescription& request, const uint8_t
         const uint8_t* bytes = record + field.offset;
         const uint8_t* end = bytes + size_t{field.width} * field.count;
         const bool zero = std::all_of(bytes, end, [](uint8_t byte) { return byte == 0; });
-        if (field.filled != filled || (zero && (spare || (!all && field.offset != 0)))) {
+        if (requestField_isFilled(request, field) != filled ||
+            (zero && (spare || (!all && field.offset != 0)))) {
             continue;
         }
         callText_add(text, "%s%.*s=", separator, spare ? 5 : static_cast<int>(field.name.size()),
@@ -191,7 +192,7 @@ void callText_request(CallText& text, uint32_t number, const RequestDescription*
         callText_add(text, ", 0x%08lx", value);
         return;
     }
-    callText_add(text, " %s", request->name);
+    callText_add(text, " %s%s", request->name, request_verb(*request));
     if (request->argument == RequestArgument::kValue) {
         callText_add(text, ", 0x%0*lx", request->size == 1 ? 2 : 4, value);
     } else if (request->argument == RequestArgument::kRecord) {

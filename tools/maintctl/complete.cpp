@@ -1,5 +1,4 @@
 #include <cstring>
-#include <strings.h>
 
 #include "tools/maintctl/invocation.h"
 #include "tools/maintctl/verbs.h"
@@ -15,7 +14,7 @@ struct Completion {
 
 bool begins_with(const char* name, const char* typed)
 {
-    return strncasecmp(name, typed, strlen(typed)) == 0;
+    return text_same(name, typed, strlen(typed));
 }
 
 void options_complete(const Completion& completion)
@@ -63,8 +62,7 @@ bool field_isGiven(const Field& field, Words words)
     for (const char* word : words) {
         const size_t length = strcspn(word, "=");
         for (const char* name : {field.name, field_lastPart(field)}) {
-            if (word[length] == '=' && strlen(name) == length &&
-                strncasecmp(word, name, length) == 0) {
+            if (word[length] == '=' && strlen(name) == length && text_same(word, name, length)) {
                 return true;
             }
         }

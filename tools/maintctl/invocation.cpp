@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <strings.h>
 
 #include "tools/maintctl/nearest.h"
 #include "tools/maintctl/values.h"
@@ -32,7 +31,7 @@ void typed_add(Text& text, const char* word)
 
 bool name_is(const char* name, const char* typed, size_t length)
 {
-    return strlen(name) == length && strncasecmp(typed, name, length) == 0;
+    return strlen(name) == length && text_same(typed, name, length);
 }
 
 // "NAME=VALUE" or "NAME[ELEMENT]=VALUE".
@@ -162,7 +161,7 @@ bool recordFile_read(const char* path, Invocation& invocation, Text& wrong)
     text_add(wrong, "record=@");
     typed_add(wrong, path);
     if (failed) {
-        text_add(wrong, " cannot be read: %s", strerror(error));
+        text_add(wrong, " cannot be read: %s", error_text(error));
     } else {
         text_add(wrong, " has more than the %u bytes of the record", record);
     }
@@ -175,7 +174,7 @@ bool record_assign(const char* word, Invocation& invocation, Given& given, Text&
     const CommandDescription& command = *invocation.command;
     const size_t before = wrong.length;
     text_add(wrong, "%s: ", command.name);
-    if (strncasecmp(word, "record=", 7) != 0) {
+    if (!text_same(word, "record=", 7)) {
         text_add(wrong, "with --hex only record=BYTES or record=@FILE is taken, not ");
         typed_add(wrong, word);
         return false;
@@ -266,7 +265,7 @@ const CommandDescription* command_named(const char* word, Text& wrong)
     Nearest nearest{.typed = word};
     for (const CommandGroup* group : catalogue_get()) {
         for (const CommandDescription& command : group->commands) {
-            if (strcasecmp(word, command.name) == 0) {
+            if (text_same(word, command.name, SIZE_MAX)) {
                 return &command;
             }
             nearest_offer(nearest, command.name);

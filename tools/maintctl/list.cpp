@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstring>
-#include <strings.h>
 
 #include "catalogue/catalogue.h"
 #include "tools/maintctl/json.h"
@@ -11,17 +10,6 @@
 namespace
 {
 
-bool text_has(const char* text, const char* part)
-{
-    const size_t length = strlen(part);
-    for (size_t left = strlen(text); left >= length; --left, ++text) {
-        if (strncasecmp(text, part, length) == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // A number that is asked for is the whole number, in any form: 10, 0xa, 0x000A.
 bool number_matches(const CommandDescription& command, const char* text)
 {
@@ -31,9 +19,16 @@ bool number_matches(const CommandDescription& command, const char* text)
 
 bool command_matches(const CommandGroup& group, const CommandDescription& command, const char* text)
 {
-    return text == nullptr || number_matches(command, text) || text_has(command.name, text) ||
-           text_has(command.summary, text) || text_has(group.name, text) ||
-           text_has(group.title, text);
+    if (text == nullptr || number_matches(command, text)) {
+        return true;
+    }
+    const size_t length = strlen(text);
+    for (const char* place : {command.name, command.summary, group.name, group.title}) {
+        if (text_has(place, text, length)) {
+            return true;
+        }
+    }
+    return false;
 }
 
 void command_json(FILE* out, const CommandGroup& group, const CommandDescription& command)

@@ -147,7 +147,7 @@ int output_end(const Session& session, int status)
     }
     if (errno != EPIPE) { // who reads no more, as `head`, knows
         fprintf(session.err, "maintctl: the output cannot be written%s%s\n", errno != 0 ? ": " : "",
-                errno != 0 ? strerror(errno) : "");
+                errno != 0 ? error_text(errno) : "");
     }
     return kExitOutput;
 }

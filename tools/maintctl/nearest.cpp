@@ -1,32 +1,12 @@
 #include "tools/maintctl/nearest.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 
 namespace
 {
 
 constexpr size_t kLongest = 40;
-
-char lower(char character)
-{
-    return static_cast<char>(tolower(static_cast<unsigned char>(character)));
-}
-
-bool part_ofName(const char* typed, size_t length, const char* name)
-{
-    for (; strlen(name) >= length; ++name) {
-        size_t same = 0;
-        while (same < length && lower(typed[same]) == lower(name[same])) {
-            ++same;
-        }
-        if (same == length) {
-            return true;
-        }
-    }
-    return false;
-}
 
 // How many characters have to be changed, put in or taken out.
 unsigned edits_between(const char* typed, size_t length, const char* name)
@@ -38,7 +18,7 @@ unsigned edits_between(const char* typed, size_t length, const char* name)
     for (; *name != '\0'; ++name) {
         unsigned diagonal = row[0]++;
         for (size_t i = 0; i < length; ++i) {
-            const unsigned kept = diagonal + (lower(typed[i]) == lower(*name) ? 0U : 1U);
+            const unsigned kept = diagonal + (text_lower(typed[i]) == text_lower(*name) ? 0U : 1U);
             diagonal = row[i + 1];
             row[i + 1] = std::min({kept, row[i] + 1, diagonal + 1});
         }
@@ -55,7 +35,7 @@ void nearest_offer(Nearest& nearest, const char* name)
         return;
     }
     unsigned distance = edits_between(nearest.typed, length, name);
-    if (length >= 3 && part_ofName(nearest.typed, length, name)) {
+    if (length >= 3 && text_has(name, nearest.typed, length)) {
         distance = 1;
     } else if (distance > 1 + length / 3) {
         return;

@@ -138,7 +138,7 @@ int script_run(const Session& session, const char* path)
     text_addTyped(why, name, strlen(name));
     FILE* const file = standard ? stdin : fopen(path, "re");
     if (file == nullptr) {
-        text_add(why, " cannot be read: %s", strerror(errno));
+        text_add(why, " cannot be read: %s", error_text(errno));
         return call_refuse(session, wrong);
     }
     const size_t length = fread(script, 1, sizeof script, file);
@@ -149,7 +149,7 @@ int script_run(const Session& session, const char* path)
     }
     if (failed || length > kScriptMax) {
         if (failed) {
-            text_add(why, " cannot be read: %s", strerror(error));
+            text_add(why, " cannot be read: %s", error_text(error));
         } else {
             text_add(why, " has more than %zu bytes", kScriptMax);
         }

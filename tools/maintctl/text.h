@@ -31,3 +31,9 @@ void text_addChar(Text& text, char character);
 // Bytes that somebody typed, for a message: on one line, whatever they are. What is not a plain
 // character is written as \xNN, and of many bytes only the first.
 void text_addTyped(Text& text, const char* bytes, size_t count);
+
+// The C library's own have tables of languages and messages behind them, which are large on a board.
+char text_lower(char character);
+bool text_same(const char* text, const char* other, size_t length); // capital letters or not
+bool text_has(const char* text, const char* part, size_t length);   // likewise
+const char* error_text(int error);                                  // of errno, for files

@@ -1,7 +1,6 @@
 #include "tools/maintctl/values.h"
 
 #include <cstring>
-#include <strings.h>
 
 #include "maint/fpga.h"
 #include "tools/maintctl/text.h"
@@ -17,7 +16,7 @@ struct Part {
 
 bool part_is(const Part& part, const char* word)
 {
-    return strlen(word) == part.length && strncasecmp(part.begin, word, part.length) == 0;
+    return strlen(word) == part.length && text_same(part.begin, word, part.length);
 }
 
 int digit_value(char digit)

@@ -4,7 +4,9 @@
 #include <csignal>
 #include <cstring>
 #include <ctime>
+#include <fcntl.h>
 #include <sys/select.h>
+#include <unistd.h>
 
 #include "tools/maintctl/command.h"
 #include "tools/maintctl/exit_status.h"
@@ -177,12 +179,14 @@ int subject_show(const Session& session, const Subject& subject)
 int text_round(const Session& session, const Subject& subject, unsigned number)
 {
     Round& now = rounds[number % 2];
-    // The board's C library has no streams into memory.
-    FILE* const file = tmpfile();
+    // The board's C library has no streams into memory; a pipe holds far more than a round.
+    int ends[2];
+    FILE* const file = pipe(ends) == 0 ? fdopen(ends[1], "w") : nullptr;
     if (file == nullptr) {
-        fprintf(session.err, "maintctl: no temporary file\n");
+        fprintf(session.err, "maintctl: no pipe\n");
         return kExitOutput;
     }
+    fcntl(ends[1], F_SETFL, O_NONBLOCK); // and should it not, the rest is left out
     Session inner = session;
     inner.out = file;
     if (session.terminal) {
@@ -191,9 +195,10 @@ int text_round(const Session& session, const Subject& subject, unsigned number)
     screen_begin(session, subject, number == 0);
     fflush(session.out); // before what goes to `err`
     const int status = subject_show(inner, subject);
-    rewind(file);
-    now.text[fread(now.text, 1, sizeof now.text - 1, file)] = '\0';
     fclose(file);
+    const ssize_t count = read(ends[0], now.text, sizeof now.text - 1);
+    now.text[count > 0 ? count : 0] = '\0';
+    close(ends[0]);
     round_show(session, now.text, rounds[(number + 1) % 2].text, number == 0);
     return status;
 }
