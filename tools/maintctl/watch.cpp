@@ -4,7 +4,9 @@
 #include <csignal>
 #include <cstring>
 #include <ctime>
+#include <fcntl.h>
 #include <poll.h>
+#include <unistd.h>
 
 #include "tools/maintctl/command.h"
 #include "tools/maintctl/exit_status.h"
@@ -173,25 +175,60 @@ int subject_show(const Session& session, const Subject& subject)
                                          : subject.show(session);
 }
 
+// A pipe to this very process: not every C library of a board has files in memory.
+struct Capture {
+    FILE* file; // takes a round
+    int read_end;
+};
+
+bool capture_begin(Capture& capture)
+{
+    int ends[2];
+    if (pipe(ends) != 0) {
+        return false;
+    }
+    for (const int end : ends) {
+        fcntl(end, F_SETFL, O_NONBLOCK); // what does not fit is lost, and waits for nobody
+    }
+    capture = {fdopen(ends[1], "w"), ends[0]};
+    if (capture.file == nullptr) {
+        close(ends[0]);
+        close(ends[1]);
+    }
+    return capture.file != nullptr;
+}
+
+void capture_end(const Capture& capture, Round& round)
+{
+    fclose(capture.file);
+    size_t length = 0;
+    ssize_t part = 0;
+    do {
+        part = read(capture.read_end, round.text + length, sizeof round.text - 1 - length);
+        length += part > 0 ? static_cast<size_t>(part) : 0;
+    } while (part > 0);
+    round.text[length] = '\0';
+    close(capture.read_end);
+}
+
 // One round as text, marked against the one before.
 int text_round(const Session& session, const Subject& subject, unsigned number)
 {
     Round& now = rounds[number % 2];
-    now.text[0] = '\0'; // what is opened and not written to keeps what it has
-    FILE* const file = fmemopen(now.text, sizeof now.text, "w");
-    if (file == nullptr) {
-        fprintf(session.err, "maintctl: no memory\n");
+    Capture capture{};
+    if (!capture_begin(capture)) {
+        fprintf(session.err, "maintctl: --watch: %s\n", strerror(errno));
         return kExitOutput;
     }
     Session inner = session;
-    inner.out = file;
+    inner.out = capture.file;
     if (session.terminal) {
-        inner.err = file; // a failure belongs to the screen, too
+        inner.err = capture.file; // a failure belongs to the screen, too
     }
     screen_begin(session, subject, number == 0);
     fflush(session.out); // before what goes to `err`
     const int status = subject_show(inner, subject);
-    fclose(file);
+    capture_end(capture, now);
     round_show(session, now.text, rounds[(number + 1) % 2].text, number == 0);
     return status;
 }
