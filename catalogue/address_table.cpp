@@ -11,7 +11,8 @@ constexpr CodeName kTables[] = {{0, "large"}, {1, "small"}};
 
 constexpr Field kEntry[] = {
     index(number(FIELD(AddressTableEntry, index), {0, 127}, "of the small table 0..29")),
-    bits(FIELD(AddressTableEntry, valid), 3, "0: address, 1: address_6, 2: attribute; none: all"),
+    bits(FIELD(AddressTableEntry, valid), 3,
+         "bits 0, 1, 2 select address, address_6, attribute; 0: all"),
     ipv4(FIELD(AddressTableEntry, address)),
     address6(FIELD(AddressTableEntry, address_6)),
     hex(FIELD(AddressTableEntry, attribute)),

@@ -40,19 +40,31 @@ struct Sweep {
     uint16_t step; // 0: there is no sweep
 };
 
+enum class Unit : uint8_t { kNone, kBytes, kKib };
+
+const char* unit_name(Unit unit); // "bytes", "KiB"; empty: none
+
+// On the board there are hundreds of these: the order of the members leaves no gaps.
 struct Field {
     const char* name; // as in the record: "group1.element"
+    const char* note; // what the name does not say; empty: nothing. No final full stop
+    const CodeName* first_code;
+    uint32_t least; // range of each element that is a number
+    uint32_t most;
     uint16_t offset;
     uint16_t width; // bytes of one element; of kText and kBytes the whole
-    uint8_t count;  // elements
+    Sweep sweep;
+    uint8_t count; // elements
+    uint8_t code_count;
     Kind kind;
     Role role;
-    const char* unit; // "bytes", "s"; empty: none
-    const char* note; // what the name does not say; empty: nothing. No final full stop
-    uint32_t least;   // range of each element that is a number
-    uint32_t most;
-    std::span<const CodeName> codes; // of kCode; a value without a name is written as a number
-    Sweep sweep;
+    Unit unit;
+
+    // Of kCode; a value without a name is written as a number.
+    [[nodiscard]] constexpr std::span<const CodeName> codes() const
+    {
+        return {first_code, code_count};
+    }
 };
 
 struct ResultMeaning {
@@ -80,11 +92,11 @@ enum class Place : uint8_t {
 };
 constexpr unsigned kPlaceCount = 15;
 
-using Places = uint32_t; // a bit for each
+using Places = uint16_t; // a bit for each
 
 constexpr Places place_bit(Place place)
 {
-    return Places{1} << static_cast<unsigned>(place);
+    return static_cast<Places>(1U << static_cast<unsigned>(place));
 }
 
 const char* place_name(Place place); // "/dev/fpga", "the system clock"

@@ -36,7 +36,6 @@ template <class Member> consteval Field field_of(const char* name, size_t offset
     field.offset = static_cast<uint16_t>(offset);
     field.width = sizeof(Element);
     field.count = sizeof(Member) / sizeof(Element);
-    field.unit = "";
     field.note = "";
     field.most = static_cast<uint32_t>((uint64_t{1} << 8 * sizeof(Element)) - 1);
     return field;
@@ -101,7 +100,9 @@ template <size_t kCount>
 consteval Field code(Field field, const CodeName (&codes)[kCount], const char* note = "")
 {
     field = field_as(field, Kind::kCode, note);
-    field.codes = codes;
+    static_assert(kCount <= UINT8_MAX);
+    field.first_code = codes;
+    field.code_count = kCount;
     return field;
 }
 
@@ -138,7 +139,7 @@ consteval Field bytes(Field field, const char* note = "")
     return field_joined(field, Kind::kBytes, field.count, note);
 }
 
-consteval Field in_unit(Field field, const char* unit)
+consteval Field in_unit(Field field, Unit unit)
 {
     field.unit = unit;
     return field;
@@ -174,7 +175,6 @@ consteval Field driver_sized(const char* name, const char* note)
     field.count = 1;
     field.kind = Kind::kBytes;
     field.role = Role::kDriverSized;
-    field.unit = "";
     field.note = note;
     return field;
 }
@@ -257,6 +257,7 @@ consteval CommandDescription described(const char* name, CommandDescription comm
     using Types = maint::Command<kCode>;
     using Argument = std::remove_pointer_t<typename Types::Argument>;
     command.name = name;
+    static_assert(kCode <= UINT16_MAX);
     command.code = kCode;
     const bool only_reads = std::is_const_v<Argument>;
     if constexpr (!std::is_void_v<typename Types::Record>) {
@@ -282,23 +283,26 @@ consteval CommandDescription described(const char* name, CommandDescription comm
 constexpr Places kFpga = place_bit(Place::kFpga);
 constexpr Places kConfigLocked = place_bit(Place::kConfig) | place_bit(Place::kSaveLock);
 
-constexpr const char* kDone = "done";
-constexpr const char* kNotOpened = "the device cannot be opened";
-constexpr const char* kNotRead = "the device's answer cannot be read";
-constexpr const char* kNotWritten = "the device refuses the write";
-constexpr const char* kNotAllRead = "a register cannot be read; what was written before stays";
-constexpr const char* kPartlyWritten = "the device refuses a write; what was written before stays";
-constexpr const char* kOutOfRange = "an argument is out of range; no device was touched";
-constexpr const char* kDeviceKeeps = "The device keeps what was written.";
+inline constexpr const char* kDone = "done";
+inline constexpr const char* kNotOpened = "the device cannot be opened";
+inline constexpr const char* kNotRead = "the device's answer cannot be read";
+inline constexpr const char* kNotWritten = "the device refuses the write";
+inline constexpr const char* kNotAllRead =
+    "a register cannot be read; what was written before stays";
+inline constexpr const char* kPartlyWritten =
+    "the device refuses a write; what was written before stays";
+inline constexpr const char* kOutOfRange = "an argument is out of range; no device was touched";
+inline constexpr const char* kDeviceKeeps = "The device keeps what was written.";
 
-constexpr ResultMeaning kReportResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotRead}};
-constexpr ResultMeaning kWriteResults[] = {{0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}};
-constexpr ResultMeaning kChangeResults[] = {
+inline constexpr ResultMeaning kReportResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotRead}};
+inline constexpr ResultMeaning kWriteResults[] = {{0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}};
+inline constexpr ResultMeaning kChangeResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-4, kNotWritten}};
-constexpr ResultMeaning kIndexedReportResults[] = {
+inline constexpr ResultMeaning kIndexedReportResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-5, kOutOfRange}};
-constexpr ResultMeaning kIndexedWriteResults[] = {
+inline constexpr ResultMeaning kIndexedWriteResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}, {-5, kOutOfRange}};
-constexpr ResultMeaning kIndexedChangeResults[] = {
+inline constexpr ResultMeaning kIndexedChangeResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-4, kNotWritten}, {-5, kOutOfRange}};
-constexpr ResultMeaning kWriteAsReadResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotWritten}};
+inline constexpr ResultMeaning kWriteAsReadResults[] = {
+    {0, kDone}, {-1, kNotOpened}, {-2, kNotWritten}};

@@ -11,7 +11,7 @@ constexpr CodeName kSets[] = {{1, "port1"}, {2, "port2"}, {4, "port4"}};
 
 constexpr Field kFlags[] = {
     index(code(FIELD(FlagSet, set), kSets, "the switch port"), {1, 4, 1}), // 3 is refused
-    bits(FIELD(FlagSet, valid), 7, "selects the flags; none: all"),
+    bits(FIELD(FlagSet, valid), 7, "bit n selects flags[n]; 0: all"),
     flag(FIELD(FlagSet, flags)),
 };
 

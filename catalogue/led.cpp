@@ -155,25 +155,23 @@ constexpr CommandDescription kCommands[] = {
              .stays = kDeviceKeeps,
              .note = "Of the line control word, off clears bits 4 and 5, on sets bit 4 alone, "
                      "pattern sets bit 5 and keeps bit 4. No inhibit defers or undoes it."}),
-    COMMAND(
-        WR_LED_GROUP_1,
-        {.summary = "sets group 1 of the panel, and begins or ends the alert",
-         .fields = kState,
-         .in = only(kState, "group1.valid group1.element"),
-         .results = kGroup1Results,
-         .reads = kPanelReads,
-         .changes =
-             kPanelChanges | kSystemLog | place_bit(Place::kUserLog) | place_bit(Place::kFlashSave),
-         .stays = "The panel and bit 6 of device word 03 keep it, the user log keeps the event; "
-                  "after result 1, WR_LED_RESTORE brings it to the panel.",
-         .note =
-             "valid bit 2 turns element[2] on, whatever it says; only WR_LED_RESTORE turns "
-             "it off. Whatever valid says, elements 0,x,x end the alert, 1,1,1 end it with "
-             "user log event 256, others begin it with event 257; ledA becomes calm (from "
-             "alert) or alert (unless off), bit 6 of word 03 follows. With result 1 the "
-             "alert bit and word 03 stay as they are, and each repetition logs its event again. A "
-             "failed command is run twice: the event may be logged twice, and 0 may come "
-             "of a word 03 that was not written."}),
+    COMMAND(WR_LED_GROUP_1,
+            {.summary = "sets group 1 of the panel, and begins or ends the alert",
+             .fields = kState,
+             .in = only(kState, "group1.valid group1.element"),
+             .results = kGroup1Results,
+             .reads = kPanelReads,
+             .changes = kPanelChanges | kSystemLog | place_bit(Place::kUserLog) |
+                        place_bit(Place::kFlashSave),
+             .stays =
+                 "The panel and bit 6 of device word 03 keep it, the user log keeps the event; "
+                 "after result 1, WR_LED_RESTORE brings it to the panel.",
+             .note = "valid bit 2 turns element[2] on, whatever it says; only WR_LED_RESTORE turns "
+                     "it off. Elements 0,x,x end the alert, 1,1,1 end it with user log event 256, "
+                     "others begin it with event 257; ledA becomes calm (from alert) or alert "
+                     "(unless off), bit 6 of word 03 follows. With result 1 the alert bit and word "
+                     "03 stay, and each repetition logs its event again. After a failure the event "
+                     "may be logged twice and word 03 left behind."}),
     COMMAND(WR_LINE_FLAGS, {.summary = "sets the line flags (group 2)",
                             .fields = kState,
                             .in = only(kState, "group2.valid group2.element"),

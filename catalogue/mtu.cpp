@@ -11,8 +11,8 @@ constexpr Places kDatasize = place_bit(Place::kMtuDatasize);
 constexpr Places kSystemLog = place_bit(Place::kSystemLog);
 
 constexpr Field kLimit[] = {
-    in_unit(number(FIELD(MtuLimit, frame_size), "what the limit takes in a frame"), "bytes"),
-    in_unit(number(FIELD(MtuLimit, limit), "register 0x0056"), "bytes"),
+    in_unit(number(FIELD(MtuLimit, frame_size), "what the limit takes in a frame"), Unit::kBytes),
+    in_unit(number(FIELD(MtuLimit, limit), "register 0x0056"), Unit::kBytes),
 };
 
 constexpr Field kCap[] = {
@@ -20,11 +20,11 @@ constexpr Field kCap[] = {
 };
 
 constexpr Field kSizes[] = {
-    in_unit(number(FIELD(MtuDatasize, size)), "bytes"),
-    in_unit(number(FIELD(MtuDatasize, data_size), "size - 26, modulo 65536"), "bytes"),
+    in_unit(number(FIELD(MtuDatasize, size)), Unit::kBytes),
+    in_unit(number(FIELD(MtuDatasize, data_size), "size - 26, modulo 65536"), Unit::kBytes),
     in_unit(number(FIELD(MtuDatasize, line_size),
                    "size; while bit 8 of device word 03 is clear, size - 8, modulo 65536"),
-            "bytes"),
+            Unit::kBytes),
     number(FIELD(MtuDatasize, kept), "written as given"),
 };
 

@@ -8,7 +8,7 @@ namespace
 {
 
 constexpr Range kLengths = {0, 32};
-constexpr const char* kValidNote = "0: address, 1: length; none: both";
+constexpr const char* kValidNote = "bits 0, 1 select address, length; 0: both";
 
 constexpr const char* kLengthNote = "leading ones of the mask";
 

@@ -10,7 +10,7 @@ namespace
 constexpr const char* kNoRegister = "a register cannot be read";
 
 constexpr Field kE0[] = {
-    bits(FIELD(RegE0Block, valid), 7, "0..6: enable to field_5, in order; none: all"),
+    bits(FIELD(RegE0Block, valid), 7, "bits 0 to 6 select enable to field_5, in order; 0: all"),
     flag(FIELD(RegE0Block, enable), "0x00F0: bit 0 is reported, bits 0..2 are written"),
     address6(FIELD(RegE0Block, address), "0x00E0, 0x00E2, 0x00E4"),
     hex(FIELD(RegE0Block, word), "0x00E6"),
@@ -22,14 +22,14 @@ constexpr Field kE0[] = {
 
 constexpr Field k16A[] = {
     index(number(FIELD(Reg16ABlock, index), {0, 3})),
-    bits(FIELD(Reg16ABlock, valid), 3, "0: flag_a, 1: flag_b, 2: data; none: all"),
+    bits(FIELD(Reg16ABlock, valid), 3, "bits 0, 1, 2 select flag_a, flag_b, data; 0: all"),
     flag(FIELD(Reg16ABlock, flag_a), "bit 1 of 0x0166"),
     flag(FIELD(Reg16ABlock, flag_b), "bit 0 of 0x0166"),
     bytes(FIELD(Reg16ABlock, data), "0x0160, 0x0162, 0x0164"),
 };
 
 constexpr Field k16E[] = {
-    bits(FIELD(Reg16EBlock, valid), 4, "0: flag_a, 1: flag_b, 2: first, 3: second; none: all"),
+    bits(FIELD(Reg16EBlock, valid), 4, "bits 0 to 3 select flag_a, flag_b, first, second; 0: all"),
     flag(FIELD(Reg16EBlock, flag_a), "bit 0 of 0x016E"),
     flag(FIELD(Reg16EBlock, flag_b), "bit 1 of 0x016E"),
     bytes(FIELD(Reg16EBlock, first), "0x0170, 0x0172"),

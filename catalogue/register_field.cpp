@@ -32,7 +32,7 @@ constexpr Field kSelect[] = {
     flag(FIELD(Reg168Select, value)),
 };
 
-constexpr const char* kValidNote = "0: a, 1: b; none: both";
+constexpr const char* kValidNote = "bits 0, 1 select a, b; 0: both";
 
 constexpr Field k15ARead[] = {
     bits(FIELD(Reg15AFields, valid), 2),
@@ -67,31 +67,39 @@ constexpr ResultMeaning kMode168Results[] = {
 
 constexpr ResultMeaning k15CResults[] = {{0, kDone}, {-1, kNotOpened}, {-4, kPartlyWritten}};
 
-#define REPORTS(CODE, FIELDS, SUMMARY)                                                             \
-    COMMAND(CODE, {.summary = SUMMARY,                                                             \
-                   .fields = FIELDS,                                                               \
-                   .out = all(FIELDS),                                                             \
-                   .results = kReportResults,                                                      \
-                   .reads = kFpga})
+// The whole record is reported.
+consteval CommandDescription reported(std::span<const Field> fields, const char* summary)
+{
+    return {.summary = summary,
+            .fields = fields,
+            .out = all(fields),
+            .results = kReportResults,
+            .reads = kFpga};
+}
 
-#define CHANGES(CODE, FIELDS, RESULTS, SUMMARY)                                                    \
-    COMMAND(CODE, {.summary = SUMMARY,                                                             \
-                   .fields = FIELDS,                                                               \
-                   .in = all(FIELDS),                                                              \
-                   .results = RESULTS,                                                             \
-                   .reads = kFpga,                                                                 \
-                   .changes = kFpga,                                                               \
-                   .stays = kDeviceKeeps})
+// The whole record is taken; the register is read first.
+consteval CommandDescription changed(std::span<const Field> fields,
+                                     std::span<const ResultMeaning> results, const char* summary)
+{
+    return {.summary = summary,
+            .fields = fields,
+            .in = all(fields),
+            .results = results,
+            .reads = kFpga,
+            .changes = kFpga,
+            .stays = kDeviceKeeps};
+}
 
 constexpr CommandDescription kCommands[] = {
-    REPORTS(RD_REG132_VALUE, kNumber7, "bits 0 to 6 of register 0x0132"),
-    CHANGES(WR_REG132_VALUE, kNumber7, kIndexedChangeResults,
-            "writes bits 0 to 6 of register 0x0132"),
-    REPORTS(RD_REG110_BYTES, kBytes110, "the four bytes of registers 0x0110 and 0x0112"),
-    CHANGES(WR_REG110_BYTES, kBytes110, k110Results,
-            "writes registers 0x0110 and 0x0112, then bit 2 of 0x0114"),
-    REPORTS(RD_REGF4_FLAGS, kFlagsF4, "eight flags of register 0x00F4"),
-    REPORTS(RD_REG168_MODE, kMode168Read, "mode in bits 12 and 13 of register 0x0168"),
+    COMMAND(RD_REG132_VALUE, {reported(kNumber7, "bits 0 to 6 of register 0x0132")}),
+    COMMAND(WR_REG132_VALUE,
+            {changed(kNumber7, kIndexedChangeResults, "writes bits 0 to 6 of register 0x0132")}),
+    COMMAND(RD_REG110_BYTES,
+            {reported(kBytes110, "the four bytes of registers 0x0110 and 0x0112")}),
+    COMMAND(WR_REG110_BYTES, {changed(kBytes110, k110Results,
+                                      "writes registers 0x0110 and 0x0112, then bit 2 of 0x0114")}),
+    COMMAND(RD_REGF4_FLAGS, {reported(kFlagsF4, "eight flags of register 0x00F4")}),
+    COMMAND(RD_REG168_MODE, {reported(kMode168Read, "mode in bits 12 and 13 of register 0x0168")}),
     COMMAND(WR_REG168_MODE, {.summary = "sets the mode in bits 12 and 13 of register 0x0168",
                              .fields = kMode168,
                              .in = all(kMode168),
@@ -108,39 +116,49 @@ constexpr CommandDescription kCommands[] = {
                                .out = only(kSelect, "value"),
                                .results = kIndexedReportResults,
                                .reads = kFpga}),
-    CHANGES(WR_REG168_SELECT, kSelect, kIndexedChangeResults,
-            "sets or clears one of bits 8 to 11 of register 0x0168"),
-    REPORTS(RD_REG168_VALUE, kNumber8, "bits 0 to 7 of register 0x0168"),
-    CHANGES(WR_REG168_VALUE, kNumber8, kIndexedChangeResults,
-            "writes bits 0 to 7 of register 0x0168"),
-    REPORTS(RD_REG158_BIT6, kFlag8, "bit 6 of register 0x0158"),
-    CHANGES(WR_REG158_BIT6, kFlag8, kChangeResults, "sets or clears bit 6 of register 0x0158"),
-    REPORTS(RD_REG158_BIT7, kFlag8, "bit 7 of register 0x0158"),
-    CHANGES(WR_REG158_BIT7, kFlag8, kChangeResults, "sets or clears bit 7 of register 0x0158"),
-    REPORTS(RD_REG158_BIT15, kFlag8, "bit 15 of register 0x0158"),
-    CHANGES(WR_REG158_BIT15, kFlag8, kChangeResults, "sets or clears bit 15 of register 0x0158"),
-    REPORTS(RD_REG158_BIT14, kFlag8, "bit 14 of register 0x0158"),
-    CHANGES(WR_REG158_BIT14, kFlag8, kChangeResults, "sets or clears bit 14 of register 0x0158"),
-    REPORTS(RD_REG158_STATE, kState, "state in bits 12 and 13 of register 0x0158"),
-    CHANGES(WR_REG158_STATE, kState, kChangeResults,
-            "sets the state in bits 12 and 13 of register 0x0158"),
-    REPORTS(RD_REG158_BIT8, kFlag8, "bit 8 of register 0x0158"),
-    REPORTS(RD_REG158_BIT4, kFlag8, "bit 4 of register 0x0158"),
-    CHANGES(WR_REG158_BIT4, kFlag8, kChangeResults, "sets or clears bit 4 of register 0x0158"),
-    REPORTS(RD_REG158_BIT3, kFlag8, "bit 3 of register 0x0158"),
-    CHANGES(WR_REG158_BIT3, kFlag8, kChangeResults, "sets or clears bit 3 of register 0x0158"),
-    REPORTS(RD_REG158_BIT2, kFlag8, "bit 2 of register 0x0158"),
-    CHANGES(WR_REG158_BIT2, kFlag8, kChangeResults, "sets or clears bit 2 of register 0x0158"),
-    REPORTS(RD_REG158_BIT1, kFlag8, "bit 1 of register 0x0158"),
-    CHANGES(WR_REG158_BIT1, kFlag8, kChangeResults, "sets or clears bit 1 of register 0x0158"),
-    REPORTS(RD_REG158_BIT0, kFlag8, "bit 0 of register 0x0158"),
-    CHANGES(WR_REG158_BIT0, kFlag8, kChangeResults, "sets or clears bit 0 of register 0x0158"),
+    COMMAND(WR_REG168_SELECT, {changed(kSelect, kIndexedChangeResults,
+                                       "sets or clears one of bits 8 to 11 of register 0x0168")}),
+    COMMAND(RD_REG168_VALUE, {reported(kNumber8, "bits 0 to 7 of register 0x0168")}),
+    COMMAND(WR_REG168_VALUE,
+            {changed(kNumber8, kIndexedChangeResults, "writes bits 0 to 7 of register 0x0168")}),
+    COMMAND(RD_REG158_BIT6, {reported(kFlag8, "bit 6 of register 0x0158")}),
+    COMMAND(WR_REG158_BIT6,
+            {changed(kFlag8, kChangeResults, "sets or clears bit 6 of register 0x0158")}),
+    COMMAND(RD_REG158_BIT7, {reported(kFlag8, "bit 7 of register 0x0158")}),
+    COMMAND(WR_REG158_BIT7,
+            {changed(kFlag8, kChangeResults, "sets or clears bit 7 of register 0x0158")}),
+    COMMAND(RD_REG158_BIT15, {reported(kFlag8, "bit 15 of register 0x0158")}),
+    COMMAND(WR_REG158_BIT15,
+            {changed(kFlag8, kChangeResults, "sets or clears bit 15 of register 0x0158")}),
+    COMMAND(RD_REG158_BIT14, {reported(kFlag8, "bit 14 of register 0x0158")}),
+    COMMAND(WR_REG158_BIT14,
+            {changed(kFlag8, kChangeResults, "sets or clears bit 14 of register 0x0158")}),
+    COMMAND(RD_REG158_STATE, {reported(kState, "state in bits 12 and 13 of register 0x0158")}),
+    COMMAND(WR_REG158_STATE, {changed(kState, kChangeResults,
+                                      "sets the state in bits 12 and 13 of register 0x0158")}),
+    COMMAND(RD_REG158_BIT8, {reported(kFlag8, "bit 8 of register 0x0158")}),
+    COMMAND(RD_REG158_BIT4, {reported(kFlag8, "bit 4 of register 0x0158")}),
+    COMMAND(WR_REG158_BIT4,
+            {changed(kFlag8, kChangeResults, "sets or clears bit 4 of register 0x0158")}),
+    COMMAND(RD_REG158_BIT3, {reported(kFlag8, "bit 3 of register 0x0158")}),
+    COMMAND(WR_REG158_BIT3,
+            {changed(kFlag8, kChangeResults, "sets or clears bit 3 of register 0x0158")}),
+    COMMAND(RD_REG158_BIT2, {reported(kFlag8, "bit 2 of register 0x0158")}),
+    COMMAND(WR_REG158_BIT2,
+            {changed(kFlag8, kChangeResults, "sets or clears bit 2 of register 0x0158")}),
+    COMMAND(RD_REG158_BIT1, {reported(kFlag8, "bit 1 of register 0x0158")}),
+    COMMAND(WR_REG158_BIT1,
+            {changed(kFlag8, kChangeResults, "sets or clears bit 1 of register 0x0158")}),
+    COMMAND(RD_REG158_BIT0, {reported(kFlag8, "bit 0 of register 0x0158")}),
+    COMMAND(WR_REG158_BIT0,
+            {changed(kFlag8, kChangeResults, "sets or clears bit 0 of register 0x0158")}),
     COMMAND(RD_REG15A_FIELDS, {.summary = "two fields of register 0x015A",
                                .fields = k15ARead,
                                .out = but(k15ARead, "valid"),
                                .results = kReportResults,
                                .reads = kFpga}),
-    CHANGES(WR_REG15A_FIELDS, k15AWrite, kChangeResults, "writes two fields of register 0x015A"),
+    COMMAND(WR_REG15A_FIELDS,
+            {changed(k15AWrite, kChangeResults, "writes two fields of register 0x015A")}),
     COMMAND(RD_REG15C_PAIR, {.summary = "registers 0x015C and 0x015E",
                              .fields = k15C,
                              .out = but(k15C, "valid"),
@@ -152,25 +170,31 @@ constexpr CommandDescription kCommands[] = {
                              .results = k15CResults,
                              .changes = kFpga,
                              .stays = kDeviceKeeps}),
-    REPORTS(RD_REG158_BIT5, kFlag8, "bit 5 of register 0x0158"),
-    CHANGES(WR_REG158_BIT5, kFlag8, kChangeResults, "sets or clears bit 5 of register 0x0158"),
-    REPORTS(RD_REG11E_BIT0, kFlag16, "bit 0 of register 0x011E"),
-    CHANGES(WR_REG11E_BIT0, kFlag16, kChangeResults, "sets or clears bit 0 of register 0x011E"),
-    REPORTS(RD_REGFE_MODE, kModeFE, "mode in bits 0 to 3 of register 0x00FE"),
-    CHANGES(WR_REGFE_MODE, kModeFE, kChangeResults,
-            "sets the mode in bits 0 to 3 of register 0x00FE"),
-    REPORTS(RD_REGFE_NIBBLE, kNibble, "bits 0 to 3 of register 0x00FE as a number"),
-    CHANGES(WR_REGFE_NIBBLE, kNibble, kChangeResults,
-            "writes bits 0 to 3 of register 0x00FE as a number"),
-    REPORTS(RD_REG44_FLAG, kFlag16, "bit 0 of register 0x0044"),
-    CHANGES(WR_REG44_FLAG, kFlag16, kChangeResults, "sets or clears bit 0 of register 0x0044"),
-    REPORTS(RD_REG158_BIT10, kFlag8, "bit 10 of register 0x0158"),
-    CHANGES(WR_REG158_BIT10, kFlag8, kChangeResults, "sets or clears bit 10 of register 0x0158"),
-    REPORTS(RD_REG16C_ENABLE, kEnable, "enable flag in bits 0 and 1 of register 0x016C"),
-    CHANGES(WR_REG16C_ENABLE, kEnable, kChangeResults,
-            "sets the enable flag in bits 0 and 1 of register 0x016C"),
-    REPORTS(RD_REG1B4_BIT0, kFlag16, "bit 0 of register 0x01B4"),
-    CHANGES(WR_REG1B4_BIT0, kFlag16, kChangeResults, "sets or clears bit 0 of register 0x01B4"),
+    COMMAND(RD_REG158_BIT5, {reported(kFlag8, "bit 5 of register 0x0158")}),
+    COMMAND(WR_REG158_BIT5,
+            {changed(kFlag8, kChangeResults, "sets or clears bit 5 of register 0x0158")}),
+    COMMAND(RD_REG11E_BIT0, {reported(kFlag16, "bit 0 of register 0x011E")}),
+    COMMAND(WR_REG11E_BIT0,
+            {changed(kFlag16, kChangeResults, "sets or clears bit 0 of register 0x011E")}),
+    COMMAND(RD_REGFE_MODE, {reported(kModeFE, "mode in bits 0 to 3 of register 0x00FE")}),
+    COMMAND(WR_REGFE_MODE,
+            {changed(kModeFE, kChangeResults, "sets the mode in bits 0 to 3 of register 0x00FE")}),
+    COMMAND(RD_REGFE_NIBBLE, {reported(kNibble, "bits 0 to 3 of register 0x00FE as a number")}),
+    COMMAND(WR_REGFE_NIBBLE, {changed(kNibble, kChangeResults,
+                                      "writes bits 0 to 3 of register 0x00FE as a number")}),
+    COMMAND(RD_REG44_FLAG, {reported(kFlag16, "bit 0 of register 0x0044")}),
+    COMMAND(WR_REG44_FLAG,
+            {changed(kFlag16, kChangeResults, "sets or clears bit 0 of register 0x0044")}),
+    COMMAND(RD_REG158_BIT10, {reported(kFlag8, "bit 10 of register 0x0158")}),
+    COMMAND(WR_REG158_BIT10,
+            {changed(kFlag8, kChangeResults, "sets or clears bit 10 of register 0x0158")}),
+    COMMAND(RD_REG16C_ENABLE,
+            {reported(kEnable, "enable flag in bits 0 and 1 of register 0x016C")}),
+    COMMAND(WR_REG16C_ENABLE, {changed(kEnable, kChangeResults,
+                                       "sets the enable flag in bits 0 and 1 of register 0x016C")}),
+    COMMAND(RD_REG1B4_BIT0, {reported(kFlag16, "bit 0 of register 0x01B4")}),
+    COMMAND(WR_REG1B4_BIT0,
+            {changed(kFlag16, kChangeResults, "sets or clears bit 0 of register 0x01B4")}),
 };
 
 } // namespace

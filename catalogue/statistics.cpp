@@ -11,11 +11,11 @@ constexpr Places kFile = place_bit(Place::kStatistics);
 
 constexpr Field kTotals[] = {
     hex(FIELD(StatisticsFile, kept_0), "not of these commands"),
-    in_unit(number(FIELD(StatisticsFile, kib_b), "stream B, port by port"), "KiB"),
-    in_unit(number(FIELD(StatisticsFile, kib_a), "stream A, port by port"), "KiB"),
+    in_unit(number(FIELD(StatisticsFile, kib_b), "stream B, port by port"), Unit::kKib),
+    in_unit(number(FIELD(StatisticsFile, kib_a), "stream A, port by port"), Unit::kKib),
     hex(FIELD(StatisticsFile, kept_248), "not of these commands"),
-    in_unit(number(FIELD(StatisticsFile, rest_b), "stream B, beyond kib_b"), "bytes"),
-    in_unit(number(FIELD(StatisticsFile, rest_a), "stream A, beyond kib_a"), "bytes"),
+    in_unit(number(FIELD(StatisticsFile, rest_b), "stream B, beyond kib_b"), Unit::kBytes),
+    in_unit(number(FIELD(StatisticsFile, rest_a), "stream A, beyond kib_a"), Unit::kBytes),
 };
 
 constexpr ResultMeaning kResults[] = {

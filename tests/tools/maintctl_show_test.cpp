@@ -36,6 +36,20 @@ class Show : public MaintctlUnit
         return rows;
     }
 
+    // A missing thing's meaning is there as a whole, or as much of it as the row has room for.
+    static void expect_meaning(const std::string& label, const std::string& text,
+                               const JsonValue& error)
+    {
+        const size_t at = text.find(": ");
+        ASSERT_NE(at, std::string::npos) << label;
+        const std::string shown = text.substr(at + 2);
+        const std::string& whole = error["error"].text;
+        if (shown != whole) {
+            EXPECT_EQ(12 + text.size(), 80U) << label << ": " << text;
+            EXPECT_EQ(shown, whole.substr(0, shown.size() - 3) + "...");
+        }
+    }
+
     // Runs status, and expects these rows to be missing something (their texts contain that), the
     // others to be as they are when nothing is missing, and JSON to say the same.
     void expect_missing(const Rows& good, const Rows& missing, int status)
@@ -299,6 +313,16 @@ TEST_F(Show, WithoutAnything)
     }
     EXPECT_EQ(shown.status, 1);
     const JsonValue status = status_of(verb_run(status_show, true));
+    size_t cut = 0;
+    for (const auto& [label, text] : labelled(shown)) {
+        for (const JsonValue& error : status["errors"].items) {
+            if (text.rfind(error["command"].text + " ", 0) == 0) {
+                expect_meaning(label, text, error);
+                cut += text.find("...") != std::string::npos ? 1 : 0;
+            }
+        }
+    }
+    EXPECT_GT(cut, 0U);
     for (const auto& [key, value] : status.members) {
         EXPECT_TRUE(value.type == JsonValue::kNull || value.type == JsonValue::kArray) << key;
     }

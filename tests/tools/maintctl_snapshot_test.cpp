@@ -6,6 +6,7 @@
 #include "maint/device_commands.h"
 #include "sim/device_state.h"
 #include "tools/json_value.h"
+#include "tools/maintctl/maintctl.h"
 #include "tools/maintctl_unit_fixture.h"
 
 namespace
@@ -223,6 +224,7 @@ TEST_F(Snapshots, HasTheDevicesAnswers)
     const Snapshot snapshot = snapshot_get();
     Trace asked = requests();
     ASSERT_GT(asked.size(), 2000U);
+    EXPECT_GT(board.call_count(), 5000U);
     asked.erase(asked.begin()); // the own identifier, for the first line
     Trace told = asked_of(snapshot);
     for (std::string& text : told) {
@@ -247,6 +249,24 @@ TEST_F(Snapshots, HasTheDevicesAnswers)
         }
     }
     EXPECT_EQ(told_left, left);
+}
+
+// A driver that overwrites the record leaves no doubt about what was asked.
+TEST_F(Snapshots, HasTheRecordThatWasAsked)
+{
+    board.fpga.answered = [](uint32_t request, char* record) {
+        if (request == 0x6B60) { // the entry's address, and its value
+            memset(record, 0xEE, requestForm_find(request)->size);
+        }
+    };
+    std::set<std::string> asked;
+    for (const JsonValue& line : lines_with(snapshot_get(), "command")) {
+        if (line["command"].text == "RD_PORT_ENTRY") {
+            asked.insert(line["asked"].text);
+        }
+    }
+    EXPECT_GE(asked.size(), 256U);
+    EXPECT_EQ(asked.count("1f00000007000000"), 1U); // port 31, index 7
 }
 
 TEST_F(Snapshots, HasFailuresOfBothRuns)
@@ -293,6 +313,9 @@ TEST_F(Snapshots, WithoutAnything)
         EXPECT_EQ(file["error"].text, "cannot be opened");
     }
     EXPECT_EQ(lines_with(snapshot, "file").size(), 3U);
+    board.rtc_present = true; // the clock alone is no unit, and its failure not the first
+    board.rtc.result = -1;
+    EXPECT_EQ(verb_run(snapshot_make).status, 1);
     EXPECT_FALSE(board.file_exists("/conf/system.log"));
 }
 
@@ -361,15 +384,17 @@ TEST_F(Snapshots, ChangesNothing)
 TEST_F(Snapshots, EndsWithAnOutputThatIsFull)
 {
     char room[100];
-    Session session{};
-    session.out = fmemopen(room, sizeof room, "w");
-    session.err = tmpfile();
-    setvbuf(session.out, nullptr, _IONBF, 0);
+    FILE* out = fmemopen(room, sizeof room, "w");
+    FILE* err = tmpfile();
+    setvbuf(out, nullptr, _IONBF, 0);
+    char program[] = "maintctl";
+    char verb[] = "snapshot";
+    char* const words[] = {program, verb, nullptr};
     board.restart();
-    EXPECT_EQ(snapshot_make(session), 74);
-    EXPECT_LT(board.call_count(), 1000U);
-    fclose(session.out);
-    fclose(session.err);
+    EXPECT_EQ(maintctl_run(2, words, out, err), 74);
+    EXPECT_LT(board.call_count(), 1000U); // a whole snapshot makes several times as many
+    fclose(out);
+    fclose(err);
 }
 
 } // namespace

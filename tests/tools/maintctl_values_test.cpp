@@ -16,6 +16,12 @@ namespace
 constexpr CodeName kCodes[] = {{0, "off"}, {1, "on"}, {7, "both"}};
 constexpr CodeName kNumbersAsNames[] = {{0, "2"}, {2, "4"}};
 
+template <size_t kCount> void codes_set(Field& field, const CodeName (&codes)[kCount])
+{
+    field.first_code = codes;
+    field.code_count = kCount;
+}
+
 Field field_make(Kind kind, uint16_t width, uint8_t count, uint32_t least, uint32_t most)
 {
     Field field{};
@@ -24,12 +30,11 @@ Field field_make(Kind kind, uint16_t width, uint8_t count, uint32_t least, uint3
     field.width = width;
     field.count = count;
     field.kind = kind;
-    field.unit = "";
     field.note = "";
     field.least = least;
     field.most = most;
     if (kind == Kind::kCode) {
-        field.codes = kCodes;
+        codes_set(field, kCodes);
     }
     return field;
 }
@@ -54,7 +59,7 @@ Field driver_sized(Field field)
     return field;
 }
 
-Field with_unit(Field field, const char* unit)
+Field with_unit(Field field, Unit unit)
 {
     field.unit = unit;
     return field;
@@ -132,7 +137,7 @@ TEST(ValueRead, Numbers)
     EXPECT_EQ(read(kByte, "4294967297"), "is not within 1 to 31");
     EXPECT_EQ(read(kByte, "18446744073709551617"), "is not within 1 to 31");
     EXPECT_EQ(read(kByte, "0x100000000000000000001"), "is not within 1 to 31");
-    EXPECT_EQ(read(with_unit(kByte, "bytes"), "32"), "is not within 1 to 31 bytes");
+    EXPECT_EQ(read(with_unit(kByte, Unit::kBytes), "32"), "is not within 1 to 31 bytes");
     EXPECT_EQ(read(kWord, "4294967295"), "ffffffff");
     EXPECT_EQ(read(kWord, "0x12345678"), "78563412");
     EXPECT_EQ(read(kWord, "4294967296"), "is not within 0 to 4294967295");
@@ -179,7 +184,7 @@ TEST(ValueRead, Codes)
     }
     EXPECT_EQ(read(kCodeByte, ""), "is empty");
     Field field = kCodeByte;
-    field.codes = kNumbersAsNames; // a name goes before a number
+    codes_set(field, kNumbersAsNames); // a name goes before a number
     EXPECT_EQ(read(field, "2"), "00");
     EXPECT_EQ(read(field, "4"), "02");
     EXPECT_EQ(read(field, "0x2"), "02");
@@ -319,7 +324,7 @@ bool in_range(const Field& field, const uint8_t* record)
             break;
         case Kind::kCode:
             memcpy(&number, bytes, field.width);
-            if (std::none_of(field.codes.begin(), field.codes.end(),
+            if (std::none_of(field.codes().begin(), field.codes().end(),
                              [&](const CodeName& code) { return code.code == number; })) {
                 return false;
             }
@@ -344,8 +349,8 @@ void field_fill(const Field& field, uint8_t* record, std::mt19937& random)
         }
         uint32_t number = 0;
         memcpy(&number, bytes, field.width);
-        if (!field.codes.empty()) {
-            number = field.codes[number % field.codes.size()].code;
+        if (!field.codes().empty()) {
+            number = field.codes()[number % field.codes().size()].code;
             memcpy(bytes, &number, field.width);
         } else if (field.most != 0) {
             number = static_cast<uint32_t>(field.least +

@@ -117,6 +117,13 @@ void callText_begin(CallText& text, bool wanted)
     text.length = 0;
 }
 
+void callText_widen(CallText& text)
+{
+    if (text.limit != 0) {
+        text.limit = CallText::kSize;
+    }
+}
+
 void callText_add(CallText& text, const char* format, ...)
 {
     if (text.length >= text.limit) {

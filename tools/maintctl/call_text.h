@@ -17,6 +17,7 @@ struct CallText {
 };
 
 void callText_begin(CallText& text, bool wanted);
+void callText_widen(CallText& text); // from here on all of it may be filled
 // What goes beyond the limit is left out.
 __attribute__((format(printf, 2, 3))) void callText_add(CallText& text, const char* format, ...);
 // In quotes, with other bytes than printed characters escaped as in C, the beginning of a long one.

@@ -84,7 +84,7 @@ void value_complete(const Completion& completion, const Field& field, const char
         offer("0");
         offer("1");
     }
-    for (const CodeName& code : field.codes) {
+    for (const CodeName& code : field.codes()) {
         offer(code.name);
     }
 }

@@ -106,8 +106,8 @@ void field_addKind(Text& text, const Field& field)
     } else if (field.kind == Kind::kText || field.kind == Kind::kBytes) {
         text_add(text, field.role == Role::kDriverSized ? " up to %u" : " of %u", field.width);
     }
-    if (field.unit[0] != '\0') {
-        text_add(text, " %s", field.unit);
+    if (unit_name(field.unit)[0] != '\0') {
+        text_add(text, " %s", unit_name(field.unit));
     }
     if (field.count > 1) {
         text_add(text, ", %u elements", field.count);
@@ -130,7 +130,7 @@ void field_show(FILE* out, const CommandDescription& command, size_t number)
         paragraph_add(paragraph, field.note);
     }
     const char* before = ":";
-    for (const CodeName& code : field.codes) {
+    for (const CodeName& code : field.codes()) {
         fputs(before, out);
         ++paragraph.column;
         kind = text_in(text);
@@ -269,12 +269,12 @@ void field_json(Json& json, const CommandDescription& command, size_t number)
         number_json(json, "least", field.least);
         number_json(json, "most", field.most);
     }
-    text_json(json, "unit", field.unit);
+    text_json(json, "unit", unit_name(field.unit));
     text_json(json, "note", field.note);
     if (field.kind == Kind::kCode) {
         json_key(json, "codes");
         json_open(json, '{');
-        for (const CodeName& code : field.codes) {
+        for (const CodeName& code : field.codes()) {
             number_json(json, code.name, code.code);
         }
         json_close(json, '}');
@@ -343,7 +343,7 @@ void value_addExample(Text& text, const Field& field)
             }
             break;
         case Kind::kCode:
-            text_add(text, "%s", field.codes[0].name);
+            text_add(text, "%s", field.codes()[0].name);
             break;
         case Kind::kHex:
         case Kind::kBits:

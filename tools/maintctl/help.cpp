@@ -29,6 +29,8 @@ constexpr const char* kHelp =
     "                      maintctl panel\n"
     "  snapshot          all that can be read without changing anything, as JSON\n"
     "                      maintctl snapshot > unit.json\n"
+    "                    Of /conf/config it takes the numbers of the keys that the\n"
+    "                    commands use, and no passwords.\n"
     "  run [FILE]        runs the commands of FILE, one a line, up to the first that\n"
     "                    fails; - or no FILE: from the standard input. All lines are\n"
     "                    checked before the first runs. # begins a comment, quotes\n"

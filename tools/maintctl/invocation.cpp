@@ -145,7 +145,7 @@ bool recordFile_read(const char* path, Invocation& invocation, Text& wrong)
 {
     const uint16_t record = invocation.command->record;
     uint8_t bytes[DEVICE_RECORD_MAX + 1];
-    FILE* const file = fopen(path, "r");
+    FILE* const file = fopen(path, "re");
     size_t length = 0;
     bool failed = file == nullptr;
     int error = errno;

@@ -138,6 +138,7 @@ bool call_hold(Call& call, const char* words = kNotDone)
     call.held = words;
     CallText line;
     callText_begin(line, true);
+    callText_widen(line);
     callText_add(line, "%s: %.*s)", words, static_cast<int>(call.text.length), call.text.text);
     callText_print(line, state.settings->console);
     return true;
@@ -160,9 +161,7 @@ template <class Make> auto call_make(Call& call, const Make& make)
 // The result, and errno's name where the call failed and has set it.
 void call_result(Call& call, long result, bool failed)
 {
-    if (call.text.limit != 0) {
-        call.text.limit = CallText::kSize;
-    }
+    callText_widen(call.text);
     callText_add(call.text, ") = %ld", result);
     if (failed && call.error != 0) {
         callText_error(call.text, call.error);
@@ -199,9 +198,7 @@ size_t call_endItems(Call& call, size_t done, size_t asked)
 
 void call_endNull(Call& call)
 {
-    if (call.text.limit != 0) {
-        call.text.limit = CallText::kSize;
-    }
+    callText_widen(call.text);
     callText_add(call.text, ") = null");
     if (call.error != 0) {
         callText_error(call.text, call.error);

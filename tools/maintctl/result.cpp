@@ -56,10 +56,21 @@ void value_json(Json& json, const Field& field, const uint8_t* record)
 void result_json(Json& json, const CommandDescription& command, int32_t result,
                  const uint8_t* record)
 {
+    command_json(json, command);
+    outcome_json(json, command, result, record);
+}
+
+void command_json(Json& json, const CommandDescription& command)
+{
     json_key(json, "command");
     json_text(json, command.name);
     json_key(json, "code");
     json_number(json, command.code);
+}
+
+void outcome_json(Json& json, const CommandDescription& command, int32_t result,
+                  const uint8_t* record)
+{
     json_key(json, "result");
     json_number(json, result);
     json_key(json, "record");

@@ -136,7 +136,7 @@ int script_run(const Session& session, const char* path)
     char wrong[kWrongMax];
     Text why = text_in(wrong);
     text_addTyped(why, name, strlen(name));
-    FILE* const file = standard ? stdin : fopen(path, "r");
+    FILE* const file = standard ? stdin : fopen(path, "re");
     if (file == nullptr) {
         text_add(why, " cannot be read: %s", strerror(errno));
         return call_refuse(session, wrong);

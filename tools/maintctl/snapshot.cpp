@@ -25,8 +25,8 @@ namespace
 struct Snapshot {
     const Session& session;
     Json out;
-    Json answers;               // of the command that is running
-    bool device_opened = false; // at least once
+    bool answering = false;     // a command runs, and its line waits for the answers
+    bool device_opened = false; // /dev/fpga, at least once
     int32_t first_failure = 0;
     Answer own_id;
 };
@@ -64,9 +64,11 @@ void answer_put(Json& json, const AnsweredRequest& answer)
 void answer_hear(void* listener, const AnsweredRequest& answer)
 {
     auto& snapshot = *static_cast<Snapshot*>(listener);
-    snapshot.device_opened = true;
-    if (snapshot.answers.file != nullptr) {
-        answer_put(snapshot.answers, answer);
+    if (strcmp(answer.device, place_name(Place::kFpga)) == 0) {
+        snapshot.device_opened = true;
+    }
+    if (snapshot.answering) {
+        answer_put(snapshot.out, answer);
     }
 }
 
@@ -82,38 +84,25 @@ void line_end(Json& json)
     fputc('\n', json.file);
 }
 
-// Runs a command and writes its line. False: no memory for the answers.
-bool command_record(Snapshot& snapshot, const CommandDescription& command, uint8_t* record)
+// Runs a command and writes its line, with the answers in it as they come.
+void command_record(Snapshot& snapshot, const CommandDescription& command, uint8_t* record)
 {
-    char* text = nullptr;
-    size_t length = 0;
-    snapshot.answers = {open_memstream(&text, &length)};
-    if (snapshot.answers.file == nullptr) {
-        return false;
-    }
-    json_open(snapshot.answers, '[');
-    uint8_t asked[DEVICE_RECORD_MAX]; // the driver can overwrite the index, too
-    memcpy(asked, record, sizeof asked);
+    Json& out = snapshot.out;
+    line_begin(out);
+    command_json(out, command);
+    json_key(out, "asked"); // the driver can overwrite the index, too
+    json_hex(out, record, command.record);
+    json_key(out, "answers");
+    json_open(out, '[');
+    snapshot.answering = true;
     const int32_t result = Fpga_Register_Set(command.code, record);
-    json_close(snapshot.answers, ']');
-    const bool good = fclose(snapshot.answers.file) == 0;
-    snapshot.answers.file = nullptr;
-
-    if (good) {
-        line_begin(snapshot.out);
-        result_json(snapshot.out, command, result, record);
-        json_key(snapshot.out, "asked");
-        json_hex(snapshot.out, asked, command.record);
-        json_key(snapshot.out, "answers");
-        fputs(text, snapshot.out.file);
-        snapshot.out.after_value = true;
-        line_end(snapshot.out);
-    }
-    free(text);
+    snapshot.answering = false;
+    json_close(out, ']');
+    outcome_json(out, command, result, record);
+    line_end(out);
     if (result < 0 && snapshot.first_failure == 0) {
         snapshot.first_failure = result;
     }
-    return good;
 }
 
 // Commands ----------------------------------------------------------------------------------------
@@ -175,7 +164,8 @@ bool combinations_record(Snapshot& snapshot, const CommandDescription& command)
     do {
         alignas(8) uint8_t record[DEVICE_RECORD_MAX];
         memcpy(record, indexes, sizeof record);
-        if (!command_record(snapshot, command, record) || ferror(snapshot.out.file) != 0) {
+        command_record(snapshot, command, record);
+        if (ferror(snapshot.out.file) != 0) {
             return false;
         }
     } while (indexes_advance(command, indexes));
@@ -394,33 +384,28 @@ void unknown_record(Json& json)
     line_end(json);
 }
 
-bool snapshot_record(Snapshot& snapshot)
+void snapshot_record(Snapshot& snapshot)
 {
     beginning_record(snapshot);
     file_record(snapshot.out, Place::kSerialNumber, sizeof(SerialNumber));
     file_record(snapshot.out, Place::kMtuDatasize, sizeof(MtuDatasize));
     config_record(snapshot.out);
-    if (!commands_record(snapshot)) {
-        return false;
+    if (commands_record(snapshot)) {
+        unknown_record(snapshot.out);
     }
-    unknown_record(snapshot.out);
-    return true;
 }
 
 } // namespace
 
 int snapshot_make(const Session& session)
 {
-    Snapshot snapshot{.session = session, .out = {session.out}, .answers = {nullptr}, .own_id = {}};
+    Snapshot snapshot{.session = session, .out = {session.out}, .own_id = {}};
     QuietReading quiet;
     quietReading_begin(quiet, session);
     quiet.calls.answered = answer_hear;
     quiet.calls.listener = &snapshot;
     answer_get(snapshot.own_id, RD_DEVICE_WORD_29);
-    const bool good = snapshot_record(snapshot);
+    snapshot_record(snapshot);
     quietReading_end(quiet);
-    if (!good) {
-        return kExitOutput;
-    }
     return snapshot.device_opened ? 0 : exitStatus_of(snapshot.first_failure);
 }

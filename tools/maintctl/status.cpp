@@ -103,7 +103,7 @@ void unit_read(UnitStatus& unit)
 bool phy_isUndecided(const Answer& answer)
 {
     const PhyStatus phy = record_of<RD_PHY_STATUS>(answer);
-    return answer.result == DEVICE_READ_FAILED && phy.link == 1 && phy.autoneg == 1;
+    return answer.result == DEVICE_READ_FAILED && phy.link == 1;
 }
 
 // The value of the line's register that a limit stands for (maint/commands/bandwidth.h). One that

@@ -106,7 +106,7 @@ void codes_add(Text& reason, std::span<const CodeName> codes)
 
 bool code_read(const Field& field, const Part& part, uint32_t& number, Text& reason)
 {
-    for (const CodeName& code : field.codes) {
+    for (const CodeName& code : field.codes()) {
         if (part_is(part, code.name)) {
             number = code.code;
             return true;
@@ -118,7 +118,7 @@ bool code_read(const Field& field, const Part& part, uint32_t& number, Text& rea
         number = static_cast<uint32_t>(typed);
         return true;
     }
-    codes_add(reason, field.codes);
+    codes_add(reason, field.codes());
     return false;
 }
 
@@ -154,7 +154,8 @@ bool numberElement_read(const Field& field, const Part& part, uint8_t* bytes, Te
             number_print(field, field.least, reason);
             text_add(reason, " to ");
             number_print(field, field.most, reason);
-            text_add(reason, field.unit[0] != '\0' ? " %s" : "%s", field.unit);
+            text_add(reason, unit_name(field.unit)[0] != '\0' ? " %s" : "%s",
+                     unit_name(field.unit));
             return false;
         }
         number = static_cast<uint32_t>(typed);
@@ -381,7 +382,7 @@ uint32_t value_number(const Field& field, unsigned element, const uint8_t* recor
 
 const char* value_codeName(const Field& field, uint32_t code)
 {
-    for (const CodeName& known : field.codes) {
+    for (const CodeName& known : field.codes()) {
         if (known.code == code) {
             return known.name;
         }

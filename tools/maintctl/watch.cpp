@@ -4,9 +4,7 @@
 #include <csignal>
 #include <cstring>
 #include <ctime>
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
+#include <sys/select.h>
 
 #include "tools/maintctl/command.h"
 #include "tools/maintctl/exit_status.h"
@@ -55,13 +53,13 @@ bool interval_wait(double seconds)
     sigset_t before;
     sigemptyset(&only);
     sigaddset(&only, SIGINT);
-    sigprocmask(SIG_BLOCK, &only, &before); // it comes in while ppoll waits, or not at all
+    sigprocmask(SIG_BLOCK, &only, &before); // it comes in while pselect waits, or not at all
     if (interrupted == 0) {
         struct timespec time = {};
         time.tv_sec = static_cast<time_t>(seconds);
         time.tv_nsec =
             static_cast<long>((seconds - static_cast<double>(time.tv_sec)) * 1000000000.0);
-        ppoll(nullptr, 0, &time, &before);
+        pselect(0, nullptr, nullptr, nullptr, &time, &before);
     }
     sigprocmask(SIG_SETMASK, &before, nullptr);
     return interrupted == 0;
@@ -175,60 +173,27 @@ int subject_show(const Session& session, const Subject& subject)
                                          : subject.show(session);
 }
 
-// A pipe to this very process: not every C library of a board has files in memory.
-struct Capture {
-    FILE* file; // takes a round
-    int read_end;
-};
-
-bool capture_begin(Capture& capture)
-{
-    int ends[2];
-    if (pipe(ends) != 0) {
-        return false;
-    }
-    for (const int end : ends) {
-        fcntl(end, F_SETFL, O_NONBLOCK); // what does not fit is lost, and waits for nobody
-    }
-    capture = {fdopen(ends[1], "w"), ends[0]};
-    if (capture.file == nullptr) {
-        close(ends[0]);
-        close(ends[1]);
-    }
-    return capture.file != nullptr;
-}
-
-void capture_end(const Capture& capture, Round& round)
-{
-    fclose(capture.file);
-    size_t length = 0;
-    ssize_t part = 0;
-    do {
-        part = read(capture.read_end, round.text + length, sizeof round.text - 1 - length);
-        length += part > 0 ? static_cast<size_t>(part) : 0;
-    } while (part > 0);
-    round.text[length] = '\0';
-    close(capture.read_end);
-}
-
 // One round as text, marked against the one before.
 int text_round(const Session& session, const Subject& subject, unsigned number)
 {
     Round& now = rounds[number % 2];
-    Capture capture{};
-    if (!capture_begin(capture)) {
-        fprintf(session.err, "maintctl: --watch: %s\n", strerror(errno));
+    // The board's C library has no streams into memory.
+    FILE* const file = tmpfile();
+    if (file == nullptr) {
+        fprintf(session.err, "maintctl: no temporary file\n");
         return kExitOutput;
     }
     Session inner = session;
-    inner.out = capture.file;
+    inner.out = file;
     if (session.terminal) {
-        inner.err = capture.file; // a failure belongs to the screen, too
+        inner.err = file; // a failure belongs to the screen, too
     }
     screen_begin(session, subject, number == 0);
     fflush(session.out); // before what goes to `err`
     const int status = subject_show(inner, subject);
-    capture_end(capture, now);
+    rewind(file);
+    now.text[fread(now.text, 1, sizeof now.text - 1, file)] = '\0';
+    fclose(file);
     round_show(session, now.text, rounds[(number + 1) % 2].text, number == 0);
     return status;
 }
