@@ -16,6 +16,12 @@ namespace
 constexpr CodeName kCodes[] = {{0, "off"}, {1, "on"}, {7, "both"}};
 constexpr CodeName kNumbersAsNames[] = {{0, "2"}, {2, "4"}};
 
+template <size_t kCount> void codes_set(Field& field, const CodeName (&codes)[kCount])
+{
+    field.first_code = codes;
+    field.code_count = kCount;
+}
+
 Field field_make(Kind kind, uint16_t width, uint8_t count, uint32_t least, uint32_t most)
 {
     Field field{};
@@ -28,8 +34,7 @@ Field field_make(Kind kind, uint16_t width, uint8_t count, uint32_t least, uint3
     field.least = least;
     field.most = most;
     if (kind == Kind::kCode) {
-        field.first_code = kCodes;
-        field.code_count = std::size(kCodes);
+        codes_set(field, kCodes);
     }
     return field;
 }
@@ -179,7 +184,7 @@ TEST(ValueRead, Codes)
     }
     EXPECT_EQ(read(kCodeByte, ""), "is empty");
     Field field = kCodeByte;
-    field.codes() = kNumbersAsNames; // a name goes before a number
+    codes_set(field, kNumbersAsNames); // a name goes before a number
     EXPECT_EQ(read(field, "2"), "00");
     EXPECT_EQ(read(field, "4"), "02");
     EXPECT_EQ(read(field, "0x2"), "02");
