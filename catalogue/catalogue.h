@@ -105,20 +105,31 @@ const char* place_name(Place place); // "/dev/fpga", "the system clock"
 using FieldSet = uint32_t;
 
 struct CommandDescription {
-    const char* name = nullptr;    // "RD_RTC_TIME"
-    const char* summary = nullptr; // one line, at most 60 characters, no final full stop
-    std::span<const Field> fields{};
-    FieldSet in = 0;  // what the command reads of its record
-    FieldSet out = 0; // what it fills; in both: what a failure or another field may leave as it was
-    std::span<const ResultMeaning> results{}; // 0 first, then the others by distance from 0
-    Places reads = 0;                         // looks into; a place that is only locked counts here
-    Places changes = 0;                       // changes, at least in some cases
-    const char* stays =
-        nullptr; // what stays set after the program ends, one sentence or more; null: nothing
-    const char* note = nullptr; // what whoever runs it should know before; null: nothing
-    DeviceCommandCode code = 0;
-    uint16_t record = 0; // bytes of the record; 0: the argument is not used
-    bool clears = false; // reading clears or restarts what it reads
+    const char* name;    // "RD_RTC_TIME"
+    const char* summary; // one line, at most 60 characters, no final full stop
+    const char* stays;   // what stays set after the program ends, in sentences; null: nothing
+    const char* note;    // what whoever runs it should know before; null: nothing
+    const Field* first_field;
+    const ResultMeaning* first_result;
+    FieldSet in;    // what the command reads of its record
+    FieldSet out;   // what it fills; in both: what a failure or another field may leave as it was
+    Places reads;   // looks into; a place that is only locked counts here
+    Places changes; // changes, at least in some cases
+    uint16_t code;
+    uint16_t record; // bytes of the record; 0: the argument is not used
+    uint8_t field_count;
+    uint8_t result_count;
+    bool clears; // reading clears or restarts what it reads
+
+    [[nodiscard]] constexpr std::span<const Field> fields() const
+    {
+        return {first_field, field_count};
+    }
+    // 0 first, then the others by distance from 0.
+    [[nodiscard]] constexpr std::span<const ResultMeaning> results() const
+    {
+        return {first_result, result_count};
+    }
 };
 
 // The commands of one public header, in its order.

@@ -250,33 +250,63 @@ constexpr bool results_sorted(std::span<const ResultMeaning> results)
     return !results.empty() && results[0].result == 0;
 }
 
+// What a description says itself; CommandDescription tells more of each.
+struct Said {
+    const char* summary = nullptr;
+    std::span<const Field> fields{};
+    FieldSet in = 0;
+    FieldSet out = 0;
+    std::span<const ResultMeaning> results{};
+    Places reads = 0;
+    Places changes = 0;
+    const char* stays = nullptr;
+    const char* note = nullptr;
+    bool clears = false;
+};
+
+// Bytes of the record behind the pointer that a typed call takes.
+template <class Argument, class Record> consteval uint16_t record_size()
+{
+    if constexpr (!std::is_void_v<Record>) {
+        return sizeof(Record);
+    } else {
+        return std::is_const_v<Argument> ? DEVICE_RECORD_MAX : 0; // the driver's own record, none
+    }
+}
+
 // Checks a description against the command's typed call, and completes it.
 template <DeviceCommandCode kCode>
-consteval CommandDescription described(const char* name, CommandDescription command)
+consteval CommandDescription described(const char* name, const Said& said)
 {
     using Types = maint::Command<kCode>;
     using Argument = std::remove_pointer_t<typename Types::Argument>;
-    command.name = name;
     static_assert(kCode <= UINT16_MAX);
-    command.code = kCode;
-    const bool only_reads = std::is_const_v<Argument>;
-    if constexpr (!std::is_void_v<typename Types::Record>) {
-        command.record = sizeof(typename Types::Record);
-    } else if (only_reads) {
-        command.record = DEVICE_RECORD_MAX; // the driver's own record
-    }
-    const FieldSet known = all(command.fields);
-    if (!fields_fit(command.fields, command.record) || !results_sorted(command.results) ||
-        ((command.in | command.out) & ~known) != 0 || (only_reads && command.out != 0) ||
-        (command.record == 0) != command.fields.empty() ||
-        (command.record != 0 && (command.in | command.out) == 0) ||
-        (command.reads | command.changes) == 0 || std::string_view{command.summary}.size() > 60) {
+    const uint16_t record = record_size<Argument, typename Types::Record>();
+    if (!fields_fit(said.fields, record) || !results_sorted(said.results) ||
+        ((said.in | said.out) & ~all(said.fields)) != 0 ||
+        (std::is_const_v<Argument> && said.out != 0) || (record == 0) != said.fields.empty() ||
+        (record != 0 && (said.in | said.out) == 0) || (said.reads | said.changes) == 0 ||
+        std::string_view{said.summary}.size() > 60) {
         description_isWrong();
     }
-    return command;
+    return {.name = name,
+            .summary = said.summary,
+            .stays = said.stays,
+            .note = said.note,
+            .first_field = said.fields.data(),
+            .first_result = said.results.data(),
+            .in = said.in,
+            .out = said.out,
+            .reads = said.reads,
+            .changes = said.changes,
+            .code = kCode,
+            .record = record,
+            .field_count = static_cast<uint8_t>(said.fields.size()),
+            .result_count = static_cast<uint8_t>(said.results.size()),
+            .clears = said.clears};
 }
 
-#define COMMAND(CODE, ...) described<CODE>(#CODE, CommandDescription __VA_ARGS__)
+#define COMMAND(CODE, ...) described<CODE>(#CODE, Said __VA_ARGS__)
 
 // Places and results that many commands share -----------------------------------------------------
 

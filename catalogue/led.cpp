@@ -169,9 +169,8 @@ constexpr CommandDescription kCommands[] = {
              .note = "valid bit 2 turns element[2] on, whatever it says; only WR_LED_RESTORE turns "
                      "it off. Elements 0,x,x end the alert, 1,1,1 end it with user log event 256, "
                      "others begin it with event 257; ledA becomes calm (from alert) or alert "
-                     "(unless off), bit 6 of word 03 follows. With result 1 the alert bit and word "
-                     "03 stay, and each repetition logs its event again. After a failure the event "
-                     "may be logged twice and word 03 left behind."}),
+                     "(unless off), bit 6 of word 03 follows. With result 1 alert bit and word 03 "
+                     "stay, and each call logs again; after a failure, too, it may."}),
     COMMAND(WR_LINE_FLAGS, {.summary = "sets the line flags (group 2)",
                             .fields = kState,
                             .in = only(kState, "group2.valid group2.element"),

@@ -29,8 +29,7 @@ constexpr CommandDescription kCommands[] = {
              .reads = kFpga,
              .changes = kFpga,
              .stays = kDeviceKeeps,
-             .note = "1 gives the bits of RD_MODE_SWITCH its values, 0 the opposite ones: first "
-                     "in the group word, then in 0x0114, then in 0x0158."}),
+             .note = "1 makes the bits so, 0 the opposite: group word, 0x0114, 0x0158."}),
 };
 
 } // namespace

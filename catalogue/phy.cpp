@@ -59,7 +59,7 @@ constexpr CommandDescription kCommands[] = {
                             .note = "With the link down under autonegotiation, speed100 and "
                                     "full_duplex stay as given."}),
     COMMAND(WR_PHY_CONFIG,
-            {.summary = "sets autonegotiation, or speed and duplex, of a port's PHY",
+            {.summary = "sets autonegotiation, or speed and duplex, of a PHY",
              .fields = kConfig,
              .in = all(kConfig),
              .results = kConfigResults,

@@ -68,7 +68,7 @@ constexpr ResultMeaning kMode168Results[] = {
 constexpr ResultMeaning k15CResults[] = {{0, kDone}, {-1, kNotOpened}, {-4, kPartlyWritten}};
 
 // The whole record is reported.
-consteval CommandDescription reported(std::span<const Field> fields, const char* summary)
+consteval Said reported(std::span<const Field> fields, const char* summary)
 {
     return {.summary = summary,
             .fields = fields,
@@ -78,8 +78,8 @@ consteval CommandDescription reported(std::span<const Field> fields, const char*
 }
 
 // The whole record is taken; the register is read first.
-consteval CommandDescription changed(std::span<const Field> fields,
-                                     std::span<const ResultMeaning> results, const char* summary)
+consteval Said changed(std::span<const Field> fields, std::span<const ResultMeaning> results,
+                       const char* summary)
 {
     return {.summary = summary,
             .fields = fields,

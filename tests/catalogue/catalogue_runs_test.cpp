@@ -245,8 +245,8 @@ class CatalogueRuns : public CommandTest
     {
         Bytes record = bytes_draw(command.record);
         const uint32_t own = 1 + below(30);
-        for (size_t i = 0; i < command.fields.size(); ++i) {
-            const Field& field = command.fields[i];
+        for (size_t i = 0; i < command.fields().size(); ++i) {
+            const Field& field = command.fields()[i];
             if (!is_number(field) || !field_in(command.in, i)) {
                 continue;
             }
@@ -470,8 +470,8 @@ class CatalogueRuns : public CommandTest
     static std::vector<bool> bytes_in(const CommandDescription& command, FieldSet set)
     {
         std::vector<bool> bytes(command.record, false);
-        for (size_t i = 0; i < command.fields.size(); ++i) {
-            const Field& field = command.fields[i];
+        for (size_t i = 0; i < command.fields().size(); ++i) {
+            const Field& field = command.fields()[i];
             for (size_t n = 0; field_in(set, i) && n < size_t{field.width} * field.count; ++n) {
                 bytes.at(field.offset + n) = true;
             }
@@ -491,8 +491,8 @@ class CatalogueRuns : public CommandTest
     // Fields in `out` hold what they may hold.
     static void values_see(const CommandDescription& command, const Outcome& outcome, Seen& seen)
     {
-        for (size_t i = 0; i < command.fields.size(); ++i) {
-            const Field& field = command.fields[i];
+        for (size_t i = 0; i < command.fields().size(); ++i) {
+            const Field& field = command.fields()[i];
             if (!field_in(command.out & ~command.in, i) || !is_narrowed(field) ||
                 outcome.result < 0) {
                 continue;
@@ -627,8 +627,8 @@ class CatalogueRuns : public CommandTest
             }
         }
         // Narrow ranges and codes: every value comes out at some time.
-        for (size_t i = 0; i < command.fields.size(); ++i) {
-            const Field& field = command.fields[i];
+        for (size_t i = 0; i < command.fields().size(); ++i) {
+            const Field& field = command.fields()[i];
             if (!field_in(command.out & ~command.in, i) || !is_narrowed(field) ||
                 values_of(field).size() > 16 || field.most - field.least > 16) {
                 continue;
@@ -820,8 +820,8 @@ void CatalogueRuns::mask_check(const CommandDescription& command, const Field& f
 TEST_F(CatalogueRuns, TakeTheRangesOfTheDescriptionAndNoOther)
 {
     for_every_command([&](const CommandDescription& command) {
-        for (size_t i = 0; i < command.fields.size(); ++i) {
-            const Field& field = command.fields[i];
+        for (size_t i = 0; i < command.fields().size(); ++i) {
+            const Field& field = command.fields()[i];
             const bool is_out = field_in(command.out, i);
             if (!field_in(command.in, i) || is_open(command, field) ||
                 (!is_narrowed(field) && field.kind != Kind::kBits)) {
@@ -860,7 +860,7 @@ TEST_F(CatalogueRuns, AnswerEveryValueThatASweepAsksFor)
 {
     for_every_command([&](const CommandDescription& command) {
         std::vector<const Field*> swept;
-        for (const Field& field : command.fields) {
+        for (const Field& field : command.fields()) {
             if (field.sweep.step != 0) {
                 swept.push_back(&field);
             }
@@ -869,7 +869,7 @@ TEST_F(CatalogueRuns, AnswerEveryValueThatASweepAsksFor)
             return;
         }
         Start start{Bytes(command.record, '\0'), 0, files_draw()};
-        for (const Field& field : command.fields) {
+        for (const Field& field : command.fields()) {
             if (field.role == Role::kOwnId) {
                 number_put(start.record, field.offset, field.width, kOwnId);
             }

@@ -198,13 +198,13 @@ TEST(Catalogue, GivesEveryResultOfTheFactsAMeaning)
     for_every_command([](const CommandDescription& command) {
         std::set<int32_t> results;
         std::set<std::string> meanings;
-        for (const ResultMeaning& result : command.results) {
+        for (const ResultMeaning& result : command.results()) {
             results.insert(result.result);
             ASSERT_NE(result.meaning, nullptr);
             meanings.insert(result.meaning);
         }
         EXPECT_EQ(results, commandFacts_find(command.code)->results);
-        EXPECT_EQ(meanings.size(), command.results.size()) << "two results mean the same";
+        EXPECT_EQ(meanings.size(), command.results().size()) << "two results mean the same";
     });
 }
 
@@ -221,7 +221,7 @@ TEST(Catalogue, HasAFieldForEveryByteOfARecordButItsSpareOnes)
         const Layout& layout = layouts.at(record);
         EXPECT_EQ(command.record, layout.bytes);
         std::vector<int> covered(layout.bytes, 0);
-        for (const Field& field : command.fields) {
+        for (const Field& field : command.fields()) {
             SCOPED_TRACE(field.name);
             ASSERT_EQ(layout.members.count(field.name), 1U);
             const Member& member = layout.members.at(field.name);
@@ -254,7 +254,7 @@ TEST(Catalogue, HasAFieldForEveryByteOfARecordButItsSpareOnes)
 TEST(Catalogue, WritesFieldsInAWayThatFitsThem)
 {
     for_every_command([](const CommandDescription& command) {
-        for (const Field& field : command.fields) {
+        for (const Field& field : command.fields()) {
             SCOPED_TRACE(field.name);
             EXPECT_EQ(field.kind == Kind::kCode, !field.codes().empty());
             EXPECT_EQ(field.role == Role::kIndex, field.sweep.step != 0);
@@ -283,8 +283,8 @@ TEST(Catalogue, SweepsOnlyWhatAReportReadsAndAllOfIt)
 {
     size_t sweeps = 0;
     for_every_command([&](const CommandDescription& command) {
-        for (size_t i = 0; i < command.fields.size(); ++i) {
-            const Field& field = command.fields[i];
+        for (size_t i = 0; i < command.fields().size(); ++i) {
+            const Field& field = command.fields()[i];
             if (field.sweep.step == 0 || strncmp(command.name, "RD_", 3) != 0) {
                 continue;
             }
@@ -348,11 +348,11 @@ TEST(Catalogue, HasTextsThatCanBeShown)
                 count(text);
             }
         }
-        for (const ResultMeaning& result : command.results) {
+        for (const ResultMeaning& result : command.results()) {
             expect_shown(result.meaning, 160, false);
             count(result.meaning);
         }
-        for (const Field& field : command.fields) {
+        for (const Field& field : command.fields()) {
             if (field.note[0] != '\0') {
                 expect_shown(field.note, 120, false);
                 count(field.note);

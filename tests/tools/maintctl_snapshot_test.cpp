@@ -144,7 +144,7 @@ TEST_F(Snapshots, HasEveryCommandAndIndex)
         EXPECT_EQ(line["record"].text.size(), 2U * command->record);
         ASSERT_EQ(line["asked"].text.size(), 2U * command->record);
         std::vector<int64_t> indexes;
-        for (const Field& field : command->fields) {
+        for (const Field& field : command->fields()) {
             if (field.role == Role::kIndex) {
                 indexes.push_back(number_in(line["asked"].text, field));
             } else if (field.role == Role::kOwnId) {
@@ -166,7 +166,7 @@ TEST_F(Snapshots, HasEveryCommandAndIndex)
                 continue;
             }
             std::set<std::vector<int64_t>> expected{{}};
-            for (const Field& field : command.fields) {
+            for (const Field& field : command.fields()) {
                 if (field.role == Role::kIndex) {
                     std::set<std::vector<int64_t>> longer;
                     for (const std::vector<int64_t>& before : expected) {

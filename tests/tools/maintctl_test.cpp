@@ -466,7 +466,7 @@ TEST(Invocation, TakesALastPartThatIsTheOnlyOne)
     fields[3].name = "group4.mask";
     CommandDescription command;
     command.name = "WR_BOTH";
-    command.fields = fields;
+    command.fields() = fields;
     command.in = 0x7;
     char wrong[kWrongMax];
     Text why = text_in(wrong);

@@ -368,7 +368,7 @@ TEST(Values, OfEveryFieldAreReadAsTheyWereWritten)
     size_t fields = 0;
     for (const CommandGroup* group : catalogue_get()) {
         for (const CommandDescription& command : group->commands) {
-            for (const Field& field : command.fields) {
+            for (const Field& field : command.fields()) {
                 ++fields;
                 for (int i = 0; i < 50; ++i) {
                     Record record{};

@@ -164,8 +164,8 @@ std::string fields_text(const RequestDescription& request)
             continue;
         }
         text += (text.empty() ? "" : " ") + std::string(field.name) +
-                (requestField_isFilled(request, field) ? "<" : "@") +
-                std::to_string(field.offset) + "/" + std::to_string(field.width);
+                (requestField_isFilled(request, field) ? "<" : "@") + std::to_string(field.offset) +
+                "/" + std::to_string(field.width);
         text += field.count == 1 ? "" : "x" + std::to_string(field.count);
     }
     return text;

@@ -21,11 +21,11 @@ void record_showHex(FILE* out, const CommandDescription& command, const uint8_t*
 
 void fields_show(FILE* out, const CommandDescription& command, const uint8_t* record)
 {
-    for (size_t i = 0; i < command.fields.size(); ++i) {
+    for (size_t i = 0; i < command.fields().size(); ++i) {
         if (field_in(command.out, i)) {
             char value[kValueMax];
-            value_print(command.fields[i], record, value);
-            fprintf(out, "%s=%s\n", command.fields[i].name, value);
+            value_print(command.fields()[i], record, value);
+            fprintf(out, "%s=%s\n", command.fields()[i].name, value);
         }
     }
 }

@@ -90,8 +90,8 @@ void value_complete(const Completion& completion, const Field& field, const char
 void fields_complete(const Completion& completion, const CommandDescription& command, Words given)
 {
     const char* const sign = strchr(completion.typed, '=');
-    for (size_t i = 0; i < command.fields.size(); ++i) {
-        const Field& field = command.fields[i];
+    for (size_t i = 0; i < command.fields().size(); ++i) {
+        const Field& field = command.fields()[i];
         if (!field_in(command.in, i)) {
             continue;
         }

@@ -116,7 +116,7 @@ void field_addKind(Text& text, const Field& field)
 
 void field_show(FILE* out, const CommandDescription& command, size_t number)
 {
-    const Field& field = command.fields[number];
+    const Field& field = command.fields()[number];
     char text[160];
     Text kind = text_in(text);
     fprintf(out, "  %-18s %-6s ", field.name, field_direction(command, number));
@@ -144,7 +144,7 @@ void field_show(FILE* out, const CommandDescription& command, size_t number)
 void fields_show(FILE* out, const CommandDescription& command)
 {
     bool any = false;
-    for (size_t i = 0; i < command.fields.size(); ++i) {
+    for (size_t i = 0; i < command.fields().size(); ++i) {
         if (field_direction(command, i) != nullptr) {
             fputs(any ? "" : "Fields\n", out);
             field_show(out, command, i);
@@ -157,7 +157,7 @@ void fields_show(FILE* out, const CommandDescription& command)
 void results_show(FILE* out, const CommandDescription& command)
 {
     fputs("Results\n", out);
-    for (const ResultMeaning& result : command.results) {
+    for (const ResultMeaning& result : command.results()) {
         fprintf(out, "  %4d   ", result.result);
         Paragraph paragraph{out, 9, 9};
         paragraph_add(paragraph, result.meaning);
@@ -257,7 +257,7 @@ void number_json(Json& json, const char* key, int64_t number)
 
 void field_json(Json& json, const CommandDescription& command, size_t number)
 {
-    const Field& field = command.fields[number];
+    const Field& field = command.fields()[number];
     json_open(json, '{');
     text_json(json, "name", field.name);
     text_json(json, "direction", field_direction(command, number));
@@ -299,7 +299,7 @@ void command_json(FILE* out, const CommandDescription& command)
     number_json(json, "record", command.record);
     json_key(json, "fields");
     json_open(json, '[');
-    for (size_t i = 0; i < command.fields.size(); ++i) {
+    for (size_t i = 0; i < command.fields().size(); ++i) {
         if (field_direction(command, i) != nullptr) {
             field_json(json, command, i);
         }
@@ -307,7 +307,7 @@ void command_json(FILE* out, const CommandDescription& command)
     json_close(json, ']');
     json_key(json, "results");
     json_open(json, '[');
-    for (const ResultMeaning& result : command.results) {
+    for (const ResultMeaning& result : command.results()) {
         json_open(json, '{');
         number_json(json, "result", result.result);
         text_json(json, "meaning", result.meaning);
@@ -359,9 +359,9 @@ void value_addExample(Text& text, const Field& field)
 bool takes_manyBytes(const CommandDescription& command)
 {
     constexpr unsigned kMany = 16;
-    for (size_t i = 0; i < command.fields.size(); ++i) {
-        if (field_in(command.in, i) && command.fields[i].kind == Kind::kBytes &&
-            command.fields[i].width > kMany) {
+    for (size_t i = 0; i < command.fields().size(); ++i) {
+        if (field_in(command.in, i) && command.fields()[i].kind == Kind::kBytes &&
+            command.fields()[i].width > kMany) {
             return true;
         }
     }
@@ -377,8 +377,8 @@ void example_add(Text& text, const CommandDescription& command)
         return;
     }
     text_add(text, "%s", command.name);
-    for (size_t i = 0; i < command.fields.size(); ++i) {
-        const Field& field = command.fields[i];
+    for (size_t i = 0; i < command.fields().size(); ++i) {
+        const Field& field = command.fields()[i];
         if (field_in(command.in, i) && !field_in(command.out, i)) {
             text_add(text, " %s=", field.name);
             value_addExample(text, field);

@@ -71,9 +71,9 @@ void fields_add(const CommandDescription& command, Text& text)
         return;
     }
     const char* before = "; its fields: ";
-    for (size_t i = 0; i < command.fields.size(); ++i) {
+    for (size_t i = 0; i < command.fields().size(); ++i) {
         if (field_in(command.in, i)) {
-            text_add(text, "%s%s", before, command.fields[i].name);
+            text_add(text, "%s%s", before, command.fields()[i].name);
             before = ", ";
         }
     }
@@ -291,8 +291,8 @@ const Field* field_named(const CommandDescription& command, const char* typed, s
     const Field* read = nullptr;
     const Field* second = nullptr;
     bool known = false;
-    for (size_t i = 0; i < command.fields.size(); ++i) {
-        const Field& field = command.fields[i];
+    for (size_t i = 0; i < command.fields().size(); ++i) {
+        const Field& field = command.fields()[i];
         const bool whole = name_is(field.name, typed, length);
         if (!whole && !name_is(field_lastPart(field), typed, length)) {
             continue;

@@ -32,7 +32,7 @@ void element_json(Json& json, const Field& field, unsigned element, const uint8_
 
 const char* result_meaning(const CommandDescription& command, int32_t result)
 {
-    for (const ResultMeaning& known : command.results) {
+    for (const ResultMeaning& known : command.results()) {
         if (known.result == result) {
             return known.meaning;
         }
@@ -77,10 +77,10 @@ void outcome_json(Json& json, const CommandDescription& command, int32_t result,
     json_hex(json, record, command.record);
     json_key(json, "fields");
     json_open(json, '{');
-    for (size_t i = 0; i < command.fields.size(); ++i) {
+    for (size_t i = 0; i < command.fields().size(); ++i) {
         if (field_in(command.in | command.out, i)) {
-            json_key(json, command.fields[i].name);
-            value_json(json, command.fields[i], record);
+            json_key(json, command.fields()[i].name);
+            value_json(json, command.fields()[i], record);
         }
     }
     json_close(json, '}');

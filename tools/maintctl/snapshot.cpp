@@ -130,7 +130,7 @@ void number_put(const Field& field, uint8_t* record, uint32_t number)
 // The record of the first combination: the own identifier, and each index at its sweep's beginning.
 void record_begin(const Snapshot& snapshot, const CommandDescription& command, uint8_t* record)
 {
-    for (const Field& field : command.fields) {
+    for (const Field& field : command.fields()) {
         if (field.role == Role::kOwnId) {
             number_put(field, record, record_of<RD_DEVICE_WORD_29>(snapshot.own_id));
         } else if (field.role == Role::kIndex) {
@@ -142,8 +142,8 @@ void record_begin(const Snapshot& snapshot, const CommandDescription& command, u
 // The next combination, as of the wheels of a counter; false: this was the last.
 bool indexes_advance(const CommandDescription& command, uint8_t* indexes)
 {
-    for (size_t n = command.fields.size(); n > 0; --n) {
-        const Field& field = command.fields[n - 1];
+    for (size_t n = command.fields().size(); n > 0; --n) {
+        const Field& field = command.fields()[n - 1];
         if (field.role != Role::kIndex) {
             continue;
         }

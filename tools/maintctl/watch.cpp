@@ -209,8 +209,8 @@ void changes_json(Json& json, const CommandDescription& command, const uint8_t* 
 {
     json_key(json, "changed");
     json_open(json, '[');
-    for (size_t i = 0; i < command.fields.size(); ++i) {
-        const Field& field = command.fields[i];
+    for (size_t i = 0; i < command.fields().size(); ++i) {
+        const Field& field = command.fields()[i];
         if (field_in(command.out, i) && memcmp(record + field.offset, before + field.offset,
                                                size_t{field.width} * field.count) != 0) {
             json_text(json, field.name);
