@@ -464,9 +464,10 @@ TEST(Invocation, TakesALastPartThatIsTheOnlyOne)
     fields[1].name = "group2.element";
     fields[2].name = "group3.mask";
     fields[3].name = "group4.mask";
-    CommandDescription command;
+    CommandDescription command = {};
     command.name = "WR_BOTH";
-    command.fields() = fields;
+    command.first_field = fields;
+    command.field_count = std::size(fields);
     command.in = 0x7;
     char wrong[kWrongMax];
     Text why = text_in(wrong);
