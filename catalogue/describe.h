@@ -283,8 +283,8 @@ consteval CommandDescription described(const char* name, const Said& said)
     static_assert(kCode <= UINT16_MAX);
     const uint16_t record = record_size<Argument, typename Types::Record>();
     if (!fields_fit(said.fields, record) || !results_sorted(said.results) ||
-        ((said.in | said.out) & ~all(said.fields)) != 0 ||
-        (std::is_const_v<Argument> && said.out != 0) || (record == 0) != said.fields.empty() ||
+        ((said.in | said.out) & ~all(said.fields)) != 0 || (record == 0) != said.fields.empty() ||
+        (record != 0 && std::is_const_v<Argument> != (said.out == 0)) ||
         (record != 0 && (said.in | said.out) == 0) || (said.reads | said.changes) == 0 ||
         std::string_view{said.summary}.size() > 60) {
         description_isWrong();

@@ -64,7 +64,7 @@ constexpr ResultMeaning kLedCResults[] = {{0, kShown},
 constexpr ResultMeaning kGroup1Results[] = {
     {0, kShown},
     {1, kRecorded},
-    {-1, "the device cannot be opened; the group may have been recorded"},
+    {-1, "the device cannot be opened; group or panel may have changed"},
     {-2, "the panel cannot be read (the group may have been recorded), or device word 03 (the "
          "panel has changed)"},
     {-4, "the panel cannot be written, or device word 03 (the panel has changed)"}};

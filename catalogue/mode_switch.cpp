@@ -29,7 +29,7 @@ constexpr CommandDescription kCommands[] = {
              .reads = kFpga,
              .changes = kFpga,
              .stays = kDeviceKeeps,
-             .note = "1 makes the bits so, 0 the opposite: group word, 0x0114, 0x0158."}),
+             .note = "Makes the bits what RD_MODE_SWITCH says of 1, or their opposite."}),
 };
 
 } // namespace

@@ -32,8 +32,8 @@ constexpr Field k16E[] = {
     bits(FIELD(Reg16EBlock, valid), 4, "bits 0 to 3 select flag_a, flag_b, first, second; 0: all"),
     flag(FIELD(Reg16EBlock, flag_a), "bit 0 of 0x016E"),
     flag(FIELD(Reg16EBlock, flag_b), "bit 1 of 0x016E"),
-    bytes(FIELD(Reg16EBlock, first), "0x0170, 0x0172"),
-    bytes(FIELD(Reg16EBlock, second), "0x0174, 0x0176"),
+    ipv4(FIELD(Reg16EBlock, first), "0x0170, 0x0172"),
+    ipv4(FIELD(Reg16EBlock, second), "0x0174, 0x0176"),
 };
 
 constexpr ResultMeaning kE0WriteResults[] = {
@@ -41,7 +41,7 @@ constexpr ResultMeaning kE0WriteResults[] = {
     {-1, kNotOpened},
     {-2, kNoRegister},
     {-4, kPartlyWritten},
-    {-5, "field_3 or field_5 is out of range; all else that is selected is written"}};
+    {-5, "field_3 or field_5 is out of range; neither is written, all else selected is"}};
 
 constexpr ResultMeaning k16AReadResults[] = {{0, kDone},
                                              {-1, kNotOpened},

@@ -15,7 +15,7 @@ constexpr Field kNibble[] = {number(value_of<uint16_t>(), {0, 15})};
 constexpr Field kState[] = {
     number(value_of<uint8_t>(), {0, 2}, "2: bit 13 is set, 1: bit 12 alone, 0: neither")};
 constexpr Field kModeFE[] = {number(value_of<uint16_t>(), {0, 2},
-                                    "bits 0..3 are 1: 8, 2: 0 (also 1, 2), 0: other; 0 writes 15")};
+                                    "bits 0..3: 8 is 1; 0, 1, 2 are 2; others 0, which writes 15")};
 constexpr Field kEnable[] = {flag(value_of<uint8_t>(), "1: both bits are clear; 0 sets both")};
 constexpr Field kMode168Read[] = {number(value_of<uint16_t>(), {1, 4}, "4: the bits are 0")};
 

@@ -14,8 +14,10 @@ constexpr Field kTotals[] = {
     in_unit(number(FIELD(StatisticsFile, kib_b), "stream B, port by port"), Unit::kKib),
     in_unit(number(FIELD(StatisticsFile, kib_a), "stream A, port by port"), Unit::kKib),
     hex(FIELD(StatisticsFile, kept_248), "not of these commands"),
-    in_unit(number(FIELD(StatisticsFile, rest_b), "stream B, beyond kib_b"), Unit::kBytes),
-    in_unit(number(FIELD(StatisticsFile, rest_a), "stream A, beyond kib_a"), Unit::kBytes),
+    in_unit(number(FIELD(StatisticsFile, rest_b), {0, 1023}, "stream B, beyond kib_b"),
+            Unit::kBytes),
+    in_unit(number(FIELD(StatisticsFile, rest_a), {0, 1023}, "stream A, beyond kib_a"),
+            Unit::kBytes),
 };
 
 constexpr ResultMeaning kResults[] = {
