@@ -78,6 +78,7 @@ struct Start {
 struct Failing {
     size_t first = 0; // 0: none
     bool and_after = false;
+    size_t second = 0; // one more; 0: none
 };
 
 struct Outcome {
@@ -340,7 +341,8 @@ class CatalogueRuns : public CommandTest
         board.now = 1141203907;
         board.restart();
         if (failing.first != 0) {
-            failing.and_after ? board.fail_from(failing.first) : board.fail_call(failing.first);
+            failing.and_after ? board.fail_from(failing.first)
+                              : board.fail_calls({failing.first, failing.second});
         }
         Outcome outcome{run(command.code, start.record), record(), {}, {}};
         while (board.open_descriptors() > 0) { // two commands leave the device open
@@ -835,6 +837,115 @@ TEST_F(CatalogueRuns, TakeTheRangesOfTheDescriptionAndNoOther)
             if (failures() != failures_before_) {
                 break;
             }
+        }
+    });
+}
+
+// What a result's meaning may say of a call whose failure gives it; typed in by hand.
+std::vector<std::string> words_for(const std::string& call, bool only_reads)
+{
+    const std::string name = call.substr(0, call.find(' '));
+    const bool device = call.find(" /dev/") != std::string::npos;
+    if (name == "open" && device) {
+        return {"device cannot be opened",
+                "device or file cannot be opened",
+                "device or the file cannot be opened",
+                "device or /conf/statistics cannot be opened",
+                "no device",
+                "panel cannot be saved"};
+    }
+    if (name == "ioctl") {
+        return only_reads ? std::vector<std::string>{"read", "answer", "panel cannot be saved"}
+                          : std::vector<std::string>{"refuse", "cannot be written"};
+    }
+    if (name == "open" || name == "fopen") {
+        return {"file cannot be opened", "/conf/statistics cannot be opened", "file is missing",
+                "panel cannot be saved"};
+    }
+    if (name == "read" || name == "fread") {
+        return {"less than", "shorter than", "file cannot be read", "panel cannot be saved"};
+    }
+    return {"cannot be written", "panel cannot be saved"}; // lseek, write, fwrite
+}
+
+bool has_any(const std::string& text, const std::vector<std::string>& words)
+{
+    return std::any_of(words.begin(), words.end(), [&](const std::string& word) {
+        return text.find(word) != std::string::npos;
+    });
+}
+
+const char* meaning_of(const CommandDescription& command, int32_t result)
+{
+    for (const ResultMeaning& known : command.results()) {
+        if (known.result == result) {
+            return known.meaning;
+        }
+    }
+    ADD_FAILURE() << "result " << result << " has no meaning";
+    return "";
+}
+
+// Each call in turn fails in both runs of a command. What the result then means speaks of it.
+TEST_F(CatalogueRuns, SayOfEachResultWhatHasFailed)
+{
+    size_t told = 0;
+    for_every_command([&](const CommandDescription& command) {
+        for (int round = 0; round < 4; ++round) {
+            Start start = start_draw(command);
+            start.record = record_draw(command);
+            const Outcome good = run_from(command, start);
+            if (good.result < 0) {
+                continue;
+            }
+            const size_t count = good.calls.size();
+            for (size_t n = 1; n <= count; ++n) {
+                if (n > 8 && n + 8 <= count && below(8) != 0) {
+                    continue; // many that are alike
+                }
+                size_t argument = 0;
+                const std::string call = good.calls[n - 1];
+                const uint32_t request = request_of(call, argument);
+                Outcome failed = run_from(command, start, {n, false});
+                for (size_t i = n; i < failed.calls.size(); ++i) {
+                    if (starts(failed.calls[i], "usleep ")) {
+                        failed = run_from(command, start, {n, false, i + 1 + n});
+                        break;
+                    }
+                }
+                // A mode that is 0 in the second run
+                if (failed.result >= 0 || (command.code == WR_REG168_MODE && failed.result == -5)) {
+                    continue;
+                }
+                const bool only_reads = kOnlyReading.count(request) + kRestarting.count(request) +
+                                            kClockReading.count(request) !=
+                                        0;
+                const std::string meaning = meaning_of(command, failed.result);
+                EXPECT_TRUE(has_any(meaning, words_for(call, only_reads)))
+                    << call << " gives " << failed.result << ": " << meaning;
+                ++told;
+            }
+        }
+    });
+    EXPECT_GT(told * kRoundsPerRound, 2000U);
+}
+
+// Results of the record alone, with nothing failing.
+TEST_F(CatalogueRuns, SayOfABadArgumentThatItIsOne)
+{
+    for_every_command([](const CommandDescription& command) {
+        for (const ResultMeaning& result : command.results()) {
+            if (result.result == DEVICE_BAD_ARGUMENT) {
+                EXPECT_TRUE(has_any(result.meaning, {"out of range", "not within", "above 6",
+                                                     "is not 1..4", "file is missing"}))
+                    << result.meaning;
+            }
+            EXPECT_EQ(result.result == 1, has_any(result.meaning, {"recorded in"}));
+            EXPECT_EQ(
+                strncmp(result.meaning, "done", 4) == 0 ||
+                    has_any(result.meaning, {"written to the panel", "entry can be read, and"}),
+                result.result == 0)
+                << result.meaning;
         }
     });
 }

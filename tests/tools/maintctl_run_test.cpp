@@ -1,7 +1,9 @@
 // Device commands by maintctl: what is shown of them, scripts, and --watch.
+#include <algorithm>
 #include <csignal>
 #include <fstream>
 
+#include "catalogue/catalogue.h"
 #include "tools/json_value.h"
 #include "tools/maintctl_call.h"
 #include "tools/maintctl_unit_fixture.h"
@@ -70,6 +72,65 @@ TEST_F(Run, AReportInJsonIsAnObject)
                         "\n");
     EXPECT_EQ(said.err, "");
     EXPECT_EQ(said.status, 0);
+}
+
+// Values that a field does not take, as text; of an array one element.
+std::vector<std::string> values_beside(const Field& field)
+{
+    const uint64_t widest = (uint64_t{1} << 8 * field.width) - 1;
+    std::vector<std::string> values{std::to_string(widest + 1), "-1"};
+    switch (field.kind) {
+    case Kind::kIpv4:
+        return {"256.0.0.1", "1.2.3", "1.2.3.4.5"};
+    case Kind::kAddress6:
+        return {"02:00:00:00:00", "02:00:00:00:00:00:00", "100:00:00:00:00:00"};
+    case Kind::kText:
+        return {std::string(size_t{field.width} + 1, 'a')};
+    case Kind::kBytes:
+        return {std::string(2 * (size_t{field.width} + 1), 'a')};
+    case Kind::kCode:
+        for (uint32_t value = 0; value < 16; ++value) {
+            const auto codes = field.codes();
+            if (std::none_of(codes.begin(), codes.end(),
+                             [=](const CodeName& code) { return code.code == value; })) {
+                values.push_back(std::to_string(value));
+            }
+        }
+        return values;
+    default:
+        if (field.least > 0) {
+            values.push_back(std::to_string(field.least - 1));
+        }
+        values.push_back(std::to_string(uint64_t{field.most} + 1));
+        return values;
+    }
+}
+
+TEST_F(Run, AValueThatAFieldDoesNotTakeIsRefusedWithoutACall)
+{
+    size_t refused = 0;
+    for (const CommandGroup* group : catalogue_get()) {
+        for (const CommandDescription& command : group->commands) {
+            for (size_t i = 0; i < command.fields().size(); ++i) {
+                const Field& field = command.fields()[i];
+                if (!field_in(command.in, i)) {
+                    continue;
+                }
+                for (const std::string& value : values_beside(field)) {
+                    const std::string name =
+                        std::string(field.name) + (field.count > 1 ? "[0]" : "");
+                    const std::string word = name + "=" + value;
+                    const Said said = maintctl(Arguments{command.name, word});
+                    EXPECT_EQ(said.status, 64) << command.name << ' ' << word;
+                    EXPECT_EQ(said.out, "") << command.name << ' ' << word;
+                    EXPECT_EQ(lines_of(said.err).size(), 1U) << said.err;
+                    ++refused;
+                }
+            }
+        }
+    }
+    EXPECT_EQ(board.calls, Trace{});
+    EXPECT_GT(refused, 700U);
 }
 
 TEST_F(Run, WhatIsReportedCanBeGivenToTheSetter)

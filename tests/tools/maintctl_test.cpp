@@ -1,12 +1,15 @@
 // What maintctl says where no device is touched: wrong calls, lists, descriptions, completion.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
+#include <random>
 
 #include "catalogue/catalogue.h"
 #include "tools/maintctl/describe.h"
 #include "tools/maintctl/exit_status.h"
 #include "tools/maintctl/invocation.h"
+#include "tools/maintctl/values.h"
 #include "tools/maintctl_call.h"
 
 namespace
@@ -528,6 +531,79 @@ TEST(Invocation, FillsTheRecord)
     EXPECT_EQ(refused("-x WR_PHY_REGISTER record=@" + path),
               "WR_PHY_REGISTER: record=@" + shown + " has more than the 8 bytes of the record");
     unlink(path.c_str());
+}
+
+// Any number of the field's range, any code, any bytes.
+void field_draw(const Field& field, uint8_t* record, std::mt19937& random)
+{
+    for (unsigned element = 0; element < field.count; ++element) {
+        uint8_t* bytes = record + field.offset + size_t{element} * field.width;
+        auto number = static_cast<uint32_t>(random());
+        if (!field.codes().empty()) {
+            number = field.codes()[number % field.codes().size()].code;
+        } else if (field.most != 0) {
+            number = static_cast<uint32_t>(field.least +
+                                           number % (uint64_t{field.most} - field.least + 1));
+        } else {
+            for (unsigned i = 0; i < field.width; ++i) {
+                bytes[i] = static_cast<uint8_t>(random() % 3 != 0 ? random() : 0);
+            }
+            continue;
+        }
+        memcpy(bytes, &number, field.width);
+    }
+}
+
+// Random records of all commands, printed field by field or as bytes, are the same once read.
+TEST(Invocation, ReadsEveryRecordAsItWasPrinted)
+{
+    std::mt19937 random(20262);
+    size_t commands = 0;
+    for (const CommandGroup* group : catalogue_get()) {
+        for (const CommandDescription& command : group->commands) {
+            ++commands;
+            for (int round = 0; round < 40; ++round) {
+                const bool hex = round % 4 == 0 && command.record != 0;
+                uint8_t record[DEVICE_RECORD_MAX] = {};
+                Arguments words{command.name};
+                for (size_t i = 0; i < command.fields().size(); ++i) {
+                    const Field& field = command.fields()[i];
+                    if (!field_in(command.in, i)) {
+                        continue;
+                    }
+                    field_draw(field, record, random);
+                    char text[kValueMax];
+                    value_print(field, record, text);
+                    words.push_back(std::string(field.name) + "=" + text);
+                }
+                if (hex) {
+                    words = {command.name, "record="};
+                    for (size_t i = 0; i < command.record; ++i) {
+                        char pair[3];
+                        snprintf(pair, sizeof pair, "%02x", record[i]);
+                        words[1] += pair;
+                    }
+                }
+                std::vector<const char*> pointers;
+                for (const std::string& word : words) {
+                    pointers.push_back(word.c_str());
+                }
+                std::shuffle(pointers.begin() + 1, pointers.end(), random);
+                Session session{.out = stdout, .err = stderr};
+                session.hex = hex;
+                Invocation invocation;
+                memset(invocation.record, 0xAA, sizeof invocation.record);
+                char wrong[kWrongMax];
+                Text why = text_in(wrong);
+                ASSERT_TRUE(invocation_read(pointers, session, invocation, why))
+                    << command.name << ' ' << wrong;
+                ASSERT_EQ(invocation.command, &command);
+                ASSERT_EQ(memcmp(invocation.record, record, sizeof record), 0)
+                    << testing::PrintToString(words);
+            }
+        }
+    }
+    EXPECT_EQ(commands, 189U);
 }
 
 TEST(Complete, SaysWhatMayStandNext)
