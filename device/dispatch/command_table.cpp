@@ -45,6 +45,13 @@ consteval DeviceCommand row(CommandCall<typename maint::Command<kCode>::Argument
     return {kCode, call};
 }
 
+template <class Call> constexpr bool kTaken = requires(Call call)
+{
+    row<WR_REGISTER>(call);
+};
+static_assert(kTaken<CommandCall<const RegisterValue*>>);
+static_assert(!kTaken<CommandCall<RegisterValue*>> && !kTaken<CommandCall<const uint16_t*>>);
+
 constexpr DeviceCommand kCommands[] = {
     row<RD_REGISTER>(call_of<read_register>()),
     row<WR_REGISTER>(call_of<write_register>()),
