@@ -59,10 +59,11 @@ constexpr CommandDescription kCommands[] = {
              .reads = kFpga | kConfigLocked | place_bit(Place::kMtuNegotiated),
              .changes = kFpga | kSystemLog,
              .stays = "Registers 0x0054 and 0x0056 keep the new limit.",
-             .note = "Computed of SELECT_MTU and the key that it names, WAN_TYPE and IPSEC_ENABLE, "
-                     "under PPPoE also of the negotiated MRU. What is missing never fails the "
-                     "command: MTU 1390, PPPoE, no IPsec. A present limit that cannot be read "
-                     "counts as none."}),
+             .note =
+                 "Computed from SELECT_MTU and the key that it names, WAN_TYPE and IPSEC_ENABLE, "
+                 "under PPPoE also of the negotiated MRU. What is missing never fails the "
+                 "command: MTU 1390, PPPoE, no IPsec. A present limit that cannot be read "
+                 "counts as none."}),
     COMMAND(RD_MTU_DATASIZE, {.summary = "the data sizes in the file /tmp/mtu_datasize",
                               .fields = kSizes,
                               .out = all(kSizes),
