@@ -4,6 +4,8 @@
 //   MAINTCTL_MISSING   devices that cannot be opened, of "fpga rtc"
 //   MAINTCTL_REFUSED   requests that the driver refuses, in hexadecimal: "6B42 6B3B"
 //   MAINTCTL_NO_FILES  set: none of the files that commands read is there
+//   MAINTCTL_CLOCK_RUNS  set: a second each time it is opened
+//   MAINTCTL_FAIL_AFTER  number: /dev/fpga is gone when the clock has been opened so many times
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -58,5 +60,17 @@ int main(int argc, char** argv)
     Board board;
     board_put(board);
     board.recording = false;
+    const bool clock_runs = getenv("MAINTCTL_CLOCK_RUNS") != nullptr;
+    const unsigned long last = std::stoul(setting("MAINTCTL_FAIL_AFTER", "0"));
+    unsigned long opened = 0;
+    if (clock_runs || last != 0) {
+        board.before_call = [&](const std::string& call) {
+            if (call.starts_with("open /dev/rtc")) {
+                board.rtc.time[0] = static_cast<int32_t>(opened % 60);
+                ++opened;
+                board.fpga_present = last == 0 || opened < last;
+            }
+        };
+    }
     return maintctl_run(argc, argv, stdout, stderr);
 }

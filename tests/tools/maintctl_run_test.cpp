@@ -327,6 +327,52 @@ TEST_F(Run, TheOldWayOfCtrlCIsBackAfterAWatch)
     EXPECT_EQ(before.sa_handler, after.sa_handler);
 }
 
+// A round that hangs can be ended.
+TEST_F(Run, ASecondCtrlCEndsTheProgram)
+{
+    board.before_call = [&](const std::string& text) {
+        if (text.starts_with("open /dev/rtc")) {
+            raise(SIGINT);
+            raise(SIGINT);
+        }
+    };
+    EXPECT_EXIT(maintctl("-w 0.1 RD_RTC_TIME"), testing::KilledBySignal(SIGINT), "");
+}
+
+// As a shell starts what runs in the background.
+TEST_F(Run, AWatchLeavesCtrlCAloneWhereItIsIgnored)
+{
+    const auto before = signal(SIGINT, SIG_IGN);
+    unsigned round = 0;
+    bool ignored = true;
+    board.before_call = [&](const std::string& text) {
+        if (text.starts_with("open /dev/rtc")) {
+            struct sigaction action = {};
+            sigaction(SIGINT, nullptr, &action);
+            ignored = ignored && action.sa_handler == SIG_IGN;
+            raise(SIGINT);
+            if (++round == 3) {
+                board.before_call = nullptr;
+            }
+        }
+    };
+    // The output can be written three times: that ends it.
+    unsigned writes = 0;
+    const auto write = [](void* count, const char*, size_t size) -> ssize_t {
+        return ++*static_cast<unsigned*>(count) > 3 ? -1 : static_cast<ssize_t>(size);
+    };
+    FILE* out = fopencookie(&writes, "w", {nullptr, write, nullptr, nullptr});
+    FILE* err = tmpfile();
+    std::string words[] = {"maintctl", "-jw.1", "RD_RTC_TIME"};
+    char* argv[] = {words[0].data(), words[1].data(), words[2].data()};
+    EXPECT_EQ(maintctl_run(3, argv, out, err), 74);
+    fclose(out);
+    fclose(err);
+    signal(SIGINT, before);
+    EXPECT_TRUE(ignored);
+    EXPECT_EQ(round, 3U);
+}
+
 TEST_F(Run, AVerbIsWatchedToo)
 {
     const Said said = watched("-w 0.1 status", 6); // three rounds: the time, and the status

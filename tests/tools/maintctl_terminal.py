@@ -2,21 +2,24 @@
 """maintctl as people and programs meet it: in a terminal of 80 columns and 24 rows, through a pipe,
 and as JSON.
 
-usage: maintctl_terminal.py PROGRAM...    the program on the simulated board (maintctl_on_board)
+usage: maintctl_terminal.py ON_BOARD PROGRAM    the program on the simulated board
+                                                (maintctl_on_board), and the program itself, of
+                                                which nothing is asked that opens a device
 """
 import errno
 import fcntl
 import json
 import os
 import pty
+import select
 import signal
 import struct
 import subprocess
 import sys
 import termios
-import time
 
-PROGRAM = sys.argv[1:]
+PROGRAM = [os.path.abspath(sys.argv[1])]
+ITSELF = sys.argv[2]
 FINDINGS = []
 CHECKS = 0
 
@@ -36,18 +39,17 @@ def run(*words, **environment):
     return done.returncode, done.stdout, done.stderr
 
 
-def terminal(*words, interrupt_after=None, rows=24, columns=80, **environment):
-    """In a terminal: exit status and all that the terminal got."""
+def terminal(*words, until=None, typed=b"", rows=24, columns=80, **environment):
+    """In a terminal: exit status and all that the terminal got. Ctrl-C comes when it has got a text
+    so many times: until=(text, times)."""
     child, master = pty.fork()
     if child == 0:
         fcntl.ioctl(1, termios.TIOCSWINSZ, struct.pack("HHHH", rows, columns, 0, 0))
         os.environ.update({"TERM": "xterm", **environment})
         os.execv(PROGRAM[0], [*PROGRAM, *words])
-    if interrupt_after is not None:
-        time.sleep(interrupt_after)
-        os.write(master, b"\x03")
+    os.write(master, typed)
     got = b""
-    while True:
+    while select.select([master], [], [], 60)[0]:
         try:
             piece = os.read(master, 65536)
         except OSError as error:
@@ -57,6 +59,12 @@ def terminal(*words, interrupt_after=None, rows=24, columns=80, **environment):
         if not piece:
             break
         got += piece
+        if until is not None and got.count(until[0]) >= until[1]:
+            os.write(master, b"\x03")
+            until = None
+    if until is not None:
+        check(f"{words}: {until[0]} comes {until[1]} times", False, got)
+        os.kill(child, signal.SIGKILL)
     _, status = os.waitpid(child, 0)
     os.close(master)
     return os.waitstatus_to_exitcode(status), got.replace(b"\r\n", b"\n")
@@ -160,12 +168,115 @@ def snapshots():
 
 
 def watching():
-    for words in (["-w", "0.2", "rd_bandwidth"], ["--watch=0.2", "-j", "rd_phy_status", "port=1"],
-                  ["-w0.2", "status"], ["-w", "0.2", "panel"]):
-        status, text = terminal(*words, interrupt_after=1)
+    for last, words in ((b"value=", ["-w", "0.2", "rd_bandwidth"]),
+                        (b"}\r\n", ["--watch=0.2", "-j", "rd_phy_status", "port=1"]),
+                        (b"panel ", ["-w0.2", "status"]), (b"flags", ["-w", "0.2", "panel"])):
+        status, text = terminal(*words, until=(last, 3))
         once, _, _ = run(*[word for word in words[2 if words[0] == "-w" else 1:]])
         check(f"{words}: ends with the last result's status", status == once, text)
         check(f"{words}: showed something", len(text) > 10, text)
+
+
+def watched_screen(*words, **environment):
+    """Four rounds of a watch in a terminal, each as its lines, without their ends."""
+    _, text = terminal("-w", "0.1", *words, until=(b"\x1b[J", 4), **environment)
+    return [part.split(b"\n") for part in text.split(b"\x1b[H")[1:5]]
+
+
+def redrawing():
+    first, *others = watched_screen("rd_rtc_time", MAINTCTL_CLOCK_RUNS="1")
+    check("the first round clears the screen and marks nothing",
+          first[0].startswith(b"\x1b[2J# ") and b"\x1b[7m" not in b"".join(first), first)
+    for lines in others:
+        check("a title, the fields, and nothing below", len(lines) == 9 and lines[8].startswith(b"\x1b[J"), lines)
+        check("a title with the time", lines[0].endswith(b" rd_rtc_time"), lines)
+        check("all of each line is replaced", all(line.endswith(b"\x1b[K") for line in lines[1:8]), lines)
+        marked = [line for line in lines if b"\x1b[7m" in line]
+        check("what changed is marked, and only that", len(marked) == 1
+              and marked[0].startswith(b"second=") and marked[0].endswith(b"\x1b[0m\x1b[K"), lines)
+    first, *others = watched_screen("panel", MAINTCTL_CLOCK_RUNS="1")
+    check("a panel that does not change has no marks",
+          not any(b"\x1b[7m" in line for lines in others for line in lines), others)
+    for environment in ({}, {"NO_COLOR": "1"}):
+        first, *others = watched_screen("status", MAINTCTL_CLOCK_RUNS="1", **environment)
+        for lines in others:
+            marked = [line for line in lines if b"\x1b[7m" in line]
+            check("the clock is marked", len(marked) == 1 and marked[0].startswith(b"clock "), lines)
+            check("a status that is redrawn fits its terminal", len(lines) == 24, lines)
+            lines_fit("a status that is redrawn", b"\n".join(lines))
+    # A row with colours, as wide as the terminal, that was another one: the mark takes no room.
+    first, *others = watched_screen("status", MAINTCTL_CLOCK_RUNS="1", MAINTCTL_FAIL_AFTER="6")
+    changed = [line for line in others[1] if b"\x1b[7m" in line and b"\x1b[31m" in line]
+    check("rows that fail are marked", len(changed) > 10, others[1])
+    check("one of them is as wide as the terminal",
+          max(len(plain(line)) for line in changed) == 80, changed)
+    # What is said belongs to the screen.
+    _, *others = watched_screen("-n", "rd_counter")
+    for lines in others:
+        check("what is held back is a line of the screen",
+              lines[1].startswith(b"not sent: ioctl(") and lines[1].endswith(b")\x1b[K"), lines)
+    _, *others = watched_screen("rd_rtc_time", MAINTCTL_MISSING="rtc")
+    check("a failure is a line of the screen",
+          others[0][1] == b"maintctl: RD_RTC_TIME: -1: the device cannot be opened\x1b[K", others)
+    _, text = terminal("-t", "-w", "0.1", "rd_rtc_status", until=(b"\nclose", 3))
+    check("a trace is not drawn over", b"\x1b" not in text and text.count(b"\nopen(") > 2, text)
+    _, text = terminal("-w", "0.1", "rd_rtc_status", until=(b"value=", 3), TERM="dumb")
+    check("a dumb terminal is not drawn over", b"\x1b" not in text and text.count(b"\n  value=") > 2, text)
+
+
+def completion():
+    """The bash function, called as bash does."""
+    source = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../tools/maintctl/maintctl.bash")
+    script = """. "$1"; cd "$3"; compopt() { printf 'compopt %s\n' "$*"; }
+                COMP_WORDBREAKS=$' \t\n"\\'@><=;|&(:' COMP_LINE=$2 COMP_POINT=${4:-${#2}}
+                _maintctl; printf '%s\n' "${COMPREPLY[@]}" """
+
+    def offered(line, *point):
+        done = subprocess.run(["bash", "-uc", script, "bash", source, f"{PROGRAM[0]} {line}",
+                               os.path.dirname(source), *point], capture_output=True, timeout=60)
+        check(f"completion of '{line}' says nothing else", done.stderr == b"", done.stderr)
+        return done.stdout.decode().split("\n")[:-1]
+
+    after_name = str(len(PROGRAM[0]) + 1 + len("rd_phy_reg"))
+    for line, expected, *point in (
+            ("sna", ["snapshot"]), ("rd_phy_st", ["rd_phy_status"]),
+            ("RD_PHY_REGISTER ", ["port=", "number="]),
+            ("RD_PHY_REGISTER p", ["compopt -o nospace", "port="]),
+            ("-w 2 RD_PHY_REGISTER port=1 ", ["compopt -o nospace", "number="]),
+            ("WR_LED_A ledA=", ["off", "on", "calm", "alert"]), ("WR_LED_A ledA=c", ["calm"]),
+            ("-x rd_bandwidth ", ["compopt -o nospace", "record="]),
+            ("-x rd_bandwidth record=@maintctl.b", ["@maintctl.bash"]),
+            ("rd_phy_reg port=1", ["rd_phy_register"], after_name), ("nonsense ", [""])):
+        check(f"completion of '{line}'", offered(line, *point) == expected, offered(line, *point))
+
+
+def typed_script():
+    status, text = terminal("run", typed=b"rd_bandwidth\n\x04")
+    check("who types a script is told how it ends", b"\nmaintctl: type" in b"\n" + text
+          and b"Ctrl-D" in text and text.endswith(b"# rd_bandwidth\nvalue=0\n") and status == 0, text)
+    done = subprocess.run([*PROGRAM, "run", "-"], input=b"rd_bandwidth", capture_output=True, timeout=60)
+    check("a script from a pipe is run without a word",
+          done.stdout == b"# rd_bandwidth\nvalue=0\n" and done.stderr == b"", done)
+
+
+def closed_descriptors():
+    """The program itself, with descriptors that the shell has closed."""
+    def closing(redirection, *words):
+        done = subprocess.run(["/bin/sh", "-c", f'"$@" {redirection}', "sh", ITSELF, *words],
+                              stdin=subprocess.DEVNULL, capture_output=True, timeout=60)
+        return done.returncode, done.stdout, done.stderr
+    check("no standard input", closing("<&-", "run") == (
+        64, b"", b"maintctl: standard input cannot be read: It is closed\n"), closing("<&-", "run"))
+    check("no standard output", closing(">&-", "list") == (
+        74, b"", b"maintctl: the output cannot be written: It is closed\n"), closing(">&-", "list"))
+    check("no standard error", closing("2>&-", "nonsense") == (64, b"", b""))
+    check("none of the three", closing("<&- >&- 2>&-", "-V") == (74, b"", b""))
+    reader, writer = os.pipe()
+    os.close(reader)
+    done = subprocess.run([ITSELF, "list"], stdout=writer, stderr=subprocess.PIPE, timeout=60,
+                          preexec_fn=lambda: signal.signal(signal.SIGPIPE, signal.SIG_DFL))
+    os.close(writer)
+    check("a pipe without a reader: 74 without a word", (done.returncode, done.stderr) == (74, b""), done)
 
 
 def broken_output():
@@ -182,7 +293,8 @@ def broken_output():
     check("a pipe without a reader: 74, or the signal", done.returncode in (74, -signal.SIGPIPE))
 
 
-for part in (screens, documents, snapshots, watching, broken_output):
+for part in (screens, documents, snapshots, watching, redrawing, completion, typed_script,
+             closed_descriptors, broken_output):
     part()
 print(f"{CHECKS} checks, {len(FINDINGS)} failed")
 sys.exit(1 if FINDINGS or CHECKS < 1000 else 0)

@@ -159,6 +159,7 @@ TEST(WrongCall, Verbs)
     EXPECT_EQ(refused("describe RD_RTC_TIME RD_BANDWIDTH"), "describe takes one COMMAND");
     EXPECT_EQ(refused("describe RD_RTC_TIM"),
               "unknown command 'RD_RTC_TIM'; nearest: RD_RTC_TIME, WR_RTC_TIME");
+    EXPECT_EQ(refused("describe status"), "status is no device command");
     EXPECT_EQ(refused("status x"), "status takes no argument");
     EXPECT_EQ(refused("panel x"), "panel takes no argument");
     EXPECT_EQ(refused("snapshot x"), "snapshot takes no argument");
@@ -214,6 +215,8 @@ TEST(WrongCall, Fields)
               "RD_PHY_STATUS: 3 is not FIELD=VALUE; its fields: port, speed100, full_duplex");
     EXPECT_EQ(refused("RD_PHY_STATUS =3"),
               "RD_PHY_STATUS: =3 is not FIELD=VALUE; its fields: port, speed100, full_duplex");
+    EXPECT_EQ(refused(Arguments{"RD_RTC_TIME", ""}),
+              "RD_RTC_TIME: '' is not FIELD=VALUE; RD_RTC_TIME takes no fields");
     EXPECT_EQ(refused("RD_PHY_STATUS port=7"), "RD_PHY_STATUS: port=7 is not within 0 to 6");
     EXPECT_EQ(refused("RD_PHY_STATUS PORT=x"),
               "RD_PHY_STATUS: PORT=x is not a number (decimal, or hexadecimal with 0x)");
@@ -295,7 +298,7 @@ TEST_F(Script, IsCheckedBeforeItsFirstCommand)
               ":3: link is not read by RD_PHY_STATUS; its fields: port, speed100, full_duplex");
     EXPECT_EQ(refused_line("RD_RTC_TIME # x\nRD_RTC_TIME x#y\n"),
               ":2: RD_RTC_TIME: x#y is not FIELD=VALUE; RD_RTC_TIME takes no fields");
-    EXPECT_EQ(refused_line("list\n"), ":1: a script has device commands only, not list");
+    EXPECT_EQ(refused_line("list\n"), ":1: list is no device command");
     EXPECT_EQ(refused_line("-j RD_RTC_TIME\n"),
               ":1: unknown command '-j'; maintctl list shows all");
     EXPECT_EQ(refused_line("\"RD_PHY_STATUS\" 'po'rt=\"7\"\n"),
@@ -318,6 +321,22 @@ TEST_F(Script, IsCheckedBeforeItsFirstCommand)
     EXPECT_EQ(refused_line(std::string(65537, '\n')), " has more than 65536 bytes");
     EXPECT_EQ(refused_line(std::string(65535, '\n') + "x"),
               ":65536: unknown command 'x'; maintctl list shows all");
+}
+
+// However long the name is, and whatever bytes it has.
+TEST_F(Script, IsNamedWithItsLine)
+{
+    const std::string dir = testing::TempDir();
+    ASSERT_LT(dir.size(), 60U);
+    const std::string name = dir + std::string(100, '\xe4');
+    std::string shown = dir;
+    for (size_t i = dir.size(); i < 60; ++i) {
+        shown += "\\xe4";
+    }
+    std::ofstream(name, std::ios::binary) << std::string(65000, '\n') << "x\n";
+    EXPECT_EQ(refused(Arguments{"run", name}),
+              shown + "...:65001: unknown command 'x'; maintctl list shows all");
+    unlink(name.c_str());
 }
 
 TEST_F(Script, MayHaveNoCommands)
@@ -362,6 +381,9 @@ TEST(List, FindsByNameNumberGroupAndSummary)
     EXPECT_EQ(maintctl(Arguments{"list", "SYSTEM CLOCK"}).out, maintctl("list wr_rtc_t").out);
     EXPECT_EQ(maintctl("list 513").out, maintctl("list wr_rtc_t").out);
     EXPECT_EQ(maintctl("list 0x0201").out, maintctl("list wr_rtc_t").out);
+    EXPECT_EQ(maintctl("list 0X020").out, kClock);
+    EXPECT_EQ(maintctl("list 0x00af").status, 1);
+    EXPECT_EQ(maintctl("list 0x02010").status, 1);
     EXPECT_EQ(maintctl("-j list 0x201").out,
               R"({"command":"WR_RTC_TIME","code":513,"group":"rtc",)"
               R"("summary":"sets the clock, and the system clock after it",)"

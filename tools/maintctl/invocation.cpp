@@ -39,7 +39,7 @@ bool assignment_split(const char* word, Assignment& assignment, Text& wrong)
 {
     const char* const sign = strchr(word, '=');
     if (sign == nullptr || sign == word) {
-        typed_add(wrong, word);
+        typed_add(wrong, word[0] != '\0' ? word : "''");
         text_add(wrong, " is not FIELD=VALUE");
         return false;
     }
@@ -272,6 +272,10 @@ const CommandDescription* command_named(const char* word, Text& wrong)
         }
     }
     for (size_t i = 0; verb_name(i) != nullptr; ++i) {
+        if (strcmp(word, verb_name(i)) == 0) {
+            text_add(wrong, "%s is no device command", word);
+            return nullptr;
+        }
         nearest_offer(nearest, verb_name(i));
     }
     text_add(wrong, "unknown command '");

@@ -44,6 +44,7 @@ struct Call {
     CallText text;
     int errno_before;
     int error = 0; // 0: the call did not set errno
+    timespec begin{};
     long microseconds = 0;
     const char* held = nullptr; // what a dry run says of it
 };
@@ -144,17 +145,26 @@ bool call_hold(Call& call, const char* words = kNotDone)
     return true;
 }
 
-template <class Make> auto call_make(Call& call, const Make& make)
+void clock_start(Call& call)
 {
-    timespec begin{};
-    timespec end{};
-    clock_gettime(CLOCK_MONOTONIC, &begin);
+    clock_gettime(CLOCK_MONOTONIC, &call.begin);
     errno = 0;
-    const auto result = make();
+}
+
+void clock_stop(Call& call)
+{
     call.error = errno;
+    timespec end{};
     clock_gettime(CLOCK_MONOTONIC, &end);
     call.microseconds =
-        (end.tv_sec - begin.tv_sec) * 1'000'000L + (end.tv_nsec - begin.tv_nsec) / 1000;
+        (end.tv_sec - call.begin.tv_sec) * 1'000'000L + (end.tv_nsec - call.begin.tv_nsec) / 1000;
+}
+
+template <class Make> auto call_make(Call& call, const Make& make)
+{
+    clock_start(call);
+    const auto result = make();
+    clock_stop(call);
     return result;
 }
 

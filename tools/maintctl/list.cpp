@@ -10,11 +10,16 @@
 namespace
 {
 
-// A number that is asked for is the whole number, in any form: 10, 0xa, 0x000A.
+// The number in any form: 10, 0xa, 0x000A; or the beginning of it as it is shown: 0x02.
 bool number_matches(const CommandDescription& command, const char* text)
 {
+    char shown[8];
+    Text code = text_in(shown);
+    text_add(code, "0x%04X", static_cast<unsigned>(command.code));
+    const size_t length = strlen(text);
     uint64_t number = 0;
-    return number_parse(text, strlen(text), number) && number == command.code;
+    return (length > 2 && text_same(shown, text, length)) ||
+           (number_parse(text, length, number) && number == command.code);
 }
 
 bool command_matches(const CommandGroup& group, const CommandDescription& command, const char* text)

@@ -19,6 +19,9 @@ _maintctl()
     while IFS= read -r candidate; do
         COMPREPLY+=("${candidate#"$kept"}")
     done < <("${words[0]}" complete "${words[@]:1}" 2>/dev/null)
+    if [[ ${typed,,} == record=@* ]]; then # bash would look for the name of a host
+        mapfile -t COMPREPLY < <(compgen -P @ -f -- "${typed#*@}")
+    fi
     if [[ ${#COMPREPLY[@]} -eq 1 && ${COMPREPLY[0]} == *= ]]; then
         compopt -o nospace
     fi

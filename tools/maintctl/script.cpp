@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <cstring>
+#include <unistd.h>
 
 #include "tools/maintctl/command.h"
 #include "tools/maintctl/exit_status.h"
@@ -75,29 +76,10 @@ bool line_split(const char* begin, size_t length, ScriptLine& line, Text& wrong)
     return true;
 }
 
-bool verb_is(const char* word)
-{
-    for (size_t i = 0; verb_name(i) != nullptr; ++i) {
-        if (strcmp(word, verb_name(i)) == 0) {
-            return true;
-        }
-    }
-    return false;
-}
-
-bool line_read(const Session& session, const ScriptLine& line, Invocation& invocation, Text& wrong)
-{
-    if (verb_is(line.words[0])) {
-        text_add(wrong, "a script has device commands only, not %s", line.words[0]);
-        return false;
-    }
-    return invocation_read(Words{line.words, line.words_count}, session, invocation, wrong);
-}
-
 // Goes through all lines: checks them, or runs them. Returns the status of the first that fails.
 int lines_pass(const Session& session, const char* name, size_t length, bool runs)
 {
-    char where[100];
+    char where[300]; // a name is shown in up to 243 characters
     size_t number = 0;
     for (const char *at = script, *const end = script + length; at < end;) {
         const auto* const line_end =
@@ -111,12 +93,12 @@ int lines_pass(const Session& session, const char* name, size_t length, bool run
         char wrong[kWrongMax];
         Text why = text_in(wrong);
         text_add(why, "%s", where);
-        if (!line_split(at, line_length, line, why) ||
-            (line.words_count != 0 && !line_read(session, line, invocation, why))) {
+        const bool good = line_split(at, line_length, line, why);
+        const Words words{line.words, line.words_count};
+        if (!good || (!words.empty() && !invocation_read(words, session, invocation, why))) {
             return call_refuse(session, wrong);
         }
-        if (runs && line.words_count != 0) {
-            const Words words{line.words, line.words_count};
+        if (runs && !words.empty()) {
             const int status = output_end(session, command_run(session, invocation, where, words));
             if (status != 0) {
                 return status;
@@ -140,6 +122,9 @@ int script_run(const Session& session, const char* path)
     if (file == nullptr) {
         text_add(why, " cannot be read: %s", error_text(errno));
         return call_refuse(session, wrong);
+    }
+    if (isatty(fileno(file)) == 1) { // somebody waits for something to happen
+        fputs("maintctl: type a command a line; Ctrl-D runs them\n", session.err);
     }
     const size_t length = fread(script, 1, sizeof script, file);
     const int error = errno;

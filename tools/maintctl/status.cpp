@@ -138,13 +138,25 @@ void label_put(Screen& screen, const char* label)
     screen_fill(screen, kLabelWidth);
 }
 
+// False: the row is complete, with what is missing.
+bool row_begin(Screen& screen, const char* label, const Answer& answer)
+{
+    label_put(screen, label);
+    if (!answer_isGood(answer)) {
+        answer_showMissing(screen, answer);
+        screen_endRow(screen);
+    }
+    return answer_isGood(answer);
+}
+
 // A row of one answer: what `show` makes of it, or what is missing.
 template <class Show>
 void row_show(Screen& screen, const char* label, const Answer& answer, const Show& show)
 {
-    label_put(screen, label);
-    answer_isGood(answer) ? show() : answer_showMissing(screen, answer);
-    screen_endRow(screen);
+    if (row_begin(screen, label, answer)) {
+        show();
+        screen_endRow(screen);
+    }
 }
 
 template <class Number> void numbers_put(Screen& screen, const Number* numbers, unsigned count)

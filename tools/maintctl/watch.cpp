@@ -10,6 +10,7 @@
 
 #include "tools/maintctl/command.h"
 #include "tools/maintctl/exit_status.h"
+#include "tools/maintctl/library_calls.h"
 #include "tools/maintctl/result.h"
 #include "tools/maintctl/verbs.h"
 
@@ -99,9 +100,9 @@ void line_redraw(FILE* out, const Line& line, const Line& before, bool marked)
 {
     if (!marked || lines_equal(line, before)) {
         fwrite(line.begin, 1, line.length, out);
-    } else if (memchr(line.begin, '\x1b', line.length) != nullptr) { // it has colours of its own
+    } else if (memchr(line.begin, '\x1b', line.length) != nullptr) {
+        fputs("\x1b[7m", out); // up to the end of its own first colour
         fwrite(line.begin, 1, line.length, out);
-        fputs(" *", out);
     } else {
         bool reverse = false;
         for (size_t i = 0; i < line.length; ++i) {
@@ -190,11 +191,16 @@ int text_round(const Session& session, const Subject& subject, unsigned number)
     Session inner = session;
     inner.out = file;
     if (session.terminal) {
-        inner.err = file; // a failure belongs to the screen, too
+        inner.err = file; // messages belong to the screen, too
     }
     screen_begin(session, subject, number == 0);
     fflush(session.out); // before what goes to `err`
+    const LibraryCalls* const calls_before = libraryCalls_get();
+    LibraryCalls calls = *calls_before;
+    calls.console = inner.err;
+    libraryCalls_set(&calls);
     const int status = subject_show(inner, subject);
+    libraryCalls_set(calls_before);
     fclose(file);
     const ssize_t count = read(ends[0], now.text, sizeof now.text - 1);
     now.text[count > 0 ? count : 0] = '\0';
@@ -237,8 +243,9 @@ int json_round(const Session& session, const Subject& subject, unsigned number)
     return exitStatus_of(result);
 }
 
-int subject_watch(const Session& session, const Subject& subject)
+int subject_watch(Session session, const Subject& subject)
 {
+    session.terminal = session.terminal && !session.trace; // a trace is no screen
     Interrupt interrupt{};
     interrupt_catch(interrupt);
     int status = 0;
