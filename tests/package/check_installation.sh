@@ -10,6 +10,7 @@ prefix=$work/prefix
 for program in maintlogfile maintctl; do
     [ -x "$prefix/sbin/$program" ] || finding "no sbin/$program"
 done
+[ -f "$prefix/share/bash-completion/completions/maintctl" ] || finding "no completion for maintctl"
 diff -r "$2/maint" "$prefix/include/maint" || finding "the installed headers are not the public ones"
 
 "$(dirname "$0")/check_consumer.sh" "$prefix" "$3" || finding "the installed library is of no use"

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # A linked file, program or shared library, is loaded with the C library alone (and libmaint.so
 # where it is given), and calls nothing else of it than the lists allow.
-# usage: check_linked.sh PURE_LIST BOARD_LIST FILE [LIBMAINT]
+# usage: check_linked.sh PURE_LIST BOARD_LIST FILE [LIBMAINT | MORE_LIST.txt]
 . "$(dirname "$0")/common.sh"
 work_make
 
@@ -13,10 +13,18 @@ printf '%s\n' _ITM_deregisterTMCloneTable _ITM_registerTMCloneTable __cxa_finali
 if "$READELF" -h "$3" | grep -q 'Machine: *ARM$'; then
     echo abort >>"$work/allowed"
 fi
-library=${4:-}
-if [ -n "$library" ]; then
+library=
+case ${4:-} in
+'') ;;
+*.txt)
+    list_words "$4" 1 >>"$work/allowed"
+    lists="$lists nor ${4##*/}"
+    ;;
+*)
+    library=$4
     "$NM" --dynamic --defined-only "$library" | awk '{ print $3 }' >>"$work/allowed"
-fi
+    ;;
+esac
 sort -u -o "$work/allowed" "$work/allowed"
 
 "$NM" --dynamic --undefined-only "$3" | awk '{ sub(/@.*/, "", $2); print $2 }' | sort -u \

@@ -62,6 +62,7 @@ calls_allowed()
     comm -12 "$work/pure" "$work/leaving" >"$work/both"
     [ ! -s "$work/both" ] || finding "both pure and leaving the process: $(paste -sd' ' "$work/both")"
     sort -u "$work/pure" "$work/leaving" >"$work/allowed"
+    lists="${1##*/} nor ${2##*/}"
 }
 
 # names_check FILE WHAT: findings for the names in the file that the allowed calls do not hold.
@@ -79,7 +80,7 @@ names_check()
         _Z* | __cxa* | __gxx* | _Unwind* | __dynamic_cast)
             finding "$2 needs the C++ runtime: $name" ;;
         *)
-            finding "$2 calls $name, which neither pure_calls.txt nor calls.syms allows" ;;
+            finding "$2 calls $name, which neither $lists allows" ;;
         esac
     done <"$work/strangers"
 }

@@ -501,6 +501,11 @@ fails_with 'calls getpid, which neither' check_linked.sh "$pure" "$calls" "$work
 "$CXX" -shared "$work/runtime.o" -o "$work/libruntime.so"
 fails_with 'needs the C++ runtime: _Znw' check_linked.sh "$pure" "$calls" "$work/libruntime.so"
 fails_with 'needs libstdc++.so' check_linked.sh "$pure" "$calls" "$work/libruntime.so"
+echo getpid >"$work/more.txt"
+passes check_linked.sh "$pure" "$calls" "$work/libstranger.so" "$work/more.txt"
+echo getppid >"$work/more.txt"
+fails_with 'calls getpid, which neither pure_calls.txt nor calls.syms nor more.txt allows' \
+    check_linked.sh "$pure" "$calls" "$work/libstranger.so" "$work/more.txt"
 
 # Static data
 archive constant 'const char* const table[] = {"a", "b"};'
