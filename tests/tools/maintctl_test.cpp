@@ -5,6 +5,7 @@
 #include <fstream>
 #include <random>
 
+#include "board/share.h"
 #include "catalogue/catalogue.h"
 #include "device/command_facts.h"
 #include "tools/maintctl/describe.h"
@@ -586,7 +587,7 @@ TEST(Invocation, ReadsEveryRecordAsItWasPrinted)
     for (const CommandGroup* group : catalogue_get()) {
         for (const CommandDescription& command : group->commands) {
             ++commands;
-            for (int round = 0; round < 40; ++round) {
+            for (uint32_t round = 0; round < share_of(40); ++round) {
                 const bool hex = round % 4 == 0 && command.record != 0;
                 uint8_t record[DEVICE_RECORD_MAX] = {};
                 Arguments words{command.name};
