@@ -128,6 +128,7 @@ TEST(WrongCall, Options)
     EXPECT_EQ(refused("-jw 0 RD_RTC_TIME"), "--watch needs seconds from 0.1 to 86400, not '0'");
     EXPECT_EQ(refused(Arguments{"-w", ""}), "--watch needs seconds from 0.1 to 86400, not ''");
     EXPECT_EQ(refused("-- -j"), "unknown command '-j'; maintctl list shows all");
+    EXPECT_EQ(refused("-- --"), "unknown command '--'; maintctl list shows all");
     EXPECT_EQ(refused("-"), "unknown command '-'; maintctl list shows all");
 }
 
@@ -171,6 +172,8 @@ TEST(WrongCall, Commands)
     EXPECT_EQ(refused("bandwidth"),
               "unknown command 'bandwidth'; nearest: RD_BANDWIDTH, WR_BANDWIDTH");
     EXPECT_EQ(refused("lst"), "unknown command 'lst'; nearest: list");
+    EXPECT_EQ(refused("Status"), "unknown command 'Status'; nearest: status, RD_UNIT_STATUS_MAP, "
+                                 "RD_UNIT_STATUS_FLAG");
     EXPECT_EQ(refused("RD_RTC_TIMEx"),
               "unknown command 'RD_RTC_TIMEx'; nearest: RD_RTC_TIME, WR_RTC_TIME");
     EXPECT_EQ(refused("nonsense"), "unknown command 'nonsense'; maintctl list shows all");
@@ -432,6 +435,10 @@ TEST(Describe, SaysAllOfACommand)
               std::string::npos)
         << led;
     EXPECT_NE(led.find("\n  group7.element     out    flag, 3 elements\n"), std::string::npos);
+    EXPECT_TRUE(maintctl("describe RD_RULE_ENTRY")
+                    .out.ends_with("\nExample  maintctl RD_RULE_ENTRY index=0\n"));
+    EXPECT_TRUE(maintctl("describe RD_PHY_STATUS")
+                    .out.ends_with("\nExample  maintctl RD_PHY_STATUS port=0\n"));
     EXPECT_NE(maintctl("describe RD_PHY_STATUS").out.find("  speed100           in+out flag; "),
               std::string::npos);
     EXPECT_NE(maintctl("describe RD_COUNTER")
