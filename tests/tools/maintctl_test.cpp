@@ -382,6 +382,7 @@ TEST(List, FindsByNameNumberGroupAndSummary)
     EXPECT_EQ(maintctl("list 513").out, maintctl("list wr_rtc_t").out);
     EXPECT_EQ(maintctl("list 0x0201").out, maintctl("list wr_rtc_t").out);
     EXPECT_EQ(maintctl("list 0X020").out, kClock);
+    EXPECT_EQ(maintctl("list 0x").out.find("RD_RTC_TIME"), std::string::npos);
     EXPECT_EQ(maintctl("list 0x00af").status, 1);
     EXPECT_EQ(maintctl("list 0x02010").status, 1);
     EXPECT_EQ(maintctl("-j list 0x201").out,
