@@ -180,6 +180,7 @@ TEST_F(Run, AResultAboveZeroStandsFirst)
     EXPECT_EQ(script("", "WR_LED_A ledA=on\n").out, "# WR_LED_A ledA=on\nresult=1\n");
     said = maintctl("-j WR_LED_A ledA=on");
     EXPECT_EQ(json_parse(lines_of(said.out).at(0))["result"].number, 1);
+    EXPECT_EQ(said.out.find("\"error\""), std::string::npos);
     EXPECT_EQ(said.err, "");
 }
 

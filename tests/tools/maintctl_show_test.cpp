@@ -375,6 +375,20 @@ TEST_F(Show, ChangesNothing)
     EXPECT_EQ(board.console, "");
 }
 
+// Of a verb, too, each call is shown.
+TEST_F(Show, WithItsCalls)
+{
+    for (const auto verb : {status_show, panel_show}) {
+        const Shown shown = verb_run(verb, false, true);
+        EXPECT_EQ(shown.out, verb_run(verb).out);
+        EXPECT_TRUE(shown.err.starts_with("open(\"/tmp/serialno\"") ||
+                    shown.err.starts_with("open(\"/dev/fpga\""))
+            << shown.err;
+        EXPECT_NE(shown.err.find("\nioctl(/dev/fpga, 0x6B4F "), std::string::npos) << shown.err;
+        EXPECT_TRUE(shown.err.ends_with(" us\n"));
+    }
+}
+
 TEST_F(Show, ColoursWhenAsked)
 {
     const Shown plain = verb_run(status_show);

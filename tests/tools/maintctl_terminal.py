@@ -285,7 +285,8 @@ def closed_descriptors():
 
 
 def broken_output():
-    for words in (["list"], ["--help"], ["rd_bandwidth"], ["status"], ["snapshot"], ["-j", "list"]):
+    for words in (["list"], ["--help"], ["rd_bandwidth"], ["status"], ["snapshot"], ["-j", "list"],
+                  ["-w", "0.1", "rd_bandwidth"]):
         with open("/dev/full", "wb") as full:
             done = subprocess.run([*PROGRAM, *words], stdout=full, stderr=subprocess.PIPE, timeout=60)
         check(f"{words}: 74 when the output is full", done.returncode == 74, done.stderr)

@@ -133,6 +133,7 @@ TEST(WrongCall, Options)
     EXPECT_EQ(refused("-jw 0 RD_RTC_TIME"), "--watch needs seconds from 0.1 to 86400, not '0'");
     EXPECT_EQ(refused(Arguments{"-w", ""}), "--watch needs seconds from 0.1 to 86400, not ''");
     EXPECT_EQ(refused("-- -j"), "unknown command '-j'; maintctl list shows all");
+    EXPECT_EQ(refused("-- --"), "unknown command '--'; maintctl list shows all");
     EXPECT_EQ(refused("-"), "unknown command '-'; maintctl list shows all");
 }
 
@@ -176,6 +177,8 @@ TEST(WrongCall, Commands)
     EXPECT_EQ(refused("bandwidth"),
               "unknown command 'bandwidth'; nearest: RD_BANDWIDTH, WR_BANDWIDTH");
     EXPECT_EQ(refused("lst"), "unknown command 'lst'; nearest: list");
+    EXPECT_EQ(refused("Status"), "unknown command 'Status'; nearest: status, RD_UNIT_STATUS_MAP, "
+                                 "RD_UNIT_STATUS_FLAG");
     EXPECT_EQ(refused("RD_RTC_TIMEx"),
               "unknown command 'RD_RTC_TIMEx'; nearest: RD_RTC_TIME, WR_RTC_TIME");
     EXPECT_EQ(refused("nonsense"), "unknown command 'nonsense'; maintctl list shows all");
@@ -385,6 +388,7 @@ TEST(List, FindsByNameNumberGroupAndSummary)
     EXPECT_EQ(maintctl("list 513").out, maintctl("list wr_rtc_t").out);
     EXPECT_EQ(maintctl("list 0x0201").out, maintctl("list wr_rtc_t").out);
     EXPECT_EQ(maintctl("list 0X020").out, kClock);
+    EXPECT_EQ(maintctl("list 0x").out.find("RD_RTC_TIME"), std::string::npos);
     EXPECT_EQ(maintctl("list 0x00af").status, 1);
     EXPECT_EQ(maintctl("list 0x02010").status, 1);
     EXPECT_EQ(maintctl("-j list 0x201").out,
@@ -438,6 +442,10 @@ TEST(Describe, SaysAllOfACommand)
               std::string::npos)
         << led;
     EXPECT_NE(led.find("\n  group7.element     out    flag, 3 elements\n"), std::string::npos);
+    EXPECT_TRUE(maintctl("describe RD_RULE_ENTRY")
+                    .out.ends_with("\nExample  maintctl RD_RULE_ENTRY index=0\n"));
+    EXPECT_TRUE(maintctl("describe RD_PHY_STATUS")
+                    .out.ends_with("\nExample  maintctl RD_PHY_STATUS port=0\n"));
     EXPECT_NE(maintctl("describe RD_PHY_STATUS").out.find("  speed100           in+out flag; "),
               std::string::npos);
     EXPECT_NE(maintctl("describe RD_COUNTER")

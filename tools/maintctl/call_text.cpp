@@ -62,15 +62,7 @@ void bytes_add(CallText& text, const uint8_t* bytes, size_t count)
 void number_add(CallText& text, const RequestField& field, const uint8_t* bytes)
 {
     uint32_t number = 0;
-    if (field.width == sizeof(uint32_t)) {
-        memcpy(&number, bytes, sizeof number);
-    } else if (field.width == sizeof(uint16_t)) {
-        uint16_t half = 0;
-        memcpy(&half, bytes, sizeof half);
-        number = half;
-    } else {
-        number = *bytes;
-    }
+    memcpy(&number, bytes, field.width); // the lowest bytes stand first
     if (field.negative) {
         callText_add(text, "%d", static_cast<int32_t>(number));
     } else if (field.decimal) {

@@ -65,14 +65,11 @@ size_t name_widest(const CommandGroup& group)
     return widest;
 }
 
-// One line, at most 80 columns; `describe` has all of a summary that is longer.
+// At most 80 columns: names and summaries are short enough.
 void command_line(FILE* out, const CommandDescription& command, size_t name_width)
 {
-    const size_t space = 80 - strlen("0x0000 ") - name_width - 1;
-    const bool cut = strlen(command.summary) > space;
-    fprintf(out, "0x%04X %-*s %.*s%s\n", static_cast<unsigned>(command.code),
-            static_cast<int>(name_width), command.name, static_cast<int>(cut ? space - 3 : space),
-            command.summary, cut ? "..." : "");
+    fprintf(out, "0x%04X %-*s %s\n", static_cast<unsigned>(command.code),
+            static_cast<int>(name_width), command.name, command.summary);
 }
 
 } // namespace

@@ -35,13 +35,15 @@ void nearest_offer(Nearest& nearest, const char* name)
         return;
     }
     unsigned distance = edits_between(nearest.typed, length, name);
-    if (length >= 3 && text_has(name, nearest.typed, length)) {
+    if (distance != 0 && length >= 3 && text_has(name, nearest.typed, length)) {
         distance = 1;
     } else if (distance > 1 + length / 3) {
         return;
     }
+    bool placed = false; // those behind it move on by one
     for (unsigned i = 0; i < kNearestMax; ++i) {
-        if (nearest.names[i] == nullptr || distance < nearest.distances[i]) {
+        if (nearest.names[i] == nullptr || placed || distance < nearest.distances[i]) {
+            placed = true;
             std::swap(nearest.names[i], name);
             std::swap(nearest.distances[i], distance);
             if (name == nullptr) {

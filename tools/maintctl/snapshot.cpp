@@ -13,11 +13,13 @@
 #include "maint/commands/unit.h"
 #include "tools/maintctl/answer.h"
 #include "tools/maintctl/exit_status.h"
+#include "tools/maintctl/invocation.h"
 #include "tools/maintctl/library_calls.h"
 #include "tools/maintctl/quiet_reading.h"
 #include "tools/maintctl/result.h"
 #include "tools/maintctl/session.h"
 #include "tools/maintctl/unit_files.h"
+#include "tools/maintctl/values.h"
 
 namespace
 {
@@ -115,13 +117,6 @@ bool command_onlyReads(const CommandDescription& command)
     return !command.clears && (command.changes & ~kHeldBack) == 0;
 }
 
-uint32_t number_get(const Field& field, const uint8_t* record)
-{
-    uint32_t number = 0;
-    memcpy(&number, record + field.offset, field.width); // little-endian, as this machine is
-    return number;
-}
-
 void number_put(const Field& field, uint8_t* record, uint32_t number)
 {
     memcpy(record + field.offset, &number, field.width);
@@ -147,7 +142,7 @@ bool indexes_advance(const CommandDescription& command, uint8_t* indexes)
         if (field.role != Role::kIndex) {
             continue;
         }
-        const uint32_t next = number_get(field, indexes) + field.sweep.step;
+        const uint32_t next = value_number(field, 0, indexes) + field.sweep.step;
         if (next <= field.sweep.last) {
             number_put(field, indexes, next);
             return true;
@@ -369,10 +364,9 @@ void unknown_record(Json& json)
     json_key(json, "unknown");
     json_open(json, '[');
     commands_visit([&](const CommandDescription& command) {
-        const bool reads = strncmp(command.name, "RD_", 3) == 0;
         if (command.clears) {
             unknown_put(json, "command", command.name, "the counters would restart");
-        } else if (reads && !command_onlyReads(command)) {
+        } else if (command_isReport(command) && !command_onlyReads(command)) {
             unknown_put(json, "command", command.name, "reading changes something");
         } else if (command_onlyWrites(command.code)) {
             unknown_put(json, "command", command.name, "what it sets cannot be read");
