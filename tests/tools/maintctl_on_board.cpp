@@ -76,7 +76,7 @@ int main(int argc, char** argv)
     board_put(board);
     board.recording = false;
     const bool clock_runs = getenv("MAINTCTL_CLOCK_RUNS") != nullptr;
-    const unsigned long last = std::stoul(setting("MAINTCTL_FAIL_AFTER", "0"));
+    const unsigned long last = std::stoul("0" + setting("MAINTCTL_FAIL_AFTER"));
     unsigned long opened = 0;
     if (clock_runs || last != 0) {
         board.before_call = [&](const std::string& call) {

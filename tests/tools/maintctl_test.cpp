@@ -237,6 +237,17 @@ TEST(WrongCall, Fields)
               "RD_PHY_STATUS: port=" + std::string(55, '9') + "... is not within 0 to 6");
 }
 
+// A field that is not given is zero: refused where zero is no value of it.
+TEST(WrongCall, AFieldThatHasToBeGiven)
+{
+    EXPECT_EQ(refused("wr_rtc_time year=2026 day=31 hour=12"),
+              "WR_RTC_TIME: month is not given, and 0 is not within 1 to 12");
+    EXPECT_EQ(refused("rd_addr_entry own_id=1"),
+              "RD_ADDR_ENTRY: id is not given, and 0 is not within 1 to 30");
+    EXPECT_EQ(refused("wr_device_word_49").substr(0, 49),
+              "WR_DEVICE_WORD_49: value is not given, and 0 is n");
+}
+
 TEST(WrongCall, Elements)
 {
     EXPECT_EQ(refused("WR_LINE_FLAGS element=1,2,0"),

@@ -379,7 +379,8 @@ void example_add(Text& text, const CommandDescription& command)
     text_add(text, "%s", command.name);
     for (size_t i = 0; i < command.fields().size(); ++i) {
         const Field& field = command.fields()[i];
-        const bool left = field_in(command.out, i) && field.role != Role::kIndex;
+        const bool left =
+            field_in(command.out, i) && field.role != Role::kIndex && field.least == 0;
         if (field_in(command.in, i) && !left) {
             text_add(text, " %s=", field.name);
             value_addExample(text, field);

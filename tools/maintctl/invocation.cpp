@@ -222,6 +222,24 @@ const char* changedFile_name(const CommandDescription& command)
     return nullptr;
 }
 
+// A field that is not given is zero. False: of one of them zero is no value, and sent it would be
+// refused, or taken for something that nobody meant.
+bool missing_areZero(const Invocation& invocation, const Given& given, Text& wrong)
+{
+    const CommandDescription& command = *invocation.command;
+    for (size_t i = 0; i < command.fields().size(); ++i) {
+        const Field& field = command.fields()[i];
+        uint8_t record[DEVICE_RECORD_MAX];
+        char reason[kValueMax];
+        if (field_in(command.in, i) && value_isNumber(field) && field.count == 1 &&
+            !given.bytes[field.offset] && value_read(field, -1, "0", record, reason) != nullptr) {
+            text_add(wrong, "%s: %s is not given, and 0 %s", command.name, field.name, reason);
+            return false;
+        }
+    }
+    return true;
+}
+
 // Whether the options have a meaning for this command.
 bool options_fit(const CommandDescription& command, const Session& session, Text& wrong)
 {
@@ -345,5 +363,5 @@ bool invocation_read(Words words, const Session& session, Invocation& invocation
             return false;
         }
     }
-    return true;
+    return session.hex || missing_areZero(invocation, given, wrong);
 }
