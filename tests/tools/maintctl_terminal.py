@@ -258,10 +258,10 @@ def completion():
 def typed_script():
     status, text = terminal("run", typed=b"rd_bandwidth\n\x04")
     check("who types a script is told how it ends", b"\nmaintctl: type" in b"\n" + text
-          and b"Ctrl-D" in text and text.endswith(b"# rd_bandwidth\nvalue=0\n") and status == 0, text)
+          and b"Ctrl-D" in text and text.endswith(b"# rd_bandwidth\nvalue=20\n") and status == 0, text)
     done = subprocess.run([*PROGRAM, "run", "-"], input=b"rd_bandwidth", capture_output=True, timeout=60)
     check("a script from a pipe is run without a word",
-          done.stdout == b"# rd_bandwidth\nvalue=0\n" and done.stderr == b"", done)
+          done.stdout == b"# rd_bandwidth\nvalue=20\n" and done.stderr == b"", done)
 
 
 def closed_descriptors():
