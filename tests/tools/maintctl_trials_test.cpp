@@ -1,5 +1,6 @@
 // The trials of all commands, made by the program maintctl: requests, results, records and files are
 // those of the library. Its lines of JSON go to the file that MAINT_TRIALS_JSON names.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -42,10 +43,9 @@ class ProgramTrials : public DeviceTrials
         if (!trial.record.empty()) {
             words.push_back("record=" + pairs(Bytes(record, trial.record.size())));
         }
-        std::vector<char*> arguments;
-        for (std::string& word : words) {
-            arguments.push_back(word.data());
-        }
+        std::vector<char*> arguments(words.size());
+        std::transform(words.begin(), words.end(), arguments.begin(),
+                       [](std::string& word) { return word.data(); });
         char* said = nullptr;
         size_t length = 0;
         FILE* out = open_memstream(&said, &length);

@@ -22,14 +22,14 @@ bool number_matches(const CommandDescription& command, const char* text)
            (number_parse(text, length, number) && number == command.code);
 }
 
-bool command_matches(const CommandGroup& group, const CommandDescription& command, const char* text)
+bool command_matches(const CommandGroup& group, const CommandDescription& command, const char* part)
 {
-    if (text == nullptr || number_matches(command, text)) {
+    if (part == nullptr || number_matches(command, part)) {
         return true;
     }
-    const size_t length = strlen(text);
+    const size_t length = strlen(part);
     for (const char* place : {command.name, command.summary, group.name, group.title}) {
-        if (text_has(place, text, length)) {
+        if (text_has(place, part, length)) {
             return true;
         }
     }
