@@ -11,15 +11,15 @@ namespace
 {
 
 // The number in any form: 10, 0xa, 0x000A; or the beginning of it as it is shown: 0x02.
-bool number_matches(const CommandDescription& command, const char* text)
+bool number_matches(const CommandDescription& command, const char* typed)
 {
     char shown[8];
     Text code = text_in(shown);
     text_add(code, "0x%04X", static_cast<unsigned>(command.code));
-    const size_t length = strlen(text);
+    const size_t length = strlen(typed);
     uint64_t number = 0;
-    return (length > 2 && text_same(shown, text, length)) ||
-           (number_parse(text, length, number) && number == command.code);
+    return (length > 2 && text_same(typed, shown, length)) ||
+           (number_parse(typed, length, number) && number == command.code);
 }
 
 bool command_matches(const CommandGroup& group, const CommandDescription& command, const char* part)
