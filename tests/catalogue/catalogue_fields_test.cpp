@@ -310,7 +310,7 @@ std::string text_of(const CommandDescription& command, size_t number)
     text += in ? ">" : "";
     text += std::string(field.name) + ":" + kind_of(field);
     const bool is_number = field.kind == Kind::kNumber || field.kind == Kind::kHex;
-    const uint64_t widest = (uint64_t{1} << 8 * field.width) - 1;
+    const uint64_t widest = is_number ? (uint64_t{1} << 8 * field.width) - 1 : 0;
     if (is_number && (field.least != 0 || field.most != widest)) {
         text += "[" + std::to_string(field.least) + "-" + std::to_string(field.most) + "]";
     }

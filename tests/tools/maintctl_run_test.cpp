@@ -78,7 +78,8 @@ TEST_F(Run, AReportInJsonIsAnObject)
 // Values that a field does not take, as text; of an array one element.
 std::vector<std::string> values_beside(const Field& field)
 {
-    const uint64_t widest = (uint64_t{1} << 8 * field.width) - 1;
+    // Of a number; the width of others is that of all their bytes.
+    const uint64_t widest = (uint64_t{1} << 8 * std::min<unsigned>(field.width, 4)) - 1;
     std::vector<std::string> values{std::to_string(widest + 1), "-1"};
     switch (field.kind) {
     case Kind::kIpv4:
