@@ -286,6 +286,7 @@ consteval CommandDescription described(const char* name, const Said& said)
         ((said.in | said.out) & ~all(said.fields)) != 0 || (record == 0) != said.fields.empty() ||
         (record != 0 && std::is_const_v<Argument> != (said.out == 0)) ||
         (record != 0 && (said.in | said.out) == 0) || (said.reads | said.changes) == 0 ||
+        (said.clears && (said.changes & ~place_bit(Place::kSystemLog)) == 0) ||
         std::string_view{said.summary}.size() > 60) {
         description_isWrong();
     }

@@ -85,6 +85,14 @@ static_assert(!kDescribed<RD_CHANNEL_WORD, NoSuchIn>);
 static_assert(!kDescribed<RD_CHANNEL_WORD, NoSuchOut>);
 static_assert(!kDescribed<WR_CHANNEL_WORD, Unused>);
 
+// What clears, changes more than a log
+CHANGE(ClearsNothing, said.clears = true);
+CHANGE(ClearsALog, said.clears = true, said.changes = place_bit(Place::kSystemLog));
+CHANGE(Clears, said.clears = true, said.changes = kFpga);
+static_assert(kDescribed<RD_CHANNEL_WORD, Clears>);
+static_assert(!kDescribed<RD_CHANNEL_WORD, ClearsNothing>);
+static_assert(!kDescribed<RD_CHANNEL_WORD, ClearsALog>);
+
 // Results, places, the summary
 CHANGE(NoResults, said.results = {});
 CHANGE(NoZero, said.results = kNoZero);

@@ -13,13 +13,13 @@
 #include <cstring>
 #include <ctime>
 
+#include "catalogue/catalogue.h"
 #include "catalogue/requests.h"
 #include "tools/maintctl/call_text.h"
 
 namespace
 {
 
-constexpr const char* kSaveLockPath = "/tmp/Saveing"; // an empty file, there only to be locked
 constexpr const char* kNowherePath = "/dev/null";
 
 constexpr size_t kPathSize = 48;
@@ -229,10 +229,13 @@ bool mode_creates(const char* mode)
     return mode[0] != 'r';
 }
 
-// A file that a dry run must not create or cut, is replaced by one that takes everything.
+// A file that a dry run must not create or cut, is replaced by one that takes everything; but the
+// save lock, an empty file that is there only to be locked, is none.
 const char* path_toOpen(Call& call, const char* path, bool creates)
 {
-    return creates && strcmp(path, kSaveLockPath) != 0 && call_hold(call) ? kNowherePath : path;
+    return creates && strcmp(path, place_name(Place::kSaveLock)) != 0 && call_hold(call)
+               ? kNowherePath
+               : path;
 }
 
 template <class Set> int clock_set(Call& call, time_t now, const Set& set)

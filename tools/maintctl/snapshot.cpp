@@ -109,12 +109,11 @@ void command_record(Snapshot& snapshot, const CommandDescription& command, uint8
 
 // Commands ----------------------------------------------------------------------------------------
 
-// A line in the system log, which a failing command may leave, is held back.
-constexpr Places kHeldBack = place_bit(Place::kSystemLog) | place_bit(Place::kSaveLock);
-
+// What clears changes its device, too. A line in the system log, which a failing command may leave,
+// is held back.
 bool command_onlyReads(const CommandDescription& command)
 {
-    return !command.clears && (command.changes & ~kHeldBack) == 0;
+    return (command.changes & ~place_bit(Place::kSystemLog)) == 0;
 }
 
 void number_put(const Field& field, uint8_t* record, uint32_t number)
