@@ -1,0 +1,11 @@
+// The devices of a unit that is new and works: it is unit 1, units 2 and 3 are there, the ports are
+// up, tables are filled.
+#pragma once
+
+#include "sim/unit_state.h"
+
+// The clock runs from this time on; `now` is the machine's, in nanoseconds.
+void newUnit_put(UnitState& state, const RtcTime& time, int64_t now);
+
+// The VPN identity of all its units, as its configuration has it.
+constexpr unsigned kNewUnitVpnId = 12;
