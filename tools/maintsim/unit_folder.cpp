@@ -25,13 +25,6 @@ constexpr unsigned kSampleRecords = 640;
 constexpr size_t kErasedSize = 100012; // a header and 1000 records
 constexpr int64_t kSecond = 1000000000;
 
-constexpr unsigned kUnits = 30;
-
-constexpr char kConfig[] = "WAN_TYPE='5'\n"
-                           "SELECT_MTU='PPPOE_MTU'\n"
-                           "PPPOE_MTU='1454'\n"
-                           "IPSEC_ENABLE='0'\n";
-
 // Files under /tmp that the unit's own start makes anew.
 constexpr const char* kMadeAtStart[] = {"serialno", "ks8995_nor.dat", "ks8995_pri.dat"};
 
@@ -50,47 +43,9 @@ bool copy(const std::string& from, const std::string& to, std::string& error)
     return file_replace(to, text) || fail(error, to);
 }
 
-std::string config_text()
-{
-    const std::string id = "='" + std::to_string(kNewUnitVpnId) + "'\n";
-    std::string text = "OWN_VPN_ID" + id + kConfig;
-    for (unsigned unit = 1; unit <= kUnits; ++unit) {
-        text += (unit < 10 ? "PPPOEOFF_VPN_ID0" : "PPPOEOFF_VPN_ID") + std::to_string(unit) + id;
-    }
-    return text;
-}
-
-// Six words of 16 bits and the caller's own: sizes of 1454, less 26, less 8.
-std::string dataSizes_bytes()
-{
-    std::string bytes;
-    for (const unsigned size : {1454U, 1428U, 1446U}) {
-        for (int i = 0; i < 3; ++i) {
-            bytes += static_cast<char>(size & 0xFFU);
-            bytes += static_cast<char>(size >> 8);
-        }
-    }
-    return bytes + std::string(2, '\0');
-}
-
-struct UnitFile {
-    const char* path;
-    std::string bytes;
-};
-
 bool files_make(const std::string& root, std::string& error)
 {
-    const UnitFile files[] = {
-        {"/conf/config", config_text()},
-        {"/conf/statistics", std::string(496, '\0')},
-        {"/conf/user.log", ""},
-        {"/tmp/serialno", "A00000001"},
-        {"/tmp/mtu_datasize", dataSizes_bytes()},
-        {"/tmp/vornapppoe.mtu", "VORNAMRU=1454\n"},
-        {"/tmp/ks8995_nor.dat", std::string(128, '\0')},
-        {"/tmp/ks8995_pri.dat", std::string(128, '\0')},
-    };
-    for (const auto& [path, bytes] : files) {
+    for (const auto& [path, bytes] : newUnit_files()) {
         if (!file_replace(root + path, bytes)) {
             return fail(error, root + path);
         }
