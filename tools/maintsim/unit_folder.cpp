@@ -13,6 +13,7 @@
 #include "sim/new_unit.h"
 #include "sim/state_text.h"
 #include "tools/maintsim/files.h"
+#include "tools/maintsim/snapshot.h"
 #include "tools/maintsim/unit_tool.h"
 #include "tools/sample_image.h"
 
@@ -74,6 +75,37 @@ RtcTime local_time()
             local.tm_wday, local.tm_yday, 0};
 }
 
+// Takes over what the snapshot tells; the other files are a new unit's.
+bool snapshot_take(const std::string& path, const std::string& root, UnitState& state,
+                   std::string& error)
+{
+    std::string text;
+    if (!file_read(path, text)) {
+        return fail(error, text_shown(path));
+    }
+    Snapshot snapshot;
+    if (!snapshot_parse(text, snapshot, error)) {
+        error = text_shown(path) + ": " + error;
+        return false;
+    }
+    for (const auto& [name, bytes] : snapshot.files) {
+        if (!file_replace(root + name, bytes)) {
+            return fail(error, root + name);
+        }
+    }
+    for (const std::string& name : snapshot.missing) {
+        std::error_code code;
+        fs::remove(root + name, code);
+    }
+    for (const auto& [request, count] : snapshot.partly) {
+        fprintf(stderr,
+                "maintsim: note: request 0x%04X failed for %zu of its indexes; here it does not\n",
+                request, count);
+    }
+    state = std::move(snapshot.state);
+    return true;
+}
+
 bool content_make(const std::string& folder, const NewUnit& choice, std::string& error)
 {
     UnitState state;
@@ -83,13 +115,14 @@ bool content_make(const std::string& folder, const NewUnit& choice, std::string&
     const std::string root = folder + "/root";
     for (const char* part : {"", "/conf", "/tmp", "/dev"}) {
         std::error_code code;
-        if (fs::create_directory(root + part, code); code) {
+        if (!fs::create_directory(root + part, code)) {
             error = root + part + ": " + code.message();
             return false;
         }
     }
     if (!flash_make(root + "/dev/mtd_systemlog", choice, error) ||
         (!choice.blank && !files_make(root, error)) ||
+        (!choice.snapshot.empty() && !snapshot_take(choice.snapshot, root, state, error)) ||
         (!choice.config.empty() && !copy(choice.config, root + "/conf/config", error))) {
         return false;
     }
