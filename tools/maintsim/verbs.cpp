@@ -453,19 +453,24 @@ constexpr Verb kVerbs[] = {
     maintsim new - makes a simulated unit
 
 SYNOPSIS
-    maintsim -u DIR new [--blank] [--image FILE] [--config FILE] [--snapshot FILE]
+    maintsim -u DIR new [--blank] [--image FILE] [--config FILE]
+                        [--snapshot FILE]
 
 DESCRIPTION
-    Makes the folder DIR, which must not exist or be empty. The unit stands before its first start:
-    there is a flash image, and no working log yet. Unless told otherwise it is unit 1, units 2 and 3
-    are present, its ports are up, its clock runs and shows the local time.
+    Makes the folder DIR, which must not exist or be empty. The unit stands
+    before its first start: there is a flash image, and no working log yet.
+    Unless told otherwise it is unit 1, units 2 and 3 are present, its ports are
+    up, its clock runs and shows the local time.
 
 OPTIONS
-    --blank          devices of zeros, a clock that stands still, erased flash, no files
-    --image FILE     the flash image of the system log; otherwise a sample of 640 records
+    --blank          devices of zeros, a clock that stands still, erased flash,
+                     no files
+    --image FILE     the flash image of the system log; otherwise a sample of
+                     640 records
     --config FILE    /conf/config of the unit
-    --snapshot FILE  a unit that answers as the one of which `maintctl snapshot` wrote FILE; its
-                     clock stands still. What FILE does not tell is zero, files are a new unit's
+    --snapshot FILE  a unit that answers as the one of which `maintctl snapshot`
+                     wrote FILE; its clock stands still. What FILE does not tell
+                     is zero, and files are a new unit's
 
 EXAMPLE
     maintsim -u unit new --image flash.image
@@ -479,8 +484,8 @@ SYNOPSIS
     maintsim -u DIR show [TEXT]
 
 DESCRIPTION
-    Prints an item a line, as `set` takes it; with TEXT, the items that have it in them. The clock's
-    time is the one that it shows now.
+    Prints an item a line, as `set` takes it; with TEXT, the items that have it
+    in them. The clock's time is the one that it shows now.
 
 EXAMPLE
     maintsim -u unit show register.0x0158
@@ -494,15 +499,17 @@ SYNOPSIS
     maintsim -u DIR set ITEM=VALUE...
 
 DESCRIPTION
-    Sets all items, or none if one of them is wrong. `show` prints the items there are; among them:
-      word.0x6B29=1                 a word or bitmap, by the request that reads it
+    Sets all items, or none if one of them is wrong. `show` prints the items
+    there are; among them:
+      word.0x6B29=1                 a word, by the request that reads it
       register.0x0158=0x0020        a register
       phy.3.1=0x782D                register 1 of the PHY of port 3
       counter.3.32=17               counter 32 of index 3
       rtc.time=2026-11-21T10:20:30  the clock; rtc.runs=0 lets it stand still
       answer.0x6B04=-1              what a request returns
       fail.0x6B42=0                 takes away what `fail` asked for
-    Tables hold bytes in hex, as the driver has them. Programs that run see the change at once.
+    Tables hold bytes in hex, as the driver has them. Programs that run see the
+    change at once.
 
 EXAMPLE
     maintsim -u unit set register.0x0158=0x0020 phy.3.1=0x7809
@@ -535,8 +542,9 @@ SYNOPSIS
     maintsim -u DIR calls [--follow] [--json]
 
 DESCRIPTION
-    Prints a call a line: number, time, process and program; the call, its record; behind the arrow
-    the result and, if it changed, the record. The last 16384 calls at least are kept.
+    Prints a call a line: number, time, process and program; the call, its
+    record; behind the arrow the result and, if it changed, the record. The last
+    16384 calls at least are kept.
 
 OPTIONS
     --follow  goes on with what comes; ends by Ctrl-C
@@ -554,10 +562,11 @@ SYNOPSIS
     maintsim -u DIR power-cycle
 
 DESCRIPTION
-    Lost: what the devices held (they are as they were made), the working log /conf/system.log and
-    /tmp but for the serial number and the switch's tables, which each start makes anew. Kept: the
-    flash, the other files under /conf, the clock, and what `fail` and `set answer...` asked for. The
-    system clock starts with the clock's time. Programs that run go on running.
+    Lost: what the devices held (they are as they were made), the working log
+    /conf/system.log and /tmp but for the serial number and the switch's tables,
+    which each start makes anew. Kept: the flash, the other files under /conf,
+    the clock, and what `fail` and `set answer...` asked for. The system clock
+    starts with the clock's time. Programs that run go on running.
 
 EXAMPLE
     maintsim -u unit power-cycle
@@ -571,8 +580,8 @@ SYNOPSIS
     maintsim -u DIR warm-restart
 
 DESCRIPTION
-    Devices and files are kept. The system clock starts with the clock's time. Programs that run go
-    on running.
+    Devices and files are kept. The system clock starts with the clock's time.
+    Programs that run go on running.
 
 EXAMPLE
     maintsim -u unit warm-restart
