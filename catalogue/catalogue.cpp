@@ -37,6 +37,11 @@ const char* place_name(Place place)
     return kPlaceNames[static_cast<unsigned>(place)];
 }
 
+const char* unit_name(Unit unit)
+{
+    return unit == Unit::kBytes ? "bytes" : unit == Unit::kKib ? "KiB" : "";
+}
+
 std::span<const CommandGroup* const> catalogue_get()
 {
     return kGroups;

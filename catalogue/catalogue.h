@@ -40,19 +40,31 @@ struct Sweep {
     uint16_t step; // 0: there is no sweep
 };
 
+enum class Unit : uint8_t { kNone, kBytes, kKib };
+
+const char* unit_name(Unit unit); // "bytes", "KiB"; empty: none
+
+// On the board there are hundreds of these: the order of the members leaves no gaps.
 struct Field {
     const char* name; // as in the record: "group1.element"
+    const char* note; // what the name does not say; empty: nothing. No final full stop
+    const CodeName* first_code;
+    uint32_t least; // range of each element that is a number
+    uint32_t most;
     uint16_t offset;
     uint16_t width; // bytes of one element; of kText and kBytes the whole
-    uint8_t count;  // elements
+    Sweep sweep;
+    uint8_t count; // elements
+    uint8_t code_count;
     Kind kind;
     Role role;
-    const char* unit; // "bytes", "s"; empty: none
-    const char* note; // what the name does not say; empty: nothing. No final full stop
-    uint32_t least;   // range of each element that is a number
-    uint32_t most;
-    std::span<const CodeName> codes; // of kCode; a value without a name is written as a number
-    Sweep sweep;
+    Unit unit;
+
+    // Of kCode; a value without a name is written as a number.
+    [[nodiscard]] constexpr std::span<const CodeName> codes() const
+    {
+        return {first_code, code_count};
+    }
 };
 
 struct ResultMeaning {
@@ -80,11 +92,11 @@ enum class Place : uint8_t {
 };
 constexpr unsigned kPlaceCount = 15;
 
-using Places = uint32_t; // a bit for each
+using Places = uint16_t; // a bit for each
 
 constexpr Places place_bit(Place place)
 {
-    return Places{1} << static_cast<unsigned>(place);
+    return static_cast<Places>(1U << static_cast<unsigned>(place));
 }
 
 const char* place_name(Place place); // "/dev/fpga", "the system clock"
@@ -93,20 +105,31 @@ const char* place_name(Place place); // "/dev/fpga", "the system clock"
 using FieldSet = uint32_t;
 
 struct CommandDescription {
-    const char* name = nullptr;    // "RD_RTC_TIME"
-    const char* summary = nullptr; // one line, at most 60 characters, no final full stop
-    std::span<const Field> fields{};
-    FieldSet in = 0;  // what the command reads of its record
-    FieldSet out = 0; // what it fills; in both: what a failure or another field may leave as it was
-    std::span<const ResultMeaning> results{}; // 0 first, then the others by distance from 0
-    Places reads = 0;                         // looks into; a place that is only locked counts here
-    Places changes = 0;                       // changes, at least in some cases
-    const char* stays =
-        nullptr; // what stays set after the program ends, one sentence or more; null: nothing
-    const char* note = nullptr; // what whoever runs it should know before; null: nothing
-    DeviceCommandCode code = 0;
-    uint16_t record = 0; // bytes of the record; 0: the argument is not used
-    bool clears = false; // reading clears or restarts what it reads
+    const char* name;    // "RD_RTC_TIME"
+    const char* summary; // one line, at most 60 characters, no final full stop
+    const char* stays;   // what stays set after the program ends, in sentences; null: nothing
+    const char* note;    // what whoever runs it should know before; null: nothing
+    const Field* first_field;
+    const ResultMeaning* first_result;
+    FieldSet in;    // what the command reads of its record
+    FieldSet out;   // what it fills; in both: what a failure or another field may leave as it was
+    Places reads;   // looks into; a place that is only locked counts here
+    Places changes; // changes, at least in some cases
+    uint16_t code;
+    uint16_t record; // bytes of the record; 0: the argument is not used
+    uint8_t field_count;
+    uint8_t result_count;
+    bool clears; // reading clears or restarts what it reads
+
+    [[nodiscard]] constexpr std::span<const Field> fields() const
+    {
+        return {first_field, field_count};
+    }
+    // 0 first, then the others by distance from 0.
+    [[nodiscard]] constexpr std::span<const ResultMeaning> results() const
+    {
+        return {first_result, result_count};
+    }
 };
 
 // The commands of one public header, in its order.

@@ -36,7 +36,6 @@ template <class Member> consteval Field field_of(const char* name, size_t offset
     field.offset = static_cast<uint16_t>(offset);
     field.width = sizeof(Element);
     field.count = sizeof(Member) / sizeof(Element);
-    field.unit = "";
     field.note = "";
     field.most = static_cast<uint32_t>((uint64_t{1} << 8 * sizeof(Element)) - 1);
     return field;
@@ -101,7 +100,9 @@ template <size_t kCount>
 consteval Field code(Field field, const CodeName (&codes)[kCount], const char* note = "")
 {
     field = field_as(field, Kind::kCode, note);
-    field.codes = codes;
+    static_assert(kCount <= UINT8_MAX);
+    field.first_code = codes;
+    field.code_count = kCount;
     return field;
 }
 
@@ -138,7 +139,7 @@ consteval Field bytes(Field field, const char* note = "")
     return field_joined(field, Kind::kBytes, field.count, note);
 }
 
-consteval Field in_unit(Field field, const char* unit)
+consteval Field in_unit(Field field, Unit unit)
 {
     field.unit = unit;
     return field;
@@ -165,6 +166,19 @@ consteval Field index(Field field)
     return index(field, {static_cast<uint16_t>(field.least), static_cast<uint16_t>(field.most), 1});
 }
 
+// Bytes whose layout, and how many of them, are the driver's own.
+consteval Field driver_sized(const char* name, const char* note)
+{
+    Field field{};
+    field.name = name;
+    field.width = DEVICE_RECORD_MAX;
+    field.count = 1;
+    field.kind = Kind::kBytes;
+    field.role = Role::kDriverSized;
+    field.note = note;
+    return field;
+}
+
 consteval Field own_id(Field field)
 {
     field.role = Role::kOwnId;
@@ -173,7 +187,8 @@ consteval Field own_id(Field field)
 
 // Sets of fields ----------------------------------------------------------------------------------
 
-consteval FieldSet all(std::span<const Field> fields)
+// Three procedures are constexpr: clang 14 lets no consteval one take what another one was given.
+constexpr FieldSet all(std::span<const Field> fields)
 {
     return static_cast<FieldSet>((uint64_t{1} << fields.size()) - 1);
 }
@@ -206,7 +221,7 @@ consteval FieldSet but(std::span<const Field> fields, std::string_view names)
 // Commands ----------------------------------------------------------------------------------------
 
 // Fields that lie within the record, apart from one another, with different names.
-consteval bool fields_fit(std::span<const Field> fields, size_t record)
+constexpr bool fields_fit(std::span<const Field> fields, size_t record)
 {
     for (size_t i = 0; i < fields.size(); ++i) {
         const size_t end = fields[i].offset + size_t{fields[i].width} * fields[i].count;
@@ -224,7 +239,7 @@ consteval bool fields_fit(std::span<const Field> fields, size_t record)
     return true;
 }
 
-consteval bool results_sorted(std::span<const ResultMeaning> results)
+constexpr bool results_sorted(std::span<const ResultMeaning> results)
 {
     const auto place = [](int32_t result) { return result >= 0 ? result : 100 - result; };
     for (size_t i = 1; i < results.size(); ++i) {
@@ -235,49 +250,89 @@ consteval bool results_sorted(std::span<const ResultMeaning> results)
     return !results.empty() && results[0].result == 0;
 }
 
+// What a description says itself; CommandDescription tells more of each.
+struct Said {
+    const char* summary = nullptr;
+    std::span<const Field> fields{};
+    FieldSet in = 0;
+    FieldSet out = 0;
+    std::span<const ResultMeaning> results{};
+    Places reads = 0;
+    Places changes = 0;
+    const char* stays = nullptr;
+    const char* note = nullptr;
+    bool clears = false;
+};
+
+// Bytes of the record behind the pointer that a typed call takes.
+template <class Argument, class Record> consteval uint16_t record_size()
+{
+    if constexpr (!std::is_void_v<Record>) {
+        return sizeof(Record);
+    } else {
+        return std::is_const_v<Argument> ? DEVICE_RECORD_MAX : 0; // the driver's own record, none
+    }
+}
+
 // Checks a description against the command's typed call, and completes it.
 template <DeviceCommandCode kCode>
-consteval CommandDescription described(const char* name, CommandDescription command)
+consteval CommandDescription described(const char* name, const Said& said)
 {
     using Types = maint::Command<kCode>;
     using Argument = std::remove_pointer_t<typename Types::Argument>;
-    command.name = name;
-    command.code = kCode;
-    if constexpr (!std::is_void_v<typename Types::Record>) {
-        command.record = sizeof(typename Types::Record);
-    }
-    const bool only_reads = std::is_const_v<Argument>;
-    const FieldSet known = all(command.fields);
-    if (!fields_fit(command.fields, command.record) || !results_sorted(command.results) ||
-        ((command.in | command.out) & ~known) != 0 || (only_reads && command.out != 0) ||
-        (command.record == 0) != command.fields.empty() ||
-        (command.record != 0 && (command.in | command.out) == 0) ||
-        (command.reads | command.changes) == 0 || std::string_view{command.summary}.size() > 60) {
+    static_assert(kCode <= UINT16_MAX);
+    const uint16_t record = record_size<Argument, typename Types::Record>();
+    if (!fields_fit(said.fields, record) || !results_sorted(said.results) ||
+        ((said.in | said.out) & ~all(said.fields)) != 0 ||
+        (std::is_const_v<Argument> && said.out != 0) || (record == 0) != said.fields.empty() ||
+        (record != 0 && (said.in | said.out) == 0) || (said.reads | said.changes) == 0 ||
+        std::string_view{said.summary}.size() > 60) {
         description_isWrong();
     }
-    return command;
+    return {.name = name,
+            .summary = said.summary,
+            .stays = said.stays,
+            .note = said.note,
+            .first_field = said.fields.data(),
+            .first_result = said.results.data(),
+            .in = said.in,
+            .out = said.out,
+            .reads = said.reads,
+            .changes = said.changes,
+            .code = kCode,
+            .record = record,
+            .field_count = static_cast<uint8_t>(said.fields.size()),
+            .result_count = static_cast<uint8_t>(said.results.size()),
+            .clears = said.clears};
 }
 
-#define COMMAND(CODE, ...) described<CODE>(#CODE, CommandDescription __VA_ARGS__)
+#define COMMAND(CODE, ...) described<CODE>(#CODE, Said __VA_ARGS__)
 
 // Places and results that many commands share -----------------------------------------------------
 
 constexpr Places kFpga = place_bit(Place::kFpga);
 constexpr Places kConfigLocked = place_bit(Place::kConfig) | place_bit(Place::kSaveLock);
 
-constexpr const char* kDone = "done";
-constexpr const char* kNotOpened = "the device cannot be opened";
-constexpr const char* kNotRead = "the device's answer cannot be read";
-constexpr const char* kNotWritten = "the device refuses the write";
-constexpr const char* kOutOfRange = "an argument is out of range; no device was touched";
+inline constexpr const char* kDone = "done";
+inline constexpr const char* kNotOpened = "the device cannot be opened";
+inline constexpr const char* kNotRead = "the device's answer cannot be read";
+inline constexpr const char* kNotWritten = "the device refuses the write";
+inline constexpr const char* kNotAllRead =
+    "a register cannot be read; what was written before stays";
+inline constexpr const char* kPartlyWritten =
+    "the device refuses a write; what was written before stays";
+inline constexpr const char* kOutOfRange = "an argument is out of range; no device was touched";
+inline constexpr const char* kDeviceKeeps = "The device keeps what was written.";
 
-constexpr ResultMeaning kReportResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotRead}};
-constexpr ResultMeaning kWriteResults[] = {{0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}};
-constexpr ResultMeaning kChangeResults[] = {
+inline constexpr ResultMeaning kReportResults[] = {{0, kDone}, {-1, kNotOpened}, {-2, kNotRead}};
+inline constexpr ResultMeaning kWriteResults[] = {{0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}};
+inline constexpr ResultMeaning kChangeResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-4, kNotWritten}};
-constexpr ResultMeaning kIndexedReportResults[] = {
+inline constexpr ResultMeaning kIndexedReportResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-5, kOutOfRange}};
-constexpr ResultMeaning kIndexedWriteResults[] = {
+inline constexpr ResultMeaning kIndexedWriteResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-4, kNotWritten}, {-5, kOutOfRange}};
-constexpr ResultMeaning kIndexedChangeResults[] = {
+inline constexpr ResultMeaning kIndexedChangeResults[] = {
     {0, kDone}, {-1, kNotOpened}, {-2, kNotRead}, {-4, kNotWritten}, {-5, kOutOfRange}};
+inline constexpr ResultMeaning kWriteAsReadResults[] = {
+    {0, kDone}, {-1, kNotOpened}, {-2, kNotWritten}};

@@ -21,12 +21,12 @@ constexpr Field kStatus[] = {
 
 constexpr Field kConfig[] = {
     number(FIELD(PhyConfig, port), kPorts),
-    flag(FIELD(PhyConfig, autoneg), "1: autonegotiate, whatever the next fields say"),
+    flag(FIELD(PhyConfig, autoneg), "1: autonegotiate, whatever speed100 and full_duplex say"),
     number(FIELD(PhyConfig, switch_flag), "port 5 only: the link byte of switch port 4"),
     flag(FIELD(PhyConfig, speed100), "1: 100 Mb/s, 0: 10 Mb/s"),
     flag(FIELD(PhyConfig, full_duplex)),
     flag(FIELD(PhyConfig, extra),
-         "1: register 31 gets 0x2500, 0: 0x0500; ports 1 to 5: also sets bit 3 of register 0"),
+         "1: register 31 gets 0x2500, 0: 0x0500; ports 1 to 5: also bit 3 of register 0"),
 };
 
 constexpr Field kRegister[] = {
@@ -38,16 +38,16 @@ constexpr Field kRegister[] = {
 constexpr ResultMeaning kStatusResults[] = {
     {0, kDone},
     {-1, kNotOpened},
-    {-2, "a register cannot be read, or autonegotiation has not completed or found nothing in "
-         "common"},
+    {-2, "a register cannot be read; or the link is up, and autonegotiation has not completed or "
+         "found nothing in common (autoneg and link are filled)"},
     {-5, kOutOfRange}};
 
 constexpr ResultMeaning kConfigResults[] = {
     {0, kDone},
     {-1, kNotOpened},
     {-4, "a PHY or the switch port cannot be written; what was written before stays"},
-    {-5, "the port is above 6, or port 0 is to do without autonegotiation at anything but 100 "
-         "Mb/s full duplex"}};
+    {-5, "the port is above 6, or port 0 without autonegotiation is not at 100 Mb/s full duplex; "
+         "no device was touched"}};
 
 constexpr CommandDescription kCommands[] = {
     COMMAND(RD_PHY_STATUS, {.summary = "link, speed and duplex of a port's PHY",
@@ -58,14 +58,15 @@ constexpr CommandDescription kCommands[] = {
                             .reads = kFpga,
                             .note = "With the link down under autonegotiation, speed100 and "
                                     "full_duplex stay as given."}),
-    COMMAND(WR_PHY_CONFIG, {.summary = "sets autonegotiation, or speed and duplex, of a port's PHY",
-                            .fields = kConfig,
-                            .in = all(kConfig),
-                            .results = kConfigResults,
-                            .reads = kFpga,
-                            .changes = kFpga,
-                            .stays = "The PHY, for port 5 also switch port 4, stays so.",
-                            .note = "Takes 1 to 14 seconds; the port's link goes down meanwhile."}),
+    COMMAND(WR_PHY_CONFIG,
+            {.summary = "sets autonegotiation, or speed and duplex, of a PHY",
+             .fields = kConfig,
+             .in = all(kConfig),
+             .results = kConfigResults,
+             .reads = kFpga,
+             .changes = kFpga,
+             .stays = "The PHY, for port 5 also switch port 4, stays so.",
+             .note = "Takes up to 4 seconds, on port 5 up to 7; the link may go down meanwhile."}),
     COMMAND(RD_PHY_REGISTER, {.summary = "one MII register of a port's PHY",
                               .fields = kRegister,
                               .in = only(kRegister, "port number"),
@@ -77,7 +78,7 @@ constexpr CommandDescription kCommands[] = {
                               .in = all(kRegister),
                               .results = kIndexedWriteResults,
                               .changes = kFpga,
-                              .stays = "The register stays so until the PHY is reset."}),
+                              .stays = kDeviceKeeps}),
 };
 
 } // namespace

@@ -21,6 +21,11 @@ constexpr Field kDateTime[] = {
 
 constexpr Field kStatus[] = {hex(value_of<uint32_t>(), "what it means is the driver's")};
 
+constexpr ResultMeaning kSetResults[] = {
+    {0, kDone},
+    {-1, kNotOpened},
+    {-4, "the clock refuses the time; the system clock stays as it is"}};
+
 constexpr CommandDescription kCommands[] = {
     COMMAND(RD_RTC_TIME, {.summary = "date and time of the clock",
                           .fields = kDateTime,
@@ -30,7 +35,7 @@ constexpr CommandDescription kCommands[] = {
     COMMAND(WR_RTC_TIME, {.summary = "sets the clock, and the system clock after it",
                           .fields = kDateTime,
                           .in = but(kDateTime, "weekday"),
-                          .results = kWriteResults,
+                          .results = kSetResults,
                           .changes = kRtc | place_bit(Place::kSystemClock),
                           .stays = "Both clocks run on from this time.",
                           .note = "The time is local standard time (TZ). Whether the system clock "

@@ -25,31 +25,24 @@ template <class Record, class... Rest> Record* argument_type(int32_t (*)(Record*
 
 template <auto kProcedure> using ArgumentOf = decltype(detail::argument_type(kProcedure));
 
-// The calls of procedures. Only here is the caller's pointer cast to what the procedure takes.
-namespace detail
+// The call of a procedure that takes its own record. Only here and in handler_of is the caller's
+// pointer cast to what the procedure takes.
+template <auto kProcedure> constexpr CommandCall<ArgumentOf<kProcedure>> call_of()
 {
-
-template <auto kProcedure> constexpr CommandHandler handler_of()
-{
-    return [](void* argument, Member /*none*/) -> int32_t {
-        return kProcedure(static_cast<ArgumentOf<kProcedure>>(argument));
-    };
+    return {[](void* argument, Member /*none*/) -> int32_t {
+                return kProcedure(static_cast<ArgumentOf<kProcedure>>(argument));
+            },
+            0};
 }
 
+// The handler of a family's procedure, one for all types of record that the family serves.
 template <auto kProcedure, class Which> constexpr CommandHandler handler_of()
 {
+    static_assert(sizeof(Which) <= sizeof(Member));
     return [](void* argument, Member member) -> int32_t {
         return kProcedure(static_cast<ArgumentOf<kProcedure>>(argument),
                           static_cast<Which>(member));
     };
-}
-
-} // namespace detail
-
-// The call of a procedure that takes its own record.
-template <auto kProcedure> constexpr CommandCall<ArgumentOf<kProcedure>> call_of()
-{
-    return {detail::handler_of<kProcedure>(), 0};
 }
 
 // The call of a family's procedure, which takes the member besides. A family that serves records of
@@ -57,6 +50,5 @@ template <auto kProcedure> constexpr CommandCall<ArgumentOf<kProcedure>> call_of
 template <auto kProcedure, class Argument = ArgumentOf<kProcedure>, class Which>
 constexpr CommandCall<Argument> call_of(Which which)
 {
-    static_assert(sizeof(Which) <= sizeof(Member));
-    return {detail::handler_of<kProcedure, Which>(), static_cast<Member>(which)};
+    return {handler_of<kProcedure, Which>(), static_cast<Member>(which)};
 }

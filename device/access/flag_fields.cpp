@@ -1,5 +1,7 @@
 #include "device/access/flag_fields.h"
 
+#include "maint/fpga.h"
+
 BitChange flagFields_change(const uint16_t* bits, size_t count, unsigned mask, const uint8_t* flags)
 {
     BitChange change = kNoChange;
@@ -17,4 +19,13 @@ void flagFields_extract(const uint16_t* bits, size_t count, uint16_t word, uint8
     for (size_t n = 0; n < count; ++n) {
         flags[n] = (word & bits[n]) != 0 ? 1 : 0;
     }
+}
+
+int32_t flags_store(int32_t wordOrStatus, const uint16_t* bits, size_t count, uint8_t* flags)
+{
+    if (wordOrStatus < 0) {
+        return wordOrStatus;
+    }
+    flagFields_extract(bits, count, static_cast<uint16_t>(wordOrStatus), flags);
+    return DEVICE_OK;
 }

@@ -33,3 +33,11 @@ void flagFields_extract(const uint16_t (&bits)[kCount], uint16_t word, uint8_t (
 {
     flagFields_extract(bits, kCount, word, flags);
 }
+
+// The same for a word that was read, unless it is a negative status, which is returned.
+int32_t flags_store(int32_t wordOrStatus, const uint16_t* bits, size_t count, uint8_t* flags);
+template <size_t kCount>
+int32_t flags_store(int32_t wordOrStatus, const uint16_t (&bits)[kCount], uint8_t (&flags)[kCount])
+{
+    return flags_store(wordOrStatus, bits, kCount, flags);
+}

@@ -59,12 +59,7 @@ int32_t write_vlant_map_enable(const uint16_t* flag)
 
 int32_t read_control_bits(ControlBits* bits)
 {
-    const int32_t word = command_readWord(kControlWord);
-    if (word < 0) {
-        return word;
-    }
-    flagFields_extract(kControlBits, kControlBitsRead, static_cast<uint16_t>(word), bits->flags);
-    return DEVICE_OK;
+    return flags_store(command_readWord(kControlWord), kControlBits, kControlBitsRead, bits->flags);
 }
 
 int32_t write_control_bits(const ControlBits* bits)

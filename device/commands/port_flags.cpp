@@ -17,12 +17,7 @@ constexpr uint16_t kPortFlagsForced = 0x10F0; // while status bit 8 is set
 
 int32_t read_port_flags(PortFlags* record)
 {
-    const int32_t word = command_readWord(kPortFlagsWord);
-    if (word < 0) {
-        return word;
-    }
-    flagFields_extract(kPortFlags, static_cast<uint16_t>(word), record->flags);
-    return DEVICE_OK;
+    return flags_store(command_readWord(kPortFlagsWord), kPortFlags, record->flags);
 }
 
 int32_t write_port_flags(const PortFlags* record)

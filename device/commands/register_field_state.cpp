@@ -49,12 +49,7 @@ int32_t bracket_write(uint8_t flag)
 
 int32_t read_regf4_flags(RegF4Flags* record)
 {
-    const int32_t value = command_readRegister(kRegisterF4);
-    if (value < 0) {
-        return value;
-    }
-    flagFields_extract(kRegF4Flags, static_cast<uint16_t>(value), record->flags);
-    return DEVICE_OK;
+    return flags_store(command_readRegister(kRegisterF4), kRegF4Flags, record->flags);
 }
 
 int32_t read_reg168_mode(uint16_t* mode)

@@ -6,6 +6,11 @@
  *     RtcDateTime now;
  *     int32_t result = maint_rd_rtc_time(&now);       C and C++
  *     maint::Command<RD_RTC_TIME>::Record now;        C++: RtcDateTime
+ *
+ * Where a description says that the driver fills the record, or that it is passed through, the type
+ * is what is known of it, and the driver may fill more. Who is in doubt gives Fpga_Register_Set a
+ * record of DEVICE_RECORD_MAX bytes (maint/fpga.h); an array of words of that size goes to the
+ * typed function, too.
  */
 #ifndef MAINT_TYPED_CALL_H
 #define MAINT_TYPED_CALL_H
@@ -15,6 +20,7 @@
 
 #include "maint/fpga.h"
 
+/* NOLINTBEGIN(bugprone-macro-parentheses): types take none */
 #ifdef __cplusplus
 
 namespace maint
@@ -24,18 +30,21 @@ namespace maint
  * Record    type of the command's record; void where it has none, or none of a known size
  * Argument  pointer that its typed function takes, to const where the record is only read; for a
  *           command whose argument is not used void*
- * A number that is no command has neither.
+ * A number that is no command has neither. These stay C++ in a program that includes the headers
+ * within extern "C".
  */
+extern "C++" {
 template <DeviceCommandCode kCode> struct Command;
+}
 
 } // namespace maint
 
 #define MAINT_COMMAND_TYPES(CODE, ARGUMENT, RECORD)                                                \
-    template <> struct maint::Command<CODE> {                                                      \
+    extern "C++" template <> struct maint::Command<CODE> {                                         \
         using Record = RECORD;                                                                     \
         using Argument = ARGUMENT*;                                                                \
     };
-#define MAINT_ONLY_READ(RECORD, argument) const_cast<RECORD*>(argument)
+#define MAINT_ONLY_READ(RECORD, argument) (const_cast<RECORD*>(argument))
 
 #else
 
@@ -67,5 +76,6 @@ template <DeviceCommandCode kCode> struct Command;
     {                                                                                              \
         return Fpga_Register_Set(CODE, NULL);                                                      \
     }
+/* NOLINTEND(bugprone-macro-parentheses) */
 
 #endif

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # A command is found where its name says: described once, with its number, in the header that its
-# group in device_commands.h names; and each of these headers has its sources and its tests, called
-# after it, which name the command.
+# group in device_commands.h names, with its typed call beside it; and each of these headers has its
+# sources and its tests, called after it, which name the command.
 # usage: check_command_names.sh SOURCE_DIR
 . "$(dirname "$0")/common.sh"
 work_make
@@ -77,6 +77,48 @@ awk '
             if (count[name] > 1) print name " is described " count[name] " times"
         }
     }' "$work/commands" "$work/described" | sort >"$work/wrong"
+while read -r line; do finding "$line"; done <"$work/wrong"
+
+# The typed calls. A call stands beside its description when no other comment begins between them.
+typed=$source_dir/include/maint/typed_call.h
+find "$source_dir/include/maint" -name '*.h' ! -path "$typed" | sort | while read -r header; do
+    awk -v header="${header##*/}" '
+        /^\/\*/ { comment++ }
+        { text = $0 }
+        /^ *MAINT_COMMAND/ {
+            if (!sub(/^MAINT_COMMAND(_IN)?\([A-Z0-9_]+, [a-z0-9_]+, [A-Za-z0-9_]+\)$/, "", text) &&
+                !sub(/^MAINT_COMMAND_ALONE\([A-Z0-9_]+, [a-z0-9_]+\)$/, "", text)) {
+                print "! " header ": a typed call that cannot be read: " $0
+                next
+            }
+            split($0, word, /[(), ]+/)
+            print "call", header, word[2], word[3], comment
+            next
+        }
+        {
+            while (match(text, /(RD|WR)_[A-Z0-9_]+ \(0x/)) {
+                print "description", header, substr(text, RSTART, RLENGTH - 4), "-", comment
+                text = substr(text, RSTART + RLENGTH)
+            }
+        }' "$header"
+done >"$work/typed"
+awk '
+    /^!/ { sub(/^! /, ""); print; next }
+    FNR == NR { header[$1] = $3; next }
+    $1 == "description" { described[$3] = $5; next }
+    !($3 in header) { print $2 " has a typed call of " $3 ", which is no command"; next }
+    {
+        count[$3]++
+        if ($2 != header[$3]) print $3 " has a typed call in " $2 ", and its group names " header[$3]
+        else if ($5 != described[$3]) print $3 " has its typed call away from its description"
+        if ($4 != "maint_" tolower($3)) print "the typed call of " $3 " is " $4
+    }
+    END {
+        for (name in header) {
+            if (!count[name]) print name " has no typed call"
+            if (count[name] > 1) print name " has " count[name] " typed calls"
+        }
+    }' "$work/commands" "$work/typed" | sort >"$work/wrong"
 while read -r line; do finding "$line"; done <"$work/wrong"
 
 # Sources and tests

@@ -51,6 +51,13 @@ archive_of()
 
 public='__attribute__((visibility("default")))'
 
+# edited TEXT OLD NEW: the text with the old words, which have to be there, replaced.
+edited()
+{
+    [[ $1 == *"$2"* ]] || printf 'lacks %s\n' "$2" >&2
+    printf '%s\n' "${1/"$2"/"$3"}"
+}
+
 # Headers
 passes check_headers.sh "$(header good '#include <stdint.h>
 uint32_t entry(void);')"
@@ -63,8 +70,46 @@ passes check_headers.sh "$(header both_good 'extern int entry;' 'extern int nest
 nested=$(header nested 'extern int entry;' 'uint32_t nested(void);')
 fails_with 'maint/commands/nested.h does not compile by itself as C99' check_headers.sh "$nested"
 fails_with 'maint/commands/nested.h does not compile by itself as C++20' check_headers.sh "$nested"
+apart=$(header apart 'extern int entry;' 'extern char entry;')
+fails_with 'the headers do not compile together as C99' check_headers.sh "$apart"
+fails_with 'the headers do not compile together as C++20' check_headers.sh "$apart"
+fails_with 'the headers do not compile within extern "C"' check_headers.sh "$(header block '
+#ifdef __cplusplus
+template <int k> struct Entry;
+#endif')"
+fails_with 'by itself as C99' check_headers.sh "$(header careless \
+    'static inline char* entry(const char* text) { return (char*)text; }')"
 mkdir -p "$work/bare/maint"
 fails_with 'no header in' check_headers.sh "$work/bare"
+
+# Typed calls
+# typed_with OLD NEW: the public headers, where what declares the calls has the old words replaced.
+typed_with()
+{
+    rm -rf "$work/typed_calls"
+    cp -r "$source_dir/include" "$work/typed_calls"
+    edited "$(cat "$source_dir/include/maint/typed_call.h")" "$1" "$2" >"$work/typed_calls/maint/typed_call.h"
+    printf '%s\n' "$work/typed_calls"
+}
+typed_fails() { fails_with "$1" check_typed_calls.sh "$(typed_with "${@:2}")"; }
+passes check_typed_calls.sh "$(typed_with FUNCTION FUNCTION)"
+typed_fails 'maint_rd_rtc_time(record) compiles as_c with (uint16_t* record)' \
+    'FUNCTION(RECORD* argument)' 'FUNCTION(void* argument)'
+typed_fails 'maint_rd_bandwidth(record) compiles as_cxx with (uint32_t* record)' \
+    'FUNCTION(RECORD* argument)' 'FUNCTION(void* argument)'
+typed_fails 'maint_wr_rtc_time(record) does not compile as_c with (const RtcDateTime* record)' \
+    'FUNCTION(const RECORD* argument)' 'FUNCTION(RECORD* argument)'
+typed_fails 'maint_wr_switch_tables_1(record) compiles as_cxx with (void* record)' \
+    'FUNCTION(void)' 'FUNCTION(...)'
+typed_fails 'typed calls cost something in C: ' 'Fpga_Register_Set(CODE, argument)' \
+    'Fpga_Register_Set(CODE + 1, argument)'
+typed_fails 'typed calls cost something in C: ' 'Fpga_Register_Set(CODE, argument)' \
+    '-Fpga_Register_Set(CODE, argument)'
+typed_fails 'maint_wr_rtc_time(record) costs something in C++: ' 'const_cast<RECORD*>(argument)' \
+    'static_cast<void*>(0)'
+typed_fails 'maint_wr_switch_tables_1() costs something in C++: ' \
+    'Fpga_Register_Set(CODE, NULL)' '-Fpga_Register_Set(CODE, NULL)'
+fails_with 'no typed call in' check_typed_calls.sh "$work/bare"
 
 # Records and constants: a table, and a header that keeps what it says
 layout=$work/layout.txt
@@ -102,12 +147,6 @@ typedef struct Panel {
 MAINT_API int32_t entry(Panel* panel,
                         Sink sink);
 #endif'
-# edited TEXT OLD NEW: the text with the old words, which have to be there, replaced.
-edited()
-{
-    [[ $1 == *"$2"* ]] || printf 'lacks %s\n' "$2" >&2
-    printf '%s\n' "${1/"$2"/"$3"}"
-}
 # panel_with OLD NEW [MORE]: the header with the old words replaced, and more in one below it.
 panel_with() { header panel "$(edited "$panel" "$1" "$2")" "#define MAINT_API
 ${3:-}"; }
@@ -154,6 +193,10 @@ panel_fails 'nor entry: Nested ... unsigned a : 1' \
 panel_fails 'nor entry: Nested ... int a, b' \
     Panel Panel 'typedef struct Nested { int a, b; } Nested;'
 panel_fails 'nor entry: #define NESTED(a) a' Panel Panel '#define NESTED(a) a'
+panel_fails 'nor entry: #define MAINT_COMMAND(a, b, c)' Panel Panel '#define MAINT_COMMAND(a, b, c) a'
+panel_fails 'nor entry: MAINT_COMMANDS(RD_WORD, maint_rd_word, Word)' \
+    Panel Panel 'MAINT_COMMANDS(RD_WORD, maint_rd_word, Word)'
+panel_fails 'nor entry: namespace maint' Panel Panel 'namespace maint { template <int k> struct Command; }'
 panel_fails 'nor entry: typedef enum Nested' Panel Panel 'typedef enum Nested { NESTED } Nested;'
 
 layout_fails 'Panel.low is not at 6' \
@@ -176,6 +219,12 @@ layout_fails 'SEQ_NONE is not 4294967295,' '0xFFFFFFFF' '4294967295,'
 echo '# nothing' >"$work/nothing.txt"
 fails_with 'nothing in' check_record_layout.sh "$work/nothing.txt" "$(panel_with Panel Panel)"
 fails_with 'no header in' check_record_layout.sh "$layout" "$work/bare"
+typed='#define MAINT_API
+#include "maint/typed_call.h"
+MAINT_COMMAND(RD_WORD, maint_rd_word, uint16_t)
+MAINT_COMMAND_ALONE(WR_WORD, maint_wr_word)'
+passes check_record_layout.sh "$layout" "$(header typed "$panel" "$typed" && echo '#define MAINT_COMMAND(A, B, C)
+#define MAINT_COMMAND_ALONE(A, B)' >"$work/typed/maint/typed_call.h")"
 passes check_record_layout.sh "$layout" "$(header numbers "$panel" '#define MAINT_API' &&
     echo 'enum { RD_WORD = 0x0001 };' >"$work/numbers/maint/device_commands.h")"
 
@@ -196,8 +245,22 @@ enum {
     RD_WORD_FIELD = 0x010A
 };
 NUMBERS
-    echo '/* RD_WORD (0x0001), WR_WORD (0x0002): as RD_WORD. */' >"$work/tree/include/maint/commands/word.h"
-    echo '/* RD_WORD_FIELD (0x010A) */' >"$work/tree/include/maint/commands/word_field.h"
+    cat >"$work/tree/include/maint/commands/word.h" <<'WORDS'
+/* RD_WORD (0x0001), WR_WORD (0x0002): as RD_WORD. */
+typedef struct Word {
+    uint16_t value; /* 0 */
+} Word;
+MAINT_COMMAND(RD_WORD, maint_rd_word, Word)
+MAINT_COMMAND_IN(WR_WORD, maint_wr_word, Word)
+
+/* Words of any kind */
+WORDS
+    cat >"$work/tree/include/maint/commands/word_field.h" <<'FIELDS'
+/* RD_WORD_FIELD (0x010A) */
+MAINT_COMMAND_ALONE(RD_WORD_FIELD, maint_rd_word_field)
+FIELDS
+    echo '#define MAINT_COMMAND(CODE, FUNCTION, RECORD)' >"$work/tree/include/maint/typed_call.h"
+    echo '/* The entry */' >"$work/tree/include/maint/fpga.h"
     touch "$work/tree/device/commands"/{word.cpp,word_block.cpp,word_field_state.cpp,strange.h} \
         "$work/tree/tests/device"/{word_test.cpp,word_field_test.cpp,dispatcher_test.cpp}
     echo 'expect(RD_WORD); expect(WR_WORD);' >"$work/tree/tests/device/word_test.cpp"
@@ -239,7 +302,26 @@ names_fail 'RD_WORD is described in word_field.h, and its group names word.h' \
 names_fail 'word.h describes RD_BIT, which is no command' \
     $commands/word.h '1s,$, /* RD_BIT (0x0009) */,'
 names_fail 'RD_WORD_FIELD is described as "RD_WORD_FIELD (0x010A)" nowhere' \
-    $commands/word_field.h 's/RD_/WR_/'
+    $commands/word_field.h '1s/RD_/WR_/'
+names_fail 'RD_WORD has no typed call' $commands/word.h '/^MAINT_COMMAND(/d'
+names_fail 'RD_WORD_FIELD has no typed call' $commands/word_field.h '/^MAINT_COMMAND_ALONE/d'
+names_fail 'WR_WORD has 2 typed calls' $commands/word.h 's/^MAINT_COMMAND_IN.*/&\n&/'
+names_fail 'the typed call of WR_WORD is maint_write_word' $commands/word.h 's/maint_wr_/maint_write_/'
+names_fail 'the typed call of RD_WORD is maint_wr_word' $commands/word.h 's/maint_rd_/maint_wr_/'
+names_fail 'word.h has a typed call of RD_BIT, which is no command' \
+    $commands/word.h '/any kind/s/$/\nMAINT_COMMAND(RD_BIT, maint_rd_bit, uint8_t)/'
+names_fail 'RD_WORD_FIELD has a typed call in word.h, and its group names word_field.h' \
+    $commands/word.h '/any kind/s/$/\nMAINT_COMMAND_ALONE(RD_WORD_FIELD, maint_rd_word_field)/'
+names_fail 'RD_WORD has a typed call in fpga.h, and its group names word.h' \
+    include/maint/fpga.h 's/$/\nMAINT_COMMAND(RD_WORD, maint_rd_word, Word)/'
+names_fail 'WR_WORD has its typed call away from its description' \
+    $commands/word.h '/^MAINT_COMMAND_IN/ { h; d; }; /any kind/G'
+names_fail 'word.h: a typed call that cannot be read: MAINT_COMMAND(RD_WORD, maint_rd_word, struct Word)' \
+    $commands/word.h 's/maint_rd_word, Word/maint_rd_word, struct Word/'
+names_fail 'word.h: a typed call that cannot be read: MAINT_COMMAND_OUT(' \
+    $commands/word.h 's/^MAINT_COMMAND(/MAINT_COMMAND_OUT(/'
+names_fail 'word_field.h: a typed call that cannot be read: MAINT_COMMAND_ALONE(' \
+    $commands/word_field.h 's/maint_rd_word_field/&, Word/'
 names_fail 'WR_WORD is 0x0004, and word.h says 0x0002' $numbers 's/0x0002/0x0004/'
 names_fail 'WR_WORD has the number of RD_WORD' $numbers 's/0x0002/0x0001/'
 names_fail 'RD_WORD is described in word.h, and its group names word_field.h' \

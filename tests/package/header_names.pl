@@ -1,7 +1,8 @@
 #!/usr/bin/perl
 # Prints what public headers declare beside their entries, a line each: the types, constants, records
-# and fields of tests/package/record_layout.txt, by name. Numbers of commands are left out. Fails
-# where a header has something that it cannot read, so that nothing goes unnoticed.
+# and fields of tests/package/record_layout.txt, by name. Numbers of commands and typed calls are left
+# out: check_command_names.sh has both. Fails where a header has something that it cannot read, so that
+# nothing goes unnoticed.
 # usage: header_names.pl INCLUDE_DIR
 use strict;
 use warnings;
@@ -33,6 +34,9 @@ for my $path (sort @headers) {
         next if $line =~ /^(?:include|ifndef|ifdef|if|else|endif|undef)\b/;
         next if $line =~ /^define\s+\w+_H$/;
         next if $line =~ /^define\s+(?:MAINT_API|MAINT_C_BEGIN|MAINT_C_END)\b/;
+        # What declares the typed calls
+        next if $header eq 'maint/typed_call.h' &&
+            $line =~ /^define\s+MAINT_(?:COMMAND|COMMAND_IN|COMMAND_ALONE|COMMAND_TYPES|ONLY_READ)\(/;
         if ($line =~ /^define\s+(\w+)\s+\S/) { print "constant $1\n" }
         else { unknown($header, "#$line") }
     }
@@ -40,8 +44,17 @@ for my $path (sort @headers) {
 
     # Declarations
     $text =~ s/\bMAINT_C_(?:BEGIN|END)\b//g;
+    if ($header eq 'maint/typed_call.h') {
+        my $declared = 'namespace maint { extern "C++" { template <DeviceCommandCode kCode> struct Command; } }';
+        my $spaced = join '\s+', map { quotemeta } split / /, $declared;
+        $text =~ s/^\s*$spaced//;
+    }
     while ($text =~ /\S/) {
         if ($text =~ s/^\s*MAINT_API\s[^;{}]*\)\s*;//) {
+            next;
+        } elsif ($text =~ s/^\s*MAINT_COMMAND(?:_IN)?\(\w+, \w+, \w+\)//) {
+            next;
+        } elsif ($text =~ s/^\s*MAINT_COMMAND_ALONE\(\w+, \w+\)//) {
             next;
         } elsif ($text =~ s/^\s*typedef\s+[\w ]+?\s+(\w+)\s*;//) {
             print "type $1\n";

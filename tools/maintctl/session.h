@@ -10,7 +10,9 @@ struct Session {
     bool trace = false;
     bool dry_run = false;
     bool hex = false;
-    double watch = 0; // seconds; 0: once
+    double watch = 0;      // seconds; 0: once
+    bool terminal = false; // somebody sees `out` on a terminal that can be drawn on
+    bool colours = false;  // and wants colours there
 };
 
 // Verbs. Each returns the exit status.

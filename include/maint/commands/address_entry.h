@@ -31,6 +31,9 @@ typedef struct AddressEntry {
     uint8_t spare_12[16]; /* 12: not touched */
     uint32_t number;      /* 28: the value as a number */
 } AddressEntry;
+MAINT_COMMAND(RD_ADDR_ENTRY, maint_rd_addr_entry, AddressEntry)
+MAINT_COMMAND_IN(WR_ADDR_ENTRY, maint_wr_addr_entry, AddressEntry)
+MAINT_COMMAND_IN(WR_ADDR_ENTRY_VALUE, maint_wr_addr_entry_value, AddressEntry)
 
 /*
  * RD_ADDR_SET (0x0032): own_id and id in, bytes and number out. Of the own identifier, each number
@@ -48,10 +51,6 @@ typedef struct AddressSet {
     uint8_t spare_28[4]; /* 28: not touched */
     uint32_t number[4];  /* 32: the same values as numbers */
 } AddressSet;
-
-MAINT_COMMAND(RD_ADDR_ENTRY, maint_rd_addr_entry, AddressEntry)
-MAINT_COMMAND_IN(WR_ADDR_ENTRY, maint_wr_addr_entry, AddressEntry)
-MAINT_COMMAND_IN(WR_ADDR_ENTRY_VALUE, maint_wr_addr_entry_value, AddressEntry)
 MAINT_COMMAND(RD_ADDR_SET, maint_rd_addr_set, AddressSet)
 MAINT_COMMAND_IN(WR_ADDR_SET, maint_wr_addr_set, AddressSet)
 MAINT_COMMAND_IN(WR_ADDR_SET_VALUE, maint_wr_addr_set_value, AddressSet)

@@ -22,15 +22,14 @@ typedef struct AddressPair {
     uint8_t address_6[6]; /* 8 */
     uint8_t spare[2];     /* 14: not used */
 } AddressPair;
-
-/*
- * WR_PAIR_ENABLE (0x010B), uint8_t in: any value but 0 enables both, 0 neither. Results: 0; -1
- * device not opened; -4 request failed.
- */
-
 MAINT_COMMAND(RD_ADDR_PAIR, maint_rd_addr_pair, AddressPair)
 MAINT_COMMAND_IN(WR_ADDR_PAIR, maint_wr_addr_pair, AddressPair)
 MAINT_COMMAND_IN(WR_ADDR_PAIR_COPY, maint_wr_addr_pair_copy, AddressPair)
+
+/*
+ * WR_PAIR_ENABLE (0x010B), in: any value but 0 enables both, 0 neither. Results: 0; -1 device not
+ * opened; -4 request failed.
+ */
 MAINT_COMMAND_IN(WR_PAIR_ENABLE, maint_wr_pair_enable, uint8_t)
 
 #endif

@@ -25,7 +25,6 @@ typedef struct AddressTableEntry {
     uint8_t attribute;    /* 12 */
     uint8_t table;        /* 13: 0 the large table, any other value the small one */
 } AddressTableEntry;
-
 MAINT_COMMAND(RD_ADDR_TABLE_ENTRY, maint_rd_addr_table_entry, AddressTableEntry)
 MAINT_COMMAND_IN(WR_ADDR_TABLE_ENTRY, maint_wr_addr_table_entry, AddressTableEntry)
 MAINT_COMMAND_IN(WR_ADDR_TABLE_DELETE, maint_wr_addr_table_delete, AddressTableEntry)

@@ -25,19 +25,18 @@
 enum { BANDWIDTH_ID_MAX = 20 };
 
 /*
- * RD_BANDWIDTH (0x000A), uint16_t out: the first identifier that has the register's value. While
- * port 0 is not at 100 Mb/s, identifiers 12..20 come back as 11.
+ * RD_BANDWIDTH (0x000A), out: the first identifier that has the register's value. While port 0 is
+ * not at 100 Mb/s, identifiers 12..20 come back as 11.
  * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY (its opening included)
  * or the register cannot be read; -3 the register holds no value of the row that applies now, and
  * 20 is stored (also when one of 12..20 was set at 100 Mb/s and the PHY is slower now). Nothing
  * is stored with -1 and -2. Only if the first run of a failed command ended with -3, 20 has been
  * stored.
  *
- * WR_BANDWIDTH (0x000B), uint16_t in.
+ * WR_BANDWIDTH (0x000B), in.
  * Results: 0; -1 device not opened after the PHY has been read; -2 the PHY cannot be read (its
  * opening included); -4 the register cannot be written; -5 identifier above 20, nothing is touched.
  */
-
 MAINT_COMMAND(RD_BANDWIDTH, maint_rd_bandwidth, uint16_t)
 MAINT_COMMAND_IN(WR_BANDWIDTH, maint_wr_bandwidth, uint16_t)
 

@@ -21,7 +21,6 @@ typedef struct ChannelWord {
     uint16_t id;    /* 0 */
     uint16_t value; /* 2 */
 } ChannelWord;
-
 MAINT_COMMAND(RD_CHANNEL_WORD, maint_rd_channel_word, ChannelWord)
 MAINT_COMMAND_IN(WR_CHANNEL_WORD, maint_wr_channel_word, ChannelWord)
 

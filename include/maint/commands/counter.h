@@ -27,22 +27,21 @@ typedef struct CounterRecord {
     uint32_t value;    /* 4 */
     uint32_t selector; /* 8: which counter of the index: 32 its bytes, 33 its items */
 } CounterRecord;
+MAINT_COMMAND(RD_COUNTER, maint_rd_counter, CounterRecord)
+MAINT_COMMAND(RD_COUNTER_ALT, maint_rd_counter_alt, CounterRecord)
+MAINT_COMMAND_IN(WR_COUNTER, maint_wr_counter, CounterRecord)
+MAINT_COMMAND_IN(WR_COUNTER_ALT, maint_wr_counter_alt, CounterRecord)
 
 /* WR_COUNTER_BLOCK_LARGE (0x0405), in. */
 typedef struct CounterBlockLarge {
     uint8_t bytes[160]; /* 0 */
 } CounterBlockLarge;
+MAINT_COMMAND_IN(WR_COUNTER_BLOCK_LARGE, maint_wr_counter_block_large, CounterBlockLarge)
 
 /* WR_COUNTER_BLOCK_SMALL (0x0406), in. */
 typedef struct CounterBlockSmall {
     uint8_t bytes[68]; /* 0 */
 } CounterBlockSmall;
-
-MAINT_COMMAND(RD_COUNTER, maint_rd_counter, CounterRecord)
-MAINT_COMMAND_IN(WR_COUNTER, maint_wr_counter, CounterRecord)
-MAINT_COMMAND(RD_COUNTER_ALT, maint_rd_counter_alt, CounterRecord)
-MAINT_COMMAND_IN(WR_COUNTER_ALT, maint_wr_counter_alt, CounterRecord)
-MAINT_COMMAND_IN(WR_COUNTER_BLOCK_LARGE, maint_wr_counter_block_large, CounterBlockLarge)
 MAINT_COMMAND_IN(WR_COUNTER_BLOCK_SMALL, maint_wr_counter_block_small, CounterBlockSmall)
 
 #endif

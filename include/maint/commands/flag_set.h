@@ -20,7 +20,6 @@ typedef struct FlagSet {
     uint8_t valid;    /* 1: setter: bit n selects flag n, 0 all */
     uint8_t flags[7]; /* 2 */
 } FlagSet;
-
 MAINT_COMMAND(RD_FLAG_SET, maint_rd_flag_set, FlagSet)
 MAINT_COMMAND_IN(WR_FLAG_SET, maint_wr_flag_set, FlagSet)
 

@@ -30,6 +30,8 @@ typedef struct IdEntry {
     uint16_t field_b; /* 6: 0..4095 */
     uint16_t field_c; /* 8: 0..7 */
 } IdEntry;
+MAINT_COMMAND_IN(RD_ID_ENTRY, maint_rd_id_entry, IdEntry)
+MAINT_COMMAND_IN(WR_ID_ENTRY, maint_wr_id_entry, IdEntry)
 
 /*
  * RD_ID_ENTRY_VALUE (0x0054): own_id and id in, value out. Further results: -3 the identifier is
@@ -40,9 +42,6 @@ typedef struct IdEntryValue {
     uint16_t id;     /* 2: 1..30 */
     uint16_t value;  /* 4 */
 } IdEntryValue;
-
-MAINT_COMMAND_IN(RD_ID_ENTRY, maint_rd_id_entry, IdEntry)
-MAINT_COMMAND_IN(WR_ID_ENTRY, maint_wr_id_entry, IdEntry)
 MAINT_COMMAND(RD_ID_ENTRY_VALUE, maint_rd_id_entry_value, IdEntryValue)
 
 #endif

@@ -21,7 +21,7 @@
 enum { LED_CHANGE_RECORDED = 1 };
 
 /*
- * Setters of one indicator; LedStateRecord in, of which only the named byte counts.
+ * Setters of one indicator; of the record only the named byte counts.
  *
  *   WR_LED_B (0x0015) ledB
  *   WR_LED_C (0x0019) ledC
@@ -36,9 +36,14 @@ enum { LED_CHANGE_RECORDED = 1 };
  * Results: 0 written to the panel; 1 recorded; -1 device not opened; -2 register not read;
  * -4 register not written (WR_LED_C: -1).
  */
+MAINT_COMMAND_IN(WR_LED_B, maint_wr_led_b, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_C, maint_wr_led_c, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_D, maint_wr_led_d, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_E, maint_wr_led_e, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_A, maint_wr_led_a, LedStateRecord)
 
 /*
- * Setters of a group of three elements; LedStateRecord in, of which only the named group counts.
+ * Setters of a group of three elements; of the record only the named group counts.
  *
  *   WR_LED_GROUP_3 (0x0021), WR_LED_GROUP_7 (0x0029)
  *                     mask bits 0, 1, 2 select the first, second, third element
@@ -74,31 +79,39 @@ enum { LED_CHANGE_RECORDED = 1 };
  * starts from what the first one left: an event is logged once more when the register was not
  * written; when it was, the event's change does not reach device word 03, and 0 is returned.
  */
+MAINT_COMMAND_IN(WR_LED_GROUP_3, maint_wr_led_group_3, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_GROUP_7, maint_wr_led_group_7, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_GROUP_4, maint_wr_led_group_4, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_GROUP_5, maint_wr_led_group_5, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_GROUP_6, maint_wr_led_group_6, LedStateRecord)
+MAINT_COMMAND_IN(WR_LED_GROUP_1, maint_wr_led_group_1, LedStateRecord)
 
 /*
- * WR_LINE_MODE (0x001B), LedStateRecord in: ledF. 1 sets bit 4 and clears bit 5 of the line control
- * word; 2 sets bit 5 and keeps bit 4; any other value clears both. Not deferred while the LED
- * rewrite inhibit is on, nor changed by its end.
+ * WR_LINE_MODE (0x001B), in: ledF. 1 sets bit 4 and clears bit 5 of the line control word; 2 sets
+ * bit 5 and keeps bit 4; any other value clears both. Not deferred while the LED rewrite inhibit is
+ * on, nor changed by its end.
  *
- * WR_LINE_FLAGS (0x001F), LedStateRecord in: group2. Elements 0, 1, 2 drive bits 2, 0, 1 of the
- * line control word; mask bits 0, 1, 2 select them in that order. Not deferred while the LED
- * rewrite inhibit is on, whose end brings back the flags saved at its beginning.
+ * WR_LINE_FLAGS (0x001F), in: group2. Elements 0, 1, 2 drive bits 2, 0, 1 of the line control word;
+ * mask bits 0, 1, 2 select them in that order. Not deferred while the LED rewrite inhibit is on,
+ * whose end brings back the flags saved at its beginning.
  *
  * Results: 0; -1 device not opened; -2 word not read; -4 word not written.
  */
+MAINT_COMMAND_IN(WR_LINE_MODE, maint_wr_line_mode, LedStateRecord)
+MAINT_COMMAND_IN(WR_LINE_FLAGS, maint_wr_line_flags, LedStateRecord)
 
 /*
  * RD_LED_STATE (0x000E): ownId and targetId in, indicators and elements out; valid masks and
- * reserved bytes are not touched. The own identifier is a uint16_t that RD_DEVICE_WORD_29 reads.
- * The panel of unit 3:
+ * reserved bytes are not touched. The own identifier is a word that RD_DEVICE_WORD_29 reads; the
+ * driver may fill more. The panel of unit 3, with maint/commands/device_word.h:
  *
  *     uint16_t own[DEVICE_RECORD_MAX / 2] = {0};
  *     LedStateRecord state = {0};
- *     int32_t result = Fpga_Register_Set(RD_DEVICE_WORD_29, own);
+ *     int32_t result = maint_rd_device_word_29(own);
  *     if (result == DEVICE_OK) {
  *         state.ownId = own[0];
  *         state.targetId = 3;
- *         result = Fpga_Register_Set(RD_LED_STATE, &state);
+ *         result = maint_rd_led_state(&state);
  *     }
  *
  * An ownId left 0 is refused with -5. Another unit is shown dark (every element and ledC to
@@ -109,6 +122,7 @@ enum { LED_CHANGE_RECORDED = 1 };
  * Results: 0; -1 device not opened; -2 a read failed (what was read before it is filled); -5 an
  * identifier outside 1..30.
  */
+MAINT_COMMAND(RD_LED_STATE, maint_rd_led_state, LedStateRecord)
 
 /*
  * WR_LED_PATTERN_1 (0x0097), WR_LED_PATTERN_2 (0x0095), WR_LED_PATTERN_3 (0x0094): start the
@@ -130,37 +144,22 @@ enum { LED_CHANGE_RECORDED = 1 };
  * command draws the pattern and returns 0. WR_LED_RESTORE then fails with -1, and the setters drive
  * the panel, until the file is removed.
  */
+MAINT_COMMAND_ALONE(WR_LED_PATTERN_1, maint_wr_led_pattern_1)
+MAINT_COMMAND_ALONE(WR_LED_PATTERN_2, maint_wr_led_pattern_2)
+MAINT_COMMAND_ALONE(WR_LED_PATTERN_3, maint_wr_led_pattern_3)
 
 /*
- * WR_LED_RESTORE (0x0096), LedStateRecord out: ends the inhibit; hands the saved state to the
- * caller as it stands in the file (44 bytes, identifiers and masks included, also when a later step
- * fails), applies it to the panel and removes the file. Every element is applied, so that line
- * flags set meanwhile are lost; ledF and the alert bit are left alone, and so is an indicator whose
- * saved value is above its range. Bit 7 of device word 03 is cleared; a ledA of 3 sets its bit 6.
+ * WR_LED_RESTORE (0x0096), out: ends the inhibit; hands the saved state to the caller as it stands
+ * in the file (44 bytes, identifiers and masks included, also when a later step fails), applies it
+ * to the panel and removes the file. Every element is applied, so that line flags set meanwhile are
+ * lost; ledF and the alert bit are left alone, and so is an indicator whose saved value is above
+ * its range. Bit 7 of device word 03 is cleared; a ledA of 3 sets its bit 6.
  * Switch port 4 is not brought up to date with group 7.
  * Results: 0, also when no inhibit was on (nothing is touched) and when the file cannot be removed
  * (the inhibit then stays on); -1 file or device not opened or file of less than 44 bytes; -2 a
  * read, -4 a write failed, of a register or of device word 03. On failure the inhibit stays on,
  * with what was restored before.
  */
-
-MAINT_COMMAND(RD_LED_STATE, maint_rd_led_state, LedStateRecord)
-MAINT_COMMAND_IN(WR_LED_A, maint_wr_led_a, LedStateRecord)
-MAINT_COMMAND_IN(WR_LED_E, maint_wr_led_e, LedStateRecord)
-MAINT_COMMAND_IN(WR_LED_B, maint_wr_led_b, LedStateRecord)
-MAINT_COMMAND_IN(WR_LED_D, maint_wr_led_d, LedStateRecord)
-MAINT_COMMAND_IN(WR_LED_C, maint_wr_led_c, LedStateRecord)
-MAINT_COMMAND_IN(WR_LINE_MODE, maint_wr_line_mode, LedStateRecord)
-MAINT_COMMAND_IN(WR_LED_GROUP_1, maint_wr_led_group_1, LedStateRecord)
-MAINT_COMMAND_IN(WR_LINE_FLAGS, maint_wr_line_flags, LedStateRecord)
-MAINT_COMMAND_IN(WR_LED_GROUP_3, maint_wr_led_group_3, LedStateRecord)
-MAINT_COMMAND_IN(WR_LED_GROUP_4, maint_wr_led_group_4, LedStateRecord)
-MAINT_COMMAND_IN(WR_LED_GROUP_5, maint_wr_led_group_5, LedStateRecord)
-MAINT_COMMAND_IN(WR_LED_GROUP_6, maint_wr_led_group_6, LedStateRecord)
-MAINT_COMMAND_IN(WR_LED_GROUP_7, maint_wr_led_group_7, LedStateRecord)
-MAINT_COMMAND_ALONE(WR_LED_PATTERN_3, maint_wr_led_pattern_3)
-MAINT_COMMAND_ALONE(WR_LED_PATTERN_2, maint_wr_led_pattern_2)
 MAINT_COMMAND(WR_LED_RESTORE, maint_wr_led_restore, LedStateRecord)
-MAINT_COMMAND_ALONE(WR_LED_PATTERN_1, maint_wr_led_pattern_1)
 
 #endif

@@ -36,11 +36,12 @@ typedef struct MtuLimit {
     uint16_t frame_size;
     uint16_t limit; /* 4: the register */
 } MtuLimit;
+MAINT_COMMAND(RD_MTU_LIMIT, maint_rd_mtu_limit, MtuLimit)
 
 /*
- * WR_MTU_LIMIT (0x0049), uint16_t in: the cap; not 0: under PPPoE, a limit that is set (not 0) is
- * never raised. On /dev/fpga (registers 0x0054 and 0x0056, which get the same limit);
- * /conf/config; under PPPoE /tmp/vornapppoe.mtu (key VORNAMRU, of which the low 16 bits count).
+ * WR_MTU_LIMIT (0x0049), in: the cap; not 0: under PPPoE, a limit that is set (not 0) is never
+ * raised. On /dev/fpga (registers 0x0054 and 0x0056, which get the same limit); /conf/config; under
+ * PPPoE /tmp/vornapppoe.mtu (key VORNAMRU, of which the low 16 bits count).
  *
  * The data size is the MTU less 26, or 1364 for an MTU of at most 26; at most the MRU, where one is
  * known and not 0; at least 1188. The limit is what is left of it without the overhead of 24, or
@@ -51,6 +52,7 @@ typedef struct MtuLimit {
  * but 0 means here (0x0054 may have been written). A present limit that cannot be read counts as
  * none.
  */
+MAINT_COMMAND_IN(WR_MTU_LIMIT, maint_wr_mtu_limit, uint16_t)
 
 /*
  * RD_MTU_DATASIZE (0x004C), out. WR_MTU_DATASIZE (0x004D), in and out.
@@ -75,9 +77,6 @@ typedef struct MtuDatasize {
     uint16_t line_size[3]; /* 12: size while the flag is set, else size less 8, modulo 65536 */
     uint16_t kept;         /* 18: the caller's, written as it stands */
 } MtuDatasize;
-
-MAINT_COMMAND(RD_MTU_LIMIT, maint_rd_mtu_limit, MtuLimit)
-MAINT_COMMAND_IN(WR_MTU_LIMIT, maint_wr_mtu_limit, uint16_t)
 MAINT_COMMAND(RD_MTU_DATASIZE, maint_rd_mtu_datasize, MtuDatasize)
 MAINT_COMMAND(WR_MTU_DATASIZE, maint_wr_mtu_datasize, MtuDatasize)
 

@@ -26,6 +26,7 @@ typedef struct PhyStatus {
     uint8_t extra;       /* 8: ports 0 and 6: bit 13 of register 31; 1..5: bit 3 of register 0 */
     uint8_t spare[3];    /* 9: not touched */
 } PhyStatus;
+MAINT_COMMAND(RD_PHY_STATUS, maint_rd_phy_status, PhyStatus)
 
 /*
  * WR_PHY_CONFIG (0x002B), in. Sleeps 1 second (ports 1..6, no autonegotiation) or 2 (port 0), once
@@ -48,6 +49,7 @@ typedef struct PhyConfig {
                                bit 3 of register 0 */
     uint8_t spare[3];    /* 9: not used */
 } PhyConfig;
+MAINT_COMMAND_IN(WR_PHY_CONFIG, maint_wr_phy_config, PhyConfig)
 
 /*
  * RD_PHY_REGISTER (0x0600): port and number in, value out.
@@ -61,9 +63,6 @@ typedef struct PhyRegisterAccess {
     uint16_t number; /* 4: MII register, 0..31 */
     uint16_t value;  /* 6 */
 } PhyRegisterAccess;
-
-MAINT_COMMAND(RD_PHY_STATUS, maint_rd_phy_status, PhyStatus)
-MAINT_COMMAND_IN(WR_PHY_CONFIG, maint_wr_phy_config, PhyConfig)
 MAINT_COMMAND(RD_PHY_REGISTER, maint_rd_phy_register, PhyRegisterAccess)
 MAINT_COMMAND_IN(WR_PHY_REGISTER, maint_wr_phy_register, PhyRegisterAccess)
 

@@ -22,6 +22,8 @@ typedef struct PortFlags {
     uint16_t mask;     /* 0: bit n selects flag n, 0 selects all ten; setter only */
     uint8_t flags[10]; /* 2: bits 8, 1, 2, 0, 3, 4, 5, 6, 7, 12 of the port flags word */
 } PortFlags;
+MAINT_COMMAND(RD_PORT_FLAGS, maint_rd_port_flags, PortFlags)
+MAINT_COMMAND_IN(WR_PORT_FLAGS, maint_wr_port_flags, PortFlags)
 
 /*
  * RD_PORT_ENTRY (0x009E): value out.
@@ -35,6 +37,9 @@ typedef struct PortEntry {
     uint16_t index; /* 4 */
     uint16_t value; /* 6 */
 } PortEntry;
+MAINT_COMMAND(RD_PORT_ENTRY, maint_rd_port_entry, PortEntry)
+MAINT_COMMAND_IN(WR_PORT_ENTRY, maint_wr_port_entry, PortEntry)
+MAINT_COMMAND_IN(WR_PORT_ENTRY_RANGED, maint_wr_port_entry_ranged, PortEntry)
 
 /*
  * RD_PORT_MASK (0x00A0): mask out, filled by the driver itself, also when it fails.
@@ -47,6 +52,8 @@ typedef struct PortMask {
     uint16_t value; /* 2 */
     uint32_t mask;  /* 4: bit n for port n */
 } PortMask;
+MAINT_COMMAND(RD_PORT_MASK, maint_rd_port_mask, PortMask)
+MAINT_COMMAND(WR_PORT_MASK_BIT, maint_wr_port_mask_bit, PortMask)
 
 /*
  * WR_PORT_BIT_SET (0x00A4), WR_PORT_BIT_CLEAR (0x00A5), in. Ports 1..15: the port's bit of register
@@ -58,6 +65,8 @@ typedef struct PortBit {
     uint16_t spare[2]; /* 0 */
     uint16_t port;     /* 4 */
 } PortBit;
+MAINT_COMMAND_IN(WR_PORT_BIT_SET, maint_wr_port_bit_set, PortBit)
+MAINT_COMMAND_IN(WR_PORT_BIT_CLEAR, maint_wr_port_bit_clear, PortBit)
 
 /*
  * RD_PORT_STATE_CODE (0x0400). Code out, of bits of the port's entry (RD_PORT_ENTRY with flag and
@@ -71,16 +80,6 @@ typedef struct PortStateCode {
     uint16_t port; /* 0, in: 0..31; its low byte is the number of its bit, above 31 there is none */
     uint16_t code; /* 2, out */
 } PortStateCode;
-
-MAINT_COMMAND(RD_PORT_FLAGS, maint_rd_port_flags, PortFlags)
-MAINT_COMMAND_IN(WR_PORT_FLAGS, maint_wr_port_flags, PortFlags)
-MAINT_COMMAND(RD_PORT_ENTRY, maint_rd_port_entry, PortEntry)
-MAINT_COMMAND_IN(WR_PORT_ENTRY, maint_wr_port_entry, PortEntry)
-MAINT_COMMAND(RD_PORT_MASK, maint_rd_port_mask, PortMask)
-MAINT_COMMAND(WR_PORT_MASK_BIT, maint_wr_port_mask_bit, PortMask)
-MAINT_COMMAND_IN(WR_PORT_BIT_SET, maint_wr_port_bit_set, PortBit)
-MAINT_COMMAND_IN(WR_PORT_BIT_CLEAR, maint_wr_port_bit_clear, PortBit)
-MAINT_COMMAND_IN(WR_PORT_ENTRY_RANGED, maint_wr_port_entry_ranged, PortEntry)
 MAINT_COMMAND(RD_PORT_STATE_CODE, maint_rd_port_state_code, PortStateCode)
 
 #endif

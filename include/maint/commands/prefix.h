@@ -31,10 +31,9 @@ typedef struct PrefixMap {
     PrefixSet set0; /* 0: registers 0x0100..0x0106 */
     PrefixSet set1; /* 8: registers 0x0108..0x010E */
 } PrefixMap;
-
 MAINT_COMMAND(RD_PREFIX0_LENGTH, maint_rd_prefix0_length, PrefixMap)
-MAINT_COMMAND_IN(WR_PREFIX0, maint_wr_prefix0, PrefixMap)
 MAINT_COMMAND(RD_PREFIX1, maint_rd_prefix1, PrefixMap)
+MAINT_COMMAND_IN(WR_PREFIX0, maint_wr_prefix0, PrefixMap)
 MAINT_COMMAND_IN(WR_PREFIX1, maint_wr_prefix1, PrefixMap)
 
 #endif

@@ -31,6 +31,8 @@ typedef struct RegE0Block {
     uint8_t field_5;    /* 21: bits 0..4 of 0x00F2, 0..31 */
     uint8_t end[2];     /* 22: not used */
 } RegE0Block;
+MAINT_COMMAND(RD_REGE0_BLOCK, maint_rd_rege0_block, RegE0Block)
+MAINT_COMMAND_IN(WR_REGE0_BLOCK, maint_wr_rege0_block, RegE0Block)
 
 /*
  * RD_REG16A_BLOCK (0x0070): index in, flags and data out.
@@ -48,6 +50,8 @@ typedef struct Reg16ABlock {
     uint8_t spare;   /* 5 */
     uint8_t data[6]; /* 6: high and low bytes of 0x0160, 0x0162, 0x0164 */
 } Reg16ABlock;
+MAINT_COMMAND(RD_REG16A_BLOCK, maint_rd_reg16a_block, Reg16ABlock)
+MAINT_COMMAND_IN(WR_REG16A_BLOCK, maint_wr_reg16a_block, Reg16ABlock)
 
 /*
  * RD_REG16E_BLOCK (0x008C), out but for the mask.
@@ -61,11 +65,6 @@ typedef struct Reg16EBlock {
     uint8_t first[4];  /* 4: 0x0170, 0x0172, high byte first */
     uint8_t second[4]; /* 8: 0x0174, 0x0176 */
 } Reg16EBlock;
-
-MAINT_COMMAND(RD_REGE0_BLOCK, maint_rd_rege0_block, RegE0Block)
-MAINT_COMMAND_IN(WR_REGE0_BLOCK, maint_wr_rege0_block, RegE0Block)
-MAINT_COMMAND(RD_REG16A_BLOCK, maint_rd_reg16a_block, Reg16ABlock)
-MAINT_COMMAND_IN(WR_REG16A_BLOCK, maint_wr_reg16a_block, Reg16ABlock)
 MAINT_COMMAND(RD_REG16E_BLOCK, maint_rd_reg16e_block, Reg16EBlock)
 MAINT_COMMAND_IN(WR_REG16E_BLOCK, maint_wr_reg16e_block, Reg16EBlock)
 

@@ -26,14 +26,13 @@ typedef struct RtcDateTime {
     uint16_t second;  /* 10: 0..59 */
     uint16_t weekday; /* 12: 0..6, 0 is Sunday */
 } RtcDateTime;
-
-/*
- * RD_RTC_STATUS (0x0202), uint32_t out; WR_RTC_STATUS (0x0203), uint32_t in: a value of the
- * driver's, filled or read by the driver itself.
- */
-
 MAINT_COMMAND(RD_RTC_TIME, maint_rd_rtc_time, RtcDateTime)
 MAINT_COMMAND_IN(WR_RTC_TIME, maint_wr_rtc_time, RtcDateTime)
+
+/*
+ * RD_RTC_STATUS (0x0202), out; WR_RTC_STATUS (0x0203), in: a value of the driver's, filled or read
+ * by the driver itself.
+ */
 MAINT_COMMAND(RD_RTC_STATUS, maint_rd_rtc_status, uint32_t)
 MAINT_COMMAND_IN(WR_RTC_STATUS, maint_wr_rtc_status, uint32_t)
 

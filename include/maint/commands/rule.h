@@ -23,7 +23,7 @@
  *   word_c, word_d             absent when 0, and the companion with them
  *   class_code                 absent unless 1..4
  *   switches                   always sent
- * WR_RULE_DELETE (0x011E): index in; the entry is cleared and disabled.
+ * WR_RULE_DELETE (0x011E), in: the index alone; the entry is cleared and disabled.
  *
  * Results: 0; -1 device not opened; -2 read failed (the record stays as it was); -4 write failed;
  * -5 index above 127, tested before the device is opened.
@@ -47,7 +47,6 @@ typedef struct RuleEntry {
     uint8_t switches[4];    /* 34: any value but 0 is on; reported 0 or 1 */
     uint8_t spare[458];     /* 38: cleared by the report, not read by the setters */
 } RuleEntry;
-
 MAINT_COMMAND(RD_RULE_ENTRY, maint_rd_rule_entry, RuleEntry)
 MAINT_COMMAND_IN(WR_RULE_ENTRY, maint_wr_rule_entry, RuleEntry)
 MAINT_COMMAND_IN(WR_RULE_DELETE, maint_wr_rule_delete, uint8_t)

@@ -38,7 +38,6 @@ typedef struct StatisticsFile {
     uint32_t rest_b[STATISTICS_PORTS]; /* 256: 0..1023 */
     uint32_t rest_a[STATISTICS_PORTS]; /* 376: 0..1023 */
 } StatisticsFile;
-
 MAINT_COMMAND(WR_STATISTICS_SAVE, maint_wr_statistics_save, StatisticsFile)
 MAINT_COMMAND(WR_STATISTICS_CLEAR, maint_wr_statistics_clear, StatisticsFile)
 
