@@ -198,11 +198,22 @@ TEST_F(Verbs, FailLetsRequestsFail)
     unit_close(unit);
 }
 
+TEST_F(Verbs, FailTakesTheNameOfARequest)
+{
+    EXPECT_EQ(run("fail", {"register-read"}), 0) << err;
+    EXPECT_EQ(run("fail", {"clock-time-write"}), 0) << err;
+    EXPECT_EQ(run("fail", {"LED register A read"}), 0) << err;
+    EXPECT_EQ(run("show", {"fail."}), 0);
+    EXPECT_EQ(out, "fail.0x6B0F=1,1,EIO\nfail.0x6B42=1,1,EIO\nfail.0x4024700A=1,1,EIO\n");
+    expect_refused("fail", {"register"}, "no such request: register");
+    expect_refused("fail", {""}, "no such request: ");
+}
+
 TEST_F(Verbs, FailRefuses)
 {
     expect_refused("fail", {}, "REQUEST is missing");
     expect_refused("fail", {"0x6B42", "0x6B43"}, "a word too many: 0x6B43");
-    expect_refused("fail", {"0x6B00"}, "fail.0x6B00=1,1,EIO: no such request");
+    expect_refused("fail", {"0x6B00"}, "no such request: 0x6B00");
     expect_refused("fail", {"0x6B42", "--nth", "0"},
                    "fail.0x6B42=0,1,EIO: the first that fails is 1 or above");
     expect_refused("fail", {"0x6B42", "--nth", "x"}, "fail.0x6B42=x,1,EIO: not a number: x");
@@ -243,16 +254,18 @@ TEST_F(Verbs, CallsAreTold)
          begin = end + 1) {
         told += call_of(out.substr(begin, end - begin)) + "\n";
     }
-    EXPECT_EQ(told,
-              "1 maintsim_test: open /dev/fpga O_RDWR|O_NONBLOCK\n"
-              "2 maintsim_test: ioctl /dev/fpga 6B43 58 01 00 00 20 00 00 00 -> 0\n"
-              "3 maintsim_test: ioctl /dev/fpga 6B42 58 01 00 00 00 00 00 00 -> 0 58 01 00 00 20 "
-              "00 00 00\n"
-              "4 maintsim_test: ioctl /dev/fpga 6B04 =1234 -> 0\n"
-              "5 maintsim_test: ioctl /dev/rtc 1234 unknown -> -1 ENOTTY\n"
-              "6 maintsim_test: close /dev/fpga\n"
-              "7 maintsim_test: set word.0x6B29=1 fail.0x6BA2=1,1,EBUSY\n"
-              "8 maintsim_test: ioctl /dev/fpga 6BA2 -> -1 EBUSY\n");
+    EXPECT_EQ(
+        told,
+        "1 maintsim_test: open /dev/fpga O_RDWR|O_NONBLOCK\n"
+        "2 maintsim_test: ioctl /dev/fpga 6B43 (register write) 58 01 00 00 20 00 00 00 -> 0\n"
+        "3 maintsim_test: ioctl /dev/fpga 6B42 (register read) 58 01 00 00 00 00 00 00 -> 0 58 01 "
+        "00 00 20 "
+        "00 00 00\n"
+        "4 maintsim_test: ioctl /dev/fpga 6B04 (word 03 write) =1234 -> 0\n"
+        "5 maintsim_test: ioctl /dev/rtc 1234 unknown -> -1 ENOTTY\n"
+        "6 maintsim_test: close /dev/fpga\n"
+        "7 maintsim_test: set word.0x6B29=1 fail.0x6BA2=1,1,EBUSY\n"
+        "8 maintsim_test: ioctl /dev/fpga 6BA2 (driver state read) -> -1 EBUSY\n");
     // "1 2026-11-21T10:20:30.123456 4711 maintsim_test: ..."
     EXPECT_EQ(first.find("T"), 12U) << first;
     EXPECT_EQ(first.substr(29, first.find(" maint") - 29), std::to_string(getpid())) << first;
@@ -283,18 +296,21 @@ TEST_F(Verbs, CallsAreToldAsJson)
             << line;
         told += line.substr(line.find("\"call\"")) + "\n";
     }
-    EXPECT_EQ(told,
-              "\"call\":\"open\",\"device\":\"/dev/rtc\",\"flags\":\"O_RDONLY\"}\n"
-              "\"call\":\"ioctl\",\"device\":\"/dev/fpga\",\"request\":\"0x6B42\","
-              "\"record\":\"5801000000000000\",\"result\":0}\n"
-              "\"call\":\"ioctl\",\"device\":\"/dev/fpga\",\"request\":\"0x6B04\",\"value\":4660,"
-              "\"result\":0}\n"
-              "\"call\":\"set\",\"items\":\"fail.0x6BA2=1,1,EBUSY register.0x0158=1\"}\n"
-              "\"call\":\"ioctl\",\"device\":\"/dev/fpga\",\"request\":\"0x6B42\","
-              "\"record\":\"5801000000000000\",\"result\":0,\"after\":\"5801000001000000\"}\n"
-              "\"call\":\"ioctl\",\"device\":\"/dev/fpga\",\"request\":\"0x6BA2\",\"result\":-1,"
-              "\"errno\":\"EBUSY\"}\n"
-              "\"call\":\"close\",\"device\":\"/dev/rtc\"}\n");
+    EXPECT_EQ(told, "\"call\":\"open\",\"device\":\"/dev/rtc\",\"flags\":\"O_RDONLY\"}\n"
+                    "\"call\":\"ioctl\",\"device\":\"/dev/"
+                    "fpga\",\"request\":\"0x6B42\",\"name\":\"register read\","
+                    "\"record\":\"5801000000000000\",\"result\":0}\n"
+                    "\"call\":\"ioctl\",\"device\":\"/dev/"
+                    "fpga\",\"request\":\"0x6B04\",\"name\":\"word 03 write\",\"value\":4660,"
+                    "\"result\":0}\n"
+                    "\"call\":\"set\",\"items\":\"fail.0x6BA2=1,1,EBUSY register.0x0158=1\"}\n"
+                    "\"call\":\"ioctl\",\"device\":\"/dev/"
+                    "fpga\",\"request\":\"0x6B42\",\"name\":\"register read\","
+                    "\"record\":\"5801000000000000\",\"result\":0,\"after\":\"5801000001000000\"}\n"
+                    "\"call\":\"ioctl\",\"device\":\"/dev/"
+                    "fpga\",\"request\":\"0x6BA2\",\"name\":\"driver state read\",\"result\":-1,"
+                    "\"errno\":\"EBUSY\"}\n"
+                    "\"call\":\"close\",\"device\":\"/dev/rtc\"}\n");
 }
 
 TEST_F(Verbs, CallsAreFollowed)

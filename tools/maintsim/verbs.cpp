@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "catalogue/requests.h"
 #include "sim/call_text.h"
 #include "sim/state_text.h"
 #include "tools/maintsim/unit_folder.h"
@@ -175,6 +176,41 @@ int set_run(const std::string& folder, Words words)
     return items_put(folder, items);
 }
 
+// "register read"; empty: the request has no name.
+std::string name_of(uint32_t request)
+{
+    const RequestDescription* description = request_find(request);
+    return description == nullptr ? ""
+                                  : description->name + std::string(request_verb(*description));
+}
+
+// The number of a request that is given by its name, "register-read"; any other text as it is.
+std::string request_number(const std::string& text)
+{
+    std::string name = text;
+    std::ranges::replace(name, '-', ' ');
+    const auto named = [&](uint32_t request) { return !name.empty() && name_of(request) == name; };
+    char number[16];
+    for (uint32_t request = 0x6B00; request <= 0x6BFF; ++request) {
+        if (named(request)) {
+            snprintf(number, sizeof number, "0x%04" PRIX32, request);
+            return number;
+        }
+    }
+    for (const uint32_t request : {kRtcTimeRead, kRtcTimeWrite, kRtcStatusRead, kRtcStatusWrite}) {
+        if (named(request)) {
+            snprintf(number, sizeof number, "0x%08" PRIX32, request);
+            return number;
+        }
+    }
+    return text;
+}
+
+bool request_known(uint32_t request)
+{
+    return requestForm_find(request) != nullptr || rtcRequestForm_find(request) != nullptr;
+}
+
 int fail_run(const std::string& folder, Words words)
 {
     std::string nth;
@@ -186,7 +222,14 @@ int fail_run(const std::string& folder, Words words)
     if (!options_take(words, options, rest) || !rest_fits(rest, 1, 1, "REQUEST")) {
         return kWrongCall;
     }
-    const std::string item = "fail." + rest[0] + "=" + (nth.empty() ? "1" : nth) + "," +
+    const std::string request = request_number(rest[0]);
+    uint64_t number = 0;
+    std::string fault;
+    if (!number_parse(request, UINT32_MAX, number, fault) ||
+        !request_known(static_cast<uint32_t>(number))) {
+        return wrong_call("no such request: " + text_shown(rest[0]));
+    }
+    const std::string item = "fail." + request + "=" + (nth.empty() ? "1" : nth) + "," +
                              (count.empty() ? "1" : count) + "," + (name.empty() ? "EIO" : name);
     UnitState any;
     std::string error;
@@ -254,15 +297,22 @@ std::string result_text(const UnitCall& call)
     return call.after.empty() ? text : text + " " + bytes_text(call.after, " ");
 }
 
+// Number, name and record.
 std::string request_line(const UnitCall& call)
 {
     const RequestForm* form = form_of(call);
     char number[16];
     snprintf(number, sizeof number, "%04" PRIX32, call.head.request);
-    const std::string request = form == nullptr
-                                    ? number + std::string(" unknown")
-                                    : request_text(*form, call.before.data(), call.head.argument);
-    return std::string("ioctl ") + device_path(call) + " " + request + result_text(call);
+    std::string request = std::string("ioctl ") + device_path(call) + " " + number;
+    if (form == nullptr) {
+        return request + " unknown" + result_text(call);
+    }
+    if (const std::string name = name_of(form->number); !name.empty()) {
+        request += " (" + name + ")";
+    }
+    return request +
+           request_text(*form, call.before.data(), call.head.argument).substr(strlen(number)) +
+           result_text(call);
 }
 
 // The items of a line each, as words of one line.
@@ -331,6 +381,9 @@ void request_json(const UnitCall& call, JsonLine& json)
     char number[16];
     snprintf(number, sizeof number, "0x%04" PRIX32, call.head.request);
     json.text("request", number);
+    if (const std::string name = name_of(call.head.request); !name.empty()) {
+        json.text("name", name);
+    }
     const RequestForm* form = form_of(call);
     if (form != nullptr && form->argument == Argument::kValue) {
         json.number("value", static_cast<uint32_t>(call.head.argument));
@@ -523,7 +576,8 @@ SYNOPSIS
     maintsim -u DIR fail REQUEST [--nth N] [--for COUNT] [--errno NAME]
 
 DESCRIPTION
-    Requests with the number REQUEST fail with -1, and do not reach the device.
+    Requests REQUEST fail with -1, and do not reach the device. REQUEST is a
+    number as 0x6B42 or a name as register-read; `calls` tells both.
 
 OPTIONS
     --nth N       from the Nth such request on; otherwise the next one
@@ -531,7 +585,7 @@ OPTIONS
     --errno NAME  the error; otherwise EIO
 
 EXAMPLE
-    maintsim -u unit fail 0x6B42 --nth 2 --for 1 --errno EBUSY
+    maintsim -u unit fail register-read --nth 2 --for 1 --errno EBUSY
 )",
      fail_run},
     {"calls",
