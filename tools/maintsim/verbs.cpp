@@ -461,6 +461,10 @@ int calls_run(const std::string& folder, Words words)
         if (!unit_calls(unit.get(), next, calls, error)) {
             return failure(error);
         }
+        if (next != 0 && !calls.empty() && calls.front().head.sequence > next) {
+            fprintf(stderr, "maintsim: note: %" PRIu64 " calls came too fast to be told\n",
+                    calls.front().head.sequence - next);
+        }
         for (const UnitCall& call : calls) {
             call_print(call, !json.empty());
             next = call.head.sequence + 1;
