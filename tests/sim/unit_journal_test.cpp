@@ -268,6 +268,19 @@ TEST_F(UnitTest, ChangesAllAtOnce)
     unit_close(other);
 }
 
+// One that was killed has left half a file, longer than the new one.
+TEST_F(UnitTest, WritesItsStateOverWhatIsLeft)
+{
+    content_put(folder + "/state.new", std::string(100000, 'x'));
+    Unit* unit = open(folder);
+    std::string error;
+    ASSERT_TRUE(unit_change(
+        unit, "x", [](UnitState&, int64_t, std::string&) { return true; }, error));
+    unit_close(unit);
+    EXPECT_EQ(refusal(folder), "opened");
+    EXPECT_FALSE(std::filesystem::exists(folder + "/state.new"));
+}
+
 TEST_F(UnitTest, KeepsItsSystemClock)
 {
     Unit* unit = open(folder);
