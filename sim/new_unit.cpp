@@ -7,6 +7,7 @@
 namespace
 {
 
+constexpr unsigned kNewUnitVpnId = 12; // of all units here
 constexpr unsigned kPeers = 30;
 constexpr unsigned kPresent = 3; // units 1 to 3
 constexpr unsigned kPhys = 7;
@@ -24,6 +25,7 @@ constexpr const char* kItems[] = {
     "word.0x6B2D=0x0003",     // the mode switch is off
     "word.0x6B3B=0x0000000E", // present: units 1, 2, 3
     "word.0x6B3D=0x00000000", // marked: none
+    "word.0x6B48=0x0002",     // one of its three values
     "word.0x6B4F=0x0150",     // panel: ledD and ledE lit, line mode 1
     "register.0x0012=0x0040", // bandwidth: no limit below 100 Mb/s
     "register.0x0054=0x057C", // MTU limit 1404
@@ -42,6 +44,11 @@ constexpr const char* kItems[] = {
     "switch_port.4=0400010101000000",
     "rtc.status=0x00000000",
 };
+
+constexpr char kConfig[] = "WAN_TYPE='5'\n"
+                           "SELECT_MTU='PPPOE_MTU'\n"
+                           "PPPOE_MTU='1454'\n"
+                           "IPSEC_ENABLE='0'\n";
 
 // A PHY that has negotiated 100 Mb/s, full duplex.
 struct Mii {
@@ -77,6 +84,29 @@ void peer_put(UnitState& state, unsigned unit)
     put(state, key("port_entry", 8 * unit) + "=0x1000");      // which stands for the code 1
 }
 
+std::string config_text()
+{
+    const std::string id = "='" + std::to_string(kNewUnitVpnId) + "'\n";
+    std::string text = "OWN_VPN_ID" + id + kConfig;
+    for (unsigned unit = 1; unit <= kPeers; ++unit) {
+        text += (unit < 10 ? "PPPOEOFF_VPN_ID0" : "PPPOEOFF_VPN_ID") + std::to_string(unit) + id;
+    }
+    return text;
+}
+
+// Six words of 16 bits and the caller's own: sizes of 1454, less 26, less 8.
+std::string dataSizes_bytes()
+{
+    std::string bytes;
+    for (const unsigned size : {1454U, 1428U, 1446U}) {
+        for (int i = 0; i < 3; ++i) {
+            bytes += static_cast<char>(size & 0xFFU);
+            bytes += static_cast<char>(size >> 8);
+        }
+    }
+    return bytes + std::string(2, '\0');
+}
+
 } // namespace
 
 void newUnit_put(UnitState& state, const RtcTime& time, int64_t now)
@@ -102,4 +132,18 @@ void newUnit_put(UnitState& state, const RtcTime& time, int64_t now)
     state.rtc.time = time;
     state.rtc_since = now;
     state.rtc_runs = true;
+}
+
+std::vector<UnitFile> newUnit_files()
+{
+    return {
+        {"/conf/config", config_text()},
+        {"/conf/statistics", std::string(496, '\0')},
+        {"/conf/user.log", ""},
+        {"/tmp/serialno", "A00000001"},
+        {"/tmp/mtu_datasize", dataSizes_bytes()},
+        {"/tmp/vornapppoe.mtu", "VORNAMRU=1454\n"},
+        {"/tmp/ks8995_nor.dat", std::string(128, '\0')},
+        {"/tmp/ks8995_pri.dat", std::string(128, '\0')},
+    };
 }

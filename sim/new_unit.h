@@ -2,10 +2,17 @@
 // up, tables are filled.
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "sim/unit_state.h"
 
 // The clock runs from this time on; `now` is the machine's, in nanoseconds.
 void newUnit_put(UnitState& state, const RtcTime& time, int64_t now);
 
-// The VPN identity of all its units, as its configuration has it.
-constexpr unsigned kNewUnitVpnId = 12;
+// Its files under /conf and /tmp, but for the working log, which its first start makes.
+struct UnitFile {
+    const char* path;
+    std::string bytes;
+};
+std::vector<UnitFile> newUnit_files();

@@ -103,3 +103,8 @@ bool file_replace(const std::string& path, std::string_view text)
     errno = error;
     return false;
 }
+
+void standardError_write(std::string_view text)
+{
+    all_write(STDERR_FILENO, text);
+}

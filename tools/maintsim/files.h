@@ -18,3 +18,6 @@ bool file_read(const std::string& path, std::string& text);
 // A file of this content, in place of the one that is there; nobody sees half of it. False: errno
 // says why not, and the file is as it was.
 bool file_replace(const std::string& path, std::string_view text);
+
+// To standard error, as far as it takes it.
+void standardError_write(std::string_view text);

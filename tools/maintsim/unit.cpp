@@ -92,6 +92,22 @@ void unit_delist(const Unit* unit)
     pthread_mutex_unlock(&units_lock);
 }
 
+// A call that succeeds leaves errno as it was.
+class ErrnoKeep
+{
+  public:
+    ErrnoKeep() : error_(errno) {}
+    ~ErrnoKeep() { errno = error_; }
+    ErrnoKeep(const ErrnoKeep&) = delete;
+    ErrnoKeep& operator=(const ErrnoKeep&) = delete;
+
+    // The call fails with this error.
+    void fail(int error) { error_ = error; }
+
+  private:
+    int error_;
+};
+
 // This thread has the unit to itself; no signal takes it away in the middle, since a handler could
 // leave by a jump, or ask for a request itself.
 class Turn
@@ -394,8 +410,11 @@ bool room_make(Unit& unit, size_t size)
         return true;
     }
     if (journal_renew(unit)) {
-        errno = EMSGSIZE;
-        return size <= unit.journal.capacity;
+        if (size > unit.journal.capacity) {
+            errno = EMSGSIZE;
+            return false;
+        }
+        return true;
     }
     unit.tries_from = unit.entries + kTriesEvery;
     return fits;
@@ -451,8 +470,7 @@ void error_tell(Unit& unit, const std::string& error)
 {
     const int reason = errno;
     if (!unit.told.exchange(true)) {
-        const std::string line = "maintsim: " + error + "\n";
-        syscall(SYS_write, STDERR_FILENO, line.data(), line.size());
+        standardError_write("maintsim: " + error + "\n");
     }
     errno = reason;
 }
@@ -475,37 +493,38 @@ void clock_note(Unit& unit)
 
 int openOrClose_note(Unit* unit, EntryKind kind, UnitDevice device, int flags)
 {
+    ErrnoKeep keep;
     EntryHead head = entryHead_make(kind);
     head.device = static_cast<uint8_t>(device);
     head.argument = static_cast<uint32_t>(flags);
     const Turn turn(*unit);
     if (!turn_beginTold(*unit, turn, entry_size(0, 0))) {
+        keep.fail(errno);
         return -1;
     }
     entry_append(*unit, head, {}, {});
     return 0;
 }
 
-// A request that the driver does not know is noted, too.
+// A request that the driver does not know is noted, too. The error.
 int unknown_note(Unit* unit, EntryHead head)
 {
     head.result = -1;
     head.error = ENOTTY;
     const Turn turn(*unit);
-    if (turn_beginTold(*unit, turn, entry_size(0, 0))) {
-        entry_append(*unit, head, {}, {});
-        errno = ENOTTY;
+    if (!turn_beginTold(*unit, turn, entry_size(0, 0))) {
+        return errno;
     }
-    return -1;
+    entry_append(*unit, head, {}, {});
+    return ENOTTY;
 }
 
 bool unitLine_good(const std::string& folder, std::string& error)
 {
     std::string line;
     if (!file_read(folder + "/unit", line)) {
-        error = errno == ENOENT
-                    ? folder + ": not a simulated unit; `maintsim -u " + folder + " new` makes one"
-                    : folder + "/unit: " + strerror(errno);
+        error = folder + (errno == ENOENT ? std::string(": no simulated unit; `new` makes one")
+                                          : std::string("/unit: ") + strerror(errno));
         return false;
     }
     if (line != kUnitLine) {
@@ -522,13 +541,13 @@ bool unitLine_good(const std::string& folder, std::string& error)
 
 Unit* unit_open(const std::string& folder, std::string& error)
 {
-    char resolved[PATH_MAX];
-    if (realpath(folder.c_str(), resolved) == nullptr) {
-        error = text_shown(folder) + ": " + strerror(errno);
-        return nullptr;
-    }
     auto unit = std::make_unique<Unit>();
-    unit->folder = resolved;
+    unit->folder = folder;
+    if (!folder.starts_with('/')) {
+        char here[PATH_MAX] = "";
+        syscall(SYS_getcwd, here, sizeof here);
+        unit->folder = here + ("/" + folder);
+    }
     if (!unitLine_good(unit->folder, error)) {
         return nullptr;
     }
@@ -564,13 +583,15 @@ void unit_closed(Unit* unit, UnitDevice device)
 
 int unit_request(Unit* unit, UnitDevice device, unsigned long request, unsigned long argument)
 {
+    ErrnoKeep keep;
     EntryHead head = entryHead_make(EntryKind::kRequest);
     head.device = static_cast<uint8_t>(device);
     head.request = static_cast<uint32_t>(request);
     head.argument = argument;
     const RequestForm* form = form_find(head.device, head.request);
     if (form == nullptr) {
-        return unknown_note(unit, head);
+        keep.fail(unknown_note(unit, head));
+        return -1;
     }
     const size_t size = record_size(*form);
     char before[kRecordMost] = {};
@@ -578,7 +599,7 @@ int unit_request(Unit* unit, UnitDevice device, unsigned long request, unsigned 
     auto* caller = reinterpret_cast<char*>(argument); // NOLINT(performance-no-int-to-ptr)
     if (size > 0) {
         if (argument < kFirstPage) {
-            errno = EFAULT;
+            keep.fail(EFAULT);
             return -1;
         }
         memcpy(before, caller, size);
@@ -589,6 +610,7 @@ int unit_request(Unit* unit, UnitDevice device, unsigned long request, unsigned 
     {
         const Turn turn(*unit);
         if (!turn_beginTold(*unit, turn, entry_size(size, kRecordMost))) {
+            keep.fail(errno);
             return -1;
         }
         const auto longer = unit->state.fpga.filled.find(head.request);
@@ -608,7 +630,7 @@ int unit_request(Unit* unit, UnitDevice device, unsigned long request, unsigned 
         }
     }
     if (answer.result < 0) {
-        errno = answer.error;
+        keep.fail(answer.error);
     }
     return answer.result;
 }
@@ -620,6 +642,7 @@ int64_t unit_clockDifference(Unit* unit)
     if (unit->clock_position.load(std::memory_order_acquire) == word) {
         return unit->clock_difference.load(std::memory_order_relaxed);
     }
+    const ErrnoKeep keep;
     const Turn turn(*unit);
     if (turn_beginTold(*unit, turn, 0)) {
         clock_note(*unit);
@@ -629,6 +652,7 @@ int64_t unit_clockDifference(Unit* unit)
 
 void unit_setClock(Unit* unit, int64_t difference)
 {
+    const ErrnoKeep keep;
     std::string error;
     if (!unit_put(unit, {"clock.difference=" + std::to_string(difference)}, error)) {
         error_tell(*unit, error);

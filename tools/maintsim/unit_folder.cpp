@@ -13,6 +13,7 @@
 #include "sim/new_unit.h"
 #include "sim/state_text.h"
 #include "tools/maintsim/files.h"
+#include "tools/maintsim/snapshot.h"
 #include "tools/maintsim/unit_tool.h"
 #include "tools/sample_image.h"
 
@@ -24,13 +25,6 @@ namespace
 constexpr unsigned kSampleRecords = 640;
 constexpr size_t kErasedSize = 100012; // a header and 1000 records
 constexpr int64_t kSecond = 1000000000;
-
-constexpr unsigned kUnits = 30;
-
-constexpr char kConfig[] = "WAN_TYPE='5'\n"
-                           "SELECT_MTU='PPPOE_MTU'\n"
-                           "PPPOE_MTU='1454'\n"
-                           "IPSEC_ENABLE='0'\n";
 
 // Files under /tmp that the unit's own start makes anew.
 constexpr const char* kMadeAtStart[] = {"serialno", "ks8995_nor.dat", "ks8995_pri.dat"};
@@ -50,47 +44,9 @@ bool copy(const std::string& from, const std::string& to, std::string& error)
     return file_replace(to, text) || fail(error, to);
 }
 
-std::string config_text()
-{
-    const std::string id = "='" + std::to_string(kNewUnitVpnId) + "'\n";
-    std::string text = "OWN_VPN_ID" + id + kConfig;
-    for (unsigned unit = 1; unit <= kUnits; ++unit) {
-        text += (unit < 10 ? "PPPOEOFF_VPN_ID0" : "PPPOEOFF_VPN_ID") + std::to_string(unit) + id;
-    }
-    return text;
-}
-
-// Six words of 16 bits and the caller's own: sizes of 1454, less 26, less 8.
-std::string dataSizes_bytes()
-{
-    std::string bytes;
-    for (const unsigned size : {1454U, 1428U, 1446U}) {
-        for (int i = 0; i < 3; ++i) {
-            bytes += static_cast<char>(size & 0xFFU);
-            bytes += static_cast<char>(size >> 8);
-        }
-    }
-    return bytes + std::string(2, '\0');
-}
-
-struct UnitFile {
-    const char* path;
-    std::string bytes;
-};
-
 bool files_make(const std::string& root, std::string& error)
 {
-    const UnitFile files[] = {
-        {"/conf/config", config_text()},
-        {"/conf/statistics", std::string(496, '\0')},
-        {"/conf/user.log", ""},
-        {"/tmp/serialno", "A00000001"},
-        {"/tmp/mtu_datasize", dataSizes_bytes()},
-        {"/tmp/vornapppoe.mtu", "VORNAMRU=1454\n"},
-        {"/tmp/ks8995_nor.dat", std::string(128, '\0')},
-        {"/tmp/ks8995_pri.dat", std::string(128, '\0')},
-    };
-    for (const auto& [path, bytes] : files) {
+    for (const auto& [path, bytes] : newUnit_files()) {
         if (!file_replace(root + path, bytes)) {
             return fail(error, root + path);
         }
@@ -119,6 +75,37 @@ RtcTime local_time()
             local.tm_wday, local.tm_yday, 0};
 }
 
+// Takes over what the snapshot tells; the other files are a new unit's.
+bool snapshot_take(const std::string& path, const std::string& root, UnitState& state,
+                   std::string& error)
+{
+    std::string text;
+    if (!file_read(path, text)) {
+        return fail(error, text_shown(path));
+    }
+    Snapshot snapshot;
+    if (!snapshot_parse(text, snapshot, error)) {
+        error = text_shown(path) + ": " + error;
+        return false;
+    }
+    for (const auto& [name, bytes] : snapshot.files) {
+        if (!file_replace(root + name, bytes)) {
+            return fail(error, root + name);
+        }
+    }
+    for (const std::string& name : snapshot.missing) {
+        std::error_code code;
+        fs::remove(root + name, code);
+    }
+    for (const auto& [request, count] : snapshot.partly) {
+        fprintf(stderr,
+                "maintsim: note: request 0x%04X failed for %zu of its indexes; here it does not\n",
+                request, count);
+    }
+    state = std::move(snapshot.state);
+    return true;
+}
+
 bool content_make(const std::string& folder, const NewUnit& choice, std::string& error)
 {
     UnitState state;
@@ -128,13 +115,14 @@ bool content_make(const std::string& folder, const NewUnit& choice, std::string&
     const std::string root = folder + "/root";
     for (const char* part : {"", "/conf", "/tmp", "/dev"}) {
         std::error_code code;
-        if (fs::create_directory(root + part, code); code) {
+        if (!fs::create_directory(root + part, code)) {
             error = root + part + ": " + code.message();
             return false;
         }
     }
     if (!flash_make(root + "/dev/mtd_systemlog", choice, error) ||
         (!choice.blank && !files_make(root, error)) ||
+        (!choice.snapshot.empty() && !snapshot_take(choice.snapshot, root, state, error)) ||
         (!choice.config.empty() && !copy(choice.config, root + "/conf/config", error))) {
         return false;
     }

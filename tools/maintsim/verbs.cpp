@@ -464,7 +464,8 @@ OPTIONS
     --blank          devices of zeros, a clock that stands still, erased flash, no files
     --image FILE     the flash image of the system log; otherwise a sample of 640 records
     --config FILE    /conf/config of the unit
-    --snapshot FILE  a unit that answers as the one of which `maintctl snapshot` wrote FILE
+    --snapshot FILE  a unit that answers as the one of which `maintctl snapshot` wrote FILE; its
+                     clock stands still. What FILE does not tell is zero, files are a new unit's
 
 EXAMPLE
     maintsim -u unit new --image flash.image
