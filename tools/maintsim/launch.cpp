@@ -98,6 +98,19 @@ bool object_named(const std::string& object, std::string& error)
     return false;
 }
 
+// The files that stand for the devices. The preloaded object makes them when a device is opened; a
+// look at a device finds them before that.
+void devices_make(const std::string& folder)
+{
+    for (const char* name : {"/root/dev/fpga", "/root/dev/rtc"}) {
+        const int file =
+            open((folder + name).c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
+        if (file >= 0) {
+            close(file);
+        }
+    }
+}
+
 // Everything that stands between the program and the unit; empty error: the program may start.
 bool environment_make(const std::string& folder, std::string& error)
 {
@@ -106,6 +119,7 @@ bool environment_make(const std::string& folder, std::string& error)
         return false;
     }
     const char* before = getenv(kPreloadVariable);
+    devices_make(folder);
     std::string preload = object;
     if (before != nullptr && *before != '\0') {
         preload += ":";

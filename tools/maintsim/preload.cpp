@@ -39,6 +39,12 @@ const Names& names_get()
     return names;
 }
 
+// A program may clear its environment before it asks for anything.
+[[gnu::constructor]] void start()
+{
+    names_get();
+}
+
 } // namespace
 
 ErrnoKept::ErrnoKept() : errno_(errno) {}

@@ -350,6 +350,49 @@ TAKES_OVER(ssize_t, writev, int descriptor, const iovec* parts, int count)
     return transferred(descriptor, NEXT(writev)(descriptor, parts, count));
 }
 
+TAKES_OVER(ssize_t, preadv, int descriptor, const iovec* parts, int count, off_t offset)
+{
+    return transferred(descriptor, NEXT(preadv)(descriptor, parts, count, offset));
+}
+
+TAKES_OVER(ssize_t, preadv64, int descriptor, const iovec* parts, int count, off64_t offset)
+{
+    return transferred(descriptor, NEXT(preadv64)(descriptor, parts, count, offset));
+}
+
+TAKES_OVER(ssize_t, pwritev, int descriptor, const iovec* parts, int count, off_t offset)
+{
+    return transferred(descriptor, NEXT(pwritev)(descriptor, parts, count, offset));
+}
+
+TAKES_OVER(ssize_t, pwritev64, int descriptor, const iovec* parts, int count, off64_t offset)
+{
+    return transferred(descriptor, NEXT(pwritev64)(descriptor, parts, count, offset));
+}
+
+TAKES_OVER(ssize_t, preadv2, int descriptor, const iovec* parts, int count, off_t offset, int flags)
+{
+    return transferred(descriptor, NEXT(preadv2)(descriptor, parts, count, offset, flags));
+}
+
+TAKES_OVER(ssize_t, preadv64v2, int descriptor, const iovec* parts, int count, off64_t offset,
+           int flags)
+{
+    return transferred(descriptor, NEXT(preadv64v2)(descriptor, parts, count, offset, flags));
+}
+
+TAKES_OVER(ssize_t, pwritev2, int descriptor, const iovec* parts, int count, off_t offset,
+           int flags)
+{
+    return transferred(descriptor, NEXT(pwritev2)(descriptor, parts, count, offset, flags));
+}
+
+TAKES_OVER(ssize_t, pwritev64v2, int descriptor, const iovec* parts, int count, off64_t offset,
+           int flags)
+{
+    return transferred(descriptor, NEXT(pwritev64v2)(descriptor, parts, count, offset, flags));
+}
+
 // What a descriptor is
 
 TAKES_OVER(int, fstat, int descriptor, struct stat* status)

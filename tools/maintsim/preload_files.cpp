@@ -463,38 +463,68 @@ template <typename Call> int mounted(const Way& way, Call call)
 TAKES_OVER(int, mount, const char* source, const char* path, const char* type, unsigned long flags,
            const void* data)
 {
-    const Way way(path);
+    const Way way(path, Look::kClose);
     return mounted(way, [&] { return NEXT(mount)(Way(source).path, way.path, type, flags, data); });
 }
 
 TAKES_OVER(int, umount, const char* path)
 {
-    const Way way(path);
+    const Way way(path, Look::kClose);
     return mounted(way, [&] { return NEXT(umount)(way.path); });
 }
 
 TAKES_OVER(int, umount2, const char* path, int flags)
 {
-    const Way way(path);
+    const Way way(path, Look::kClose);
     return mounted(way, [&] { return NEXT(umount2)(way.path, flags); });
 }
 
 TAKES_OVER(int, swapon, const char* path, int flags)
 {
-    const Way way(path);
+    const Way way(path, Look::kClose);
     return mounted(way, [&] { return NEXT(swapon)(way.path, flags); });
 }
 
 TAKES_OVER(int, swapoff, const char* path)
 {
-    const Way way(path);
+    const Way way(path, Look::kClose);
     return mounted(way, [&] { return NEXT(swapoff)(way.path); });
 }
 
 TAKES_OVER(int, acct, const char* path)
 {
-    const Way way(path);
+    const Way way(path, Look::kClose);
     return mounted(way, [&] { return NEXT(acct)(way.path); });
+}
+
+TAKES_OVER(int, open_tree, int folder, const char* path, unsigned flags)
+{
+    const Way way(folder, path, Look::kClose);
+    return mounted(way, [&] { return NEXT(open_tree)(way.folder, way.path, flags); });
+}
+
+TAKES_OVER(int, fspick, int folder, const char* path, unsigned flags)
+{
+    const Way way(folder, path, Look::kClose);
+    return mounted(way, [&] { return NEXT(fspick)(way.folder, way.path, flags); });
+}
+
+TAKES_OVER(int, mount_setattr, int folder, const char* path, unsigned flags, mount_attr* attributes,
+           size_t size)
+{
+    const Way way(folder, path, Look::kClose);
+    return mounted(
+        way, [&] { return NEXT(mount_setattr)(way.folder, way.path, flags, attributes, size); });
+}
+
+TAKES_OVER(int, move_mount, int from_folder, const char* from, int to_folder, const char* to,
+           unsigned flags)
+{
+    const Way from_way(from_folder, from, Look::kClose);
+    const Way to_way(to_folder, to, Look::kClose);
+    return from_way.unit() ? failed(EPERM) : mounted(to_way, [&] {
+        return NEXT(move_mount)(from_way.folder, from_way.path, to_way.folder, to_way.path, flags);
+    });
 }
 
 // In another root the unit's folder has another name, or none.

@@ -228,8 +228,8 @@ class LedPaths
 
 int path_rename(int from_folder, const char* from, int to_folder, const char* to, unsigned flags)
 {
-    const Way from_way(from_folder, from);
-    const Way to_way(to_folder, to);
+    const Way from_way(from_folder, from, Look::kClose);
+    const Way to_way(to_folder, to, Look::kClose);
     if (from_way.device() || to_way.device()) {
         return failed(EPERM);
     }
@@ -254,7 +254,7 @@ int path_link(int from_folder, const char* from, int to_folder, const char* to, 
 // A link in the unit to a file of the unit leads there for the kernel, too.
 int path_symlink(const char* target, int folder, const char* path)
 {
-    const Way way(folder, path);
+    const Way way(folder, path, Look::kClose);
     if (way.device()) {
         return failed(EEXIST);
     }
@@ -436,6 +436,14 @@ TAKES_OVER(char*, __realpath_chk, const char* path, char* resolved, size_t room)
 TAKES_OVER(char*, canonicalize_file_name, const char* path)
 {
     return path_real(path, nullptr);
+}
+
+TAKES_OVER(char*, mktemp, char* name)
+{
+    return completed(name, [](char* place) { return NEXT_AS(char* (*)(char*), mktemp)(place); }) ==
+                   nullptr
+               ? nullptr
+               : name;
 }
 
 TAKES_OVER(int, mkstemp, char* name)

@@ -138,13 +138,14 @@ class Name
         if (!settled_ && !settle()) {
             return false;
         }
+        of_unit_ = of_unit_ || leads_find(text()) != Leads::kElsewhere;
         while (length_ > 0 && text_[--length_] != '/') {
         }
         text_[length_] = '\0';
         return true;
     }
 
-    // Whether the folder that it began in is one of the unit.
+    // Whether a folder of the unit is on the way: the kernel knows it by another name.
     [[nodiscard]] bool of_unit() const { return of_unit_; }
 
   private:
@@ -214,9 +215,10 @@ bool unitName_restore(char* name)
 }
 
 // The buffer is written only where it is used: NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
-Way::Way(int given_folder, const char* given) : folder(given_folder), path(given)
+Way::Way(int given_folder, const char* given, Look look) : folder(given_folder), path(given)
 {
-    if (sim_inside || given == nullptr || !may_lead(given) || sim_folder()[0] == '\0') {
+    if (sim_inside || given == nullptr || *given == '\0' || sim_folder()[0] == '\0' ||
+        (look == Look::kPlain && !may_lead(given))) {
         return;
     }
     const ErrnoKept kept;

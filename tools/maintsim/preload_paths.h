@@ -11,11 +11,16 @@ enum class Leads : uint8_t { kElsewhere, kFile, kFpga, kRtc };
 // What is called instead of a path: `folder` and `path` as openat() takes them. An other path stays as
 // it is, letter for letter. Symbolic links are the kernel's to follow: a link to /conf made outside
 // leads to the machine's.
+//
+// A name in the folder where the program stands is the kernel's to find, in the unit, too: only a way
+// that is looked at closely says of such a name that it is the unit's.
+enum class Look : uint8_t { kPlain, kClose };
+
 class Way
 {
   public:
-    explicit Way(const char* given) : Way(AT_FDCWD, given) {}
-    Way(int given_folder, const char* given);
+    explicit Way(const char* given, Look look = Look::kPlain) : Way(AT_FDCWD, given, look) {}
+    Way(int given_folder, const char* given, Look look = Look::kPlain);
     Way(const Way&) = delete;
     Way& operator=(const Way&) = delete;
 

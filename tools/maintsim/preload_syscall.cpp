@@ -199,7 +199,7 @@ long served(const Call& call)
     case SYS_chroot:
         return sim_chroot(call.text_of(0));
     case SYS_mount: {
-        const Way way(call.text_of(1));
+        const Way way(call.text_of(1), Look::kClose);
         return way.unit() ? failed(EPERM) : made_with(call, way, 1, false);
     }
     case SYS_close:
@@ -231,7 +231,8 @@ long served(const Call& call)
         return sim_clock_adjtime(call.number_of(0), call.address_of<timex>(1));
     default:
         if (among(kPathFirst, call.number)) {
-            return made_with(call, Way(call.text_of(0)), 0, false);
+            const Look look = among(kMounting, call.number) ? Look::kClose : Look::kPlain;
+            return made_with(call, Way(call.text_of(0), look), 0, false);
         }
         if (among(kPathInFolder, call.number)) {
             return made_with(call, Way(call.number_of(0), call.text_of(1)), 1, true);
