@@ -1,6 +1,7 @@
 // Every function that takes a path, with every way to write one.
 #include "sim/preload_fixture.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -344,32 +345,6 @@ const Function kOnFiles[] = {
              dirent64** names = nullptr;
              return scandirat64(AT_FDCWD, path, &names, nullptr, nullptr) == -1 && errno == ENOTDIR;
          }),
-    CALL(mount,
-         {
-             return mount("none", path, "none", 0, nullptr) == -1 && errno == EPERM &&
-                    access(path, F_OK) == 0;
-         }),
-    CALL(umount, { return umount(path) == -1 && errno == EPERM && access(path, F_OK) == 0; }),
-    CALL(umount2, { return umount2(path, 0) == -1 && errno == EPERM && access(path, F_OK) == 0; }),
-    CALL(swapon, { return swapon(path, 0) == -1 && errno == EPERM && access(path, F_OK) == 0; }),
-    CALL(swapoff, { return swapoff(path) == -1 && errno == EPERM && access(path, F_OK) == 0; }),
-    CALL(open_tree,
-         {
-             return open_tree(AT_FDCWD, path, 0) == -1 && errno == EPERM && access(path, F_OK) == 0;
-         }),
-    CALL(fspick,
-         { return fspick(AT_FDCWD, path, 0) == -1 && errno == EPERM && access(path, F_OK) == 0; }),
-    CALL(mount_setattr,
-         {
-             return mount_setattr(AT_FDCWD, path, 0, nullptr, 0) == -1 && errno == EPERM &&
-                    access(path, F_OK) == 0;
-         }),
-    CALL(move_mount,
-         {
-             return move_mount(AT_FDCWD, path, AT_FDCWD, "/nowhere", 0) == -1 && errno == EPERM &&
-                    move_mount(AT_FDCWD, "/nowhere", AT_FDCWD, path, 0) == -1 && errno == EPERM &&
-                    access(path, F_OK) == 0;
-         }),
     CALL(link, { return link(path, "/conf/two") == 0 && unlink("/conf/two") == 0; }),
     CALL(linkat,
          {
@@ -400,6 +375,36 @@ const Function kOnFiles[] = {
                    syscall(SYS_renameat2, AT_FDCWD, "/conf/two", AT_FDCWD, "/conf/three", 0) == 0 &&
                    syscall(SYS_unlinkat, AT_FDCWD, "/conf/three", 0) == 0;
         }),
+};
+
+// They are refused, but do not say that a file is there that is not.
+const Function kRefused[] = {
+    CALL(mount,
+         {
+             return mount("none", path, "none", 0, nullptr) == -1 && errno == EPERM &&
+                    access(path, F_OK) == 0;
+         }),
+    CALL(umount, { return umount(path) == -1 && errno == EPERM && access(path, F_OK) == 0; }),
+    CALL(umount2, { return umount2(path, 0) == -1 && errno == EPERM && access(path, F_OK) == 0; }),
+    CALL(swapon, { return swapon(path, 0) == -1 && errno == EPERM && access(path, F_OK) == 0; }),
+    CALL(swapoff, { return swapoff(path) == -1 && errno == EPERM && access(path, F_OK) == 0; }),
+    CALL(open_tree,
+         {
+             return open_tree(AT_FDCWD, path, 0) == -1 && errno == EPERM && access(path, F_OK) == 0;
+         }),
+    CALL(fspick,
+         { return fspick(AT_FDCWD, path, 0) == -1 && errno == EPERM && access(path, F_OK) == 0; }),
+    CALL(mount_setattr,
+         {
+             return mount_setattr(AT_FDCWD, path, 0, nullptr, 0) == -1 && errno == EPERM &&
+                    access(path, F_OK) == 0;
+         }),
+    CALL(move_mount,
+         {
+             return move_mount(AT_FDCWD, path, AT_FDCWD, "/nowhere", 0) == -1 && errno == EPERM &&
+                    move_mount(AT_FDCWD, "/nowhere", AT_FDCWD, path, 0) == -1 && errno == EPERM &&
+                    access(path, F_OK) == 0;
+         }),
 };
 
 // They make the file that is not there.
@@ -494,6 +499,23 @@ std::string named(const Function& function, const Spelling& spelling)
            strerror(errno);
 }
 
+// These make a second name of a file in the unit.
+bool within_unit(const Function& function)
+{
+    const std::string_view name = function.name;
+    return name == "link" || name == "linkat" || name == "syscall";
+}
+
+std::vector<std::string> unit_entries()
+{
+    std::vector<std::string> entries;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(unit_place(""))) {
+        entries.push_back(entry.path().string());
+    }
+    std::sort(entries.begin(), entries.end());
+    return entries;
+}
+
 class PreloadPaths : public testing::Test
 {
   protected:
@@ -515,18 +537,19 @@ class PreloadPaths : public testing::Test
 
 TEST_F(PreloadPaths, EveryFunctionIsTheUnits)
 {
-    for (const auto& table : {std::span<const Function>(kOnFiles), {kMaking}, {kRemoving}}) {
+    for (const auto& table :
+         {std::span<const Function>(kOnFiles), {kRefused}, {kMaking}, {kRemoving}}) {
         for (const Function& function : table) {
             EXPECT_TRUE(taken_over(function.name)) << function.name;
         }
     }
 }
 
-TEST_F(PreloadPaths, EveryFunctionFindsTheUnitsFileByEverySpelling)
+void expect_found(std::span<const Function> functions)
 {
     for (const Spelling& spelling : kSpellings) {
         const std::string place = unit_place(spelling.file);
-        for (const Function& function : kOnFiles) {
+        for (const Function& function : functions) {
             file_make(place, kText);
             ASSERT_EQ(chdir(spelling.from), 0);
             errno = 0;
@@ -535,6 +558,56 @@ TEST_F(PreloadPaths, EveryFunctionFindsTheUnitsFileByEverySpelling)
             EXPECT_FALSE(function.call(spelling.path)) << named(function, spelling);
         }
     }
+}
+
+TEST_F(PreloadPaths, EveryFunctionFindsTheUnitsFileByEverySpelling)
+{
+    expect_found(kOnFiles);
+}
+
+TEST_F(PreloadPaths, WhatWouldMountIsRefusedByEverySpelling)
+{
+    expect_found(kRefused);
+}
+
+// The same functions in a folder of the machine: nothing of it comes to the unit.
+TEST_F(PreloadPaths, OtherPathsAreLeftAlone)
+{
+    char folder[] = "/tmp/preload-XXXXXX";
+    ASSERT_NE(mkdtemp(folder), nullptr);
+    ASSERT_EQ(mkdir((std::string(folder) + "/conf").c_str(), 0700), 0);
+    const std::vector<std::string> before = unit_entries();
+    for (const std::string file : {"/file", "/conf/probe", "/serialno"}) {
+        const std::string path = folder + file;
+        const Spelling spelling = {path.c_str(), folder, path.c_str() + sizeof folder};
+        ASSERT_EQ(chdir(folder), 0);
+        for (const char* name : {path.c_str(), spelling.path}) {
+            for (const Function& function : kOnFiles) {
+                if (within_unit(function)) {
+                    continue;
+                }
+                file_make(path, kText);
+                errno = 0;
+                EXPECT_TRUE(function.call(name)) << named(function, spelling);
+                ASSERT_EQ(unlink(path.c_str()), 0) << named(function, spelling);
+                EXPECT_FALSE(function.call(name)) << named(function, spelling);
+            }
+            for (const Function& function : kMaking) {
+                if (!within_unit(function)) {
+                    EXPECT_TRUE(function.call(name)) << named(function, spelling);
+                    EXPECT_GT(std::filesystem::remove_all(path), 0U) << named(function, spelling);
+                }
+            }
+            for (const Function& function : std::span<const Function>(kRemoving).first(3)) {
+                file_make(path, kText);
+                EXPECT_TRUE(function.call(name)) << named(function, spelling);
+                EXPECT_FALSE(machine_has(path)) << named(function, spelling);
+            }
+        }
+    }
+    ASSERT_EQ(chdir("/"), 0);
+    std::filesystem::remove_all(folder);
+    EXPECT_EQ(unit_entries(), before);
 }
 
 TEST_F(PreloadPaths, EveryFunctionMakesTheUnitsFileByEverySpelling)

@@ -60,9 +60,12 @@ int clock_set(int64_t seconds, int64_t nanoseconds)
     return 0;
 }
 
+// The coarse clock stands still for some milliseconds: a unit's clock that was just set would be
+// behind its own time. So the unit's is the exact one for both.
 int clock_read(clockid_t clock, timespec* time)
 {
-    const int result = NEXT(clock_gettime)(clock, time);
+    const bool coarse = clock == CLOCK_REALTIME_COARSE && !sim_inside;
+    const int result = NEXT(clock_gettime)(coarse ? CLOCK_REALTIME : clock, time);
     if (result == 0 && of_unit(clock) && !sim_inside) {
         *time = timespec_of(nanoseconds_of(*time) + clock_difference());
     }
