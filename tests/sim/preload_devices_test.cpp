@@ -8,7 +8,10 @@
 #include <ctime>
 #include <dlfcn.h>
 #include <fcntl.h>
+#include <mqueue.h>
 #include <poll.h>
+#include <pthread.h>
+#include <semaphore.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -20,6 +23,7 @@
 #include <sys/uio.h>
 #include <sys/wait.h>
 #include <thread>
+#include <threads.h>
 #include <unistd.h>
 #include <vector>
 
@@ -199,6 +203,12 @@ TEST(PreloadDevices, AreNotChanged)
     EXPECT_EQ(errno, EPERM);
     EXPECT_EQ(syscall(SYS_unlinkat, AT_FDCWD, "/dev/fpga", 0), -1);
     EXPECT_EQ(errno, EPERM);
+    const int device = fpga_open();
+    EXPECT_EQ(fchmod(device, 0), -1);
+    EXPECT_EQ(errno, EPERM);
+    EXPECT_EQ(fchown(device, getuid(), getgid()), -1);
+    EXPECT_EQ(errno, EPERM);
+    EXPECT_EQ(close(device), 0);
     EXPECT_EQ(access("/dev/fpga", R_OK | W_OK), 0);
 }
 
@@ -359,9 +369,53 @@ TEST(PreloadDevices, ASignalHandlerMayAsk)
     EXPECT_EQ(close(handler_device), 0);
 }
 
+// A thread that waits in a call can be cancelled, through the call that stands before it.
+TEST(PreloadDevices, AWaitingThreadCanBeCancelled)
+{
+    int pipes[2];
+    ASSERT_EQ(pipe(pipes), 0);
+    pthread_t thread{};
+    ASSERT_EQ(pthread_create(
+                  &thread, nullptr,
+                  [](void* pipe_end) -> void* {
+                      char byte = 0;
+                      return read(*static_cast<int*>(pipe_end), &byte, 1) == 0 ? nullptr : pipe_end;
+                  },
+                  pipes),
+              0);
+    ASSERT_EQ(pthread_cancel(thread), 0);
+    void* result = nullptr;
+    ASSERT_EQ(pthread_join(thread, &result), 0);
+    EXPECT_EQ(result, PTHREAD_CANCELED);
+    EXPECT_EQ(close(pipes[0]), 0);
+    EXPECT_EQ(close(pipes[1]), 0);
+}
+
 // The clock. Nothing here can set the machine's: the program ends before, if a call were its own.
 
 constexpr long kFar = 1'000'000'000; // in 2001, years from any machine's clock
+
+// A queue that is empty, or full; ETIMEDOUT where there are no queues.
+int mq_waited(const timespec* until, bool send)
+{
+    mq_attr attributes{};
+    attributes.mq_maxmsg = 1;
+    attributes.mq_msgsize = 8;
+    const std::string name = "/preload." + std::to_string(getpid());
+    const mqd_t queue = mq_open(name.c_str(), O_RDWR | O_CREAT, 0600, &attributes);
+    char text[8] = "";
+    if (queue == -1) {
+        clock_nanosleep(CLOCK_REALTIME, TIMER_ABSTIME, until, nullptr);
+        return ETIMEDOUT;
+    }
+    int result = send ? mq_send(queue, text, 1, 0) : 0;
+    result = static_cast<int>(send ? mq_timedsend(queue, text, 1, 0, until)
+                                   : mq_timedreceive(queue, text, 8, nullptr, until));
+    result = result == -1 ? errno : 0;
+    mq_close(queue);
+    mq_unlink(name.c_str());
+    return result;
+}
 
 class PreloadClock : public testing::Test
 {
@@ -499,6 +553,136 @@ TEST_F(PreloadClock, NothingElseIsSet)
     ASSERT_EQ(clock_settime(CLOCK_REALTIME, &far), 0);
     clock_gettime(CLOCK_MONOTONIC, &after);
     EXPECT_LE(after.tv_sec - before.tv_sec, 30);
+}
+
+// A wait of a tenth of a second by the unit's clock is one, wherever that clock stands.
+TEST_F(PreloadClock, WaitsEndByTheUnitsClock)
+{
+    static sem_t semaphore;
+    static pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+    static pthread_mutex_t held = PTHREAD_MUTEX_INITIALIZER;
+    static pthread_rwlock_t lock = PTHREAD_RWLOCK_INITIALIZER;
+    static pthread_cond_t condition = PTHREAD_COND_INITIALIZER;
+    static pthread_cond_t monotonic;
+    static mtx_t c_mutex;
+    static cnd_t c_condition;
+    pthread_condattr_t attributes;
+    ASSERT_EQ(pthread_condattr_init(&attributes), 0);
+    ASSERT_EQ(pthread_condattr_setclock(&attributes, CLOCK_MONOTONIC), 0);
+    ASSERT_EQ(pthread_cond_init(&monotonic, &attributes), 0);
+    ASSERT_EQ(sem_init(&semaphore, 0, 0), 0);
+    ASSERT_EQ(mtx_init(&c_mutex, mtx_timed), thrd_success);
+    ASSERT_EQ(cnd_init(&c_condition), thrd_success);
+    ASSERT_EQ(pthread_mutex_lock(&held), 0);
+    ASSERT_EQ(pthread_mutex_lock(&mutex), 0);
+    ASSERT_EQ(mtx_lock(&c_mutex), thrd_success);
+    // A thread that sleeps while the others wait for it, and holds the lock.
+    static std::atomic<bool> ready{false};
+    ready = false;
+    std::thread holder([] {
+        pthread_rwlock_wrlock(&lock);
+        ready = true;
+        pthread_mutex_lock(&held);
+        pthread_mutex_unlock(&held);
+        pthread_rwlock_unlock(&lock);
+    });
+    while (!ready) {
+        std::this_thread::yield();
+    }
+    static pthread_t joined;
+    joined = holder.native_handle();
+    struct Wait {
+        const char* name;
+        clockid_t clock;
+        int (*wait)(const timespec* until);
+    };
+    static const Wait kWaits[] = {
+        {"clock_nanosleep", CLOCK_REALTIME,
+         [](const timespec* until) {
+             return clock_nanosleep(CLOCK_REALTIME, TIMER_ABSTIME, until, nullptr) == 0 ? ETIMEDOUT
+                                                                                        : 0;
+         }},
+        {"sem_timedwait", CLOCK_REALTIME,
+         [](const timespec* until) { return sem_timedwait(&semaphore, until) == -1 ? errno : 0; }},
+        {"sem_clockwait", CLOCK_REALTIME,
+         [](const timespec* until) {
+             return sem_clockwait(&semaphore, CLOCK_REALTIME, until) == -1 ? errno : 0;
+         }},
+        {"sem_clockwait", CLOCK_MONOTONIC,
+         [](const timespec* until) {
+             return sem_clockwait(&semaphore, CLOCK_MONOTONIC, until) == -1 ? errno : 0;
+         }},
+        {"pthread_mutex_timedlock", CLOCK_REALTIME,
+         [](const timespec* until) { return pthread_mutex_timedlock(&held, until); }},
+        {"pthread_mutex_clocklock", CLOCK_REALTIME,
+         [](const timespec* until) {
+             return pthread_mutex_clocklock(&held, CLOCK_REALTIME, until);
+         }},
+        {"pthread_rwlock_timedrdlock", CLOCK_REALTIME,
+         [](const timespec* until) { return pthread_rwlock_timedrdlock(&lock, until); }},
+        {"pthread_rwlock_timedwrlock", CLOCK_REALTIME,
+         [](const timespec* until) { return pthread_rwlock_timedwrlock(&lock, until); }},
+        {"pthread_rwlock_clockrdlock", CLOCK_REALTIME,
+         [](const timespec* until) {
+             return pthread_rwlock_clockrdlock(&lock, CLOCK_REALTIME, until);
+         }},
+        {"pthread_rwlock_clockwrlock", CLOCK_REALTIME,
+         [](const timespec* until) {
+             return pthread_rwlock_clockwrlock(&lock, CLOCK_REALTIME, until);
+         }},
+        {"pthread_cond_timedwait", CLOCK_REALTIME,
+         [](const timespec* until) { return pthread_cond_timedwait(&condition, &mutex, until); }},
+        {"pthread_cond_timedwait", CLOCK_MONOTONIC,
+         [](const timespec* until) { return pthread_cond_timedwait(&monotonic, &mutex, until); }},
+        {"pthread_cond_clockwait", CLOCK_REALTIME,
+         [](const timespec* until) {
+             return pthread_cond_clockwait(&condition, &mutex, CLOCK_REALTIME, until);
+         }},
+        {"pthread_timedjoin_np", CLOCK_REALTIME,
+         [](const timespec* until) { return pthread_timedjoin_np(joined, nullptr, until); }},
+        {"pthread_clockjoin_np", CLOCK_REALTIME,
+         [](const timespec* until) {
+             return pthread_clockjoin_np(joined, nullptr, CLOCK_REALTIME, until);
+         }},
+        {"mtx_timedlock", CLOCK_REALTIME,
+         [](const timespec* until) {
+             return mtx_timedlock(&c_mutex, until) == thrd_timedout ? ETIMEDOUT : 0;
+         }},
+        {"cnd_timedwait", CLOCK_REALTIME,
+         [](const timespec* until) {
+             return cnd_timedwait(&c_condition, &c_mutex, until) == thrd_timedout ? ETIMEDOUT : 0;
+         }},
+        {"mq_timedreceive", CLOCK_REALTIME,
+         [](const timespec* until) { return mq_waited(until, false); }},
+        {"mq_timedsend", CLOCK_REALTIME,
+         [](const timespec* until) { return mq_waited(until, true); }},
+    };
+    for (const long far : {machine_seconds() - 1000, machine_seconds() + 1000}) {
+        const timespec set = {far, 999'000'000};
+        ASSERT_EQ(clock_settime(CLOCK_REALTIME, &set), 0);
+        for (const Wait& wait : kWaits) {
+            ASSERT_TRUE(taken_over(wait.name)) << wait.name;
+            timespec until{};
+            timespec before{};
+            timespec after{};
+            clock_gettime(wait.clock, &until);
+            clock_gettime(CLOCK_MONOTONIC, &before);
+            until.tv_nsec += 20'000'000;
+            if (until.tv_nsec >= 1'000'000'000) {
+                until.tv_nsec -= 1'000'000'000;
+                until.tv_sec++;
+            }
+            alarm(20); // a wait for a thousand seconds
+            EXPECT_EQ(wait.wait(&until), ETIMEDOUT) << wait.name;
+            alarm(0);
+            clock_gettime(CLOCK_MONOTONIC, &after);
+            const long waited =
+                (after.tv_sec - before.tv_sec) * 1'000'000'000 + after.tv_nsec - before.tv_nsec;
+            EXPECT_GE(waited, 19'000'000) << wait.name;
+        }
+    }
+    ASSERT_EQ(pthread_mutex_unlock(&held), 0);
+    holder.join();
 }
 
 } // namespace

@@ -432,3 +432,15 @@ TAKES_OVER(int, __fxstat64, int version, int descriptor, struct stat64* status)
     }
     return result;
 }
+
+// The file that stands for a device keeps its rights.
+
+TAKES_OVER(int, fchmod, int descriptor, mode_t mode)
+{
+    return device_ofDescriptor(descriptor) ? failed(EPERM) : NEXT(fchmod)(descriptor, mode);
+}
+
+TAKES_OVER(int, fchown, int descriptor, uid_t user, gid_t group)
+{
+    return device_ofDescriptor(descriptor) ? failed(EPERM) : NEXT(fchown)(descriptor, user, group);
+}
