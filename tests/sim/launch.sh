@@ -215,9 +215,10 @@ rmdir temporary/maintsim-mine
 
 # What is refused
 
-refuses 127 'no-such-program: no such program' "$maintsim" -u unit no-such-program
+# Folders that may not be looked into would make it another refusal, here and in any shell.
+refuses 127 'no-such-program: no such program' env PATH=/usr/bin:/bin "$maintsim" -u unit no-such-program
 refuses 127 './none: no such program' "$maintsim" -u unit ./none
-refuses 127 '.: no such program' "$maintsim" -u unit .
+refuses 127 '.: no such program' env PATH=/usr/bin:/bin "$maintsim" -u unit .
 echo text >plain
 refuses 126 './plain: it may not be read and run' "$maintsim" -u unit ./plain
 refuses 126 "$static is linked statically" "$maintsim" -u unit "$static"

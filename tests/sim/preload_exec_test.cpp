@@ -254,7 +254,11 @@ TEST_F(PreloadExec, AScriptIsAsGoodAsItsInterpreter)
 TEST_F(PreloadExec, TheSearchIsTheCLibrarys)
 {
     char* const words[] = {word("x"), nullptr};
-    EXPECT_EQ(run([&] { return execvp("no-such-program", words), errno; }).status, ENOENT);
+    EXPECT_EQ(run([&] {
+                  setenv("PATH", "/none:/usr/bin:/bin", 1);
+                  return execvp("no-such-program", words), errno;
+              }).status,
+              ENOENT);
     EXPECT_EQ(run([&] { return execvp("", words), errno; }).status, ENOENT);
     EXPECT_EQ(run([&] { return execve("/etc/passwd", words, environ), errno; }).status, EACCES);
     EXPECT_EQ(run([&] { return execve("/etc", words, environ), errno; }).status, EACCES);
