@@ -99,8 +99,8 @@ inline UnitState state_draw(uint32_t number)
     state.rtc.overwrites = draw.below(2) == 0;
     state.rtc.time[6] = static_cast<int32_t>(draw.below(3)) - 1;
     state.rtc_runs = draw.below(2) == 0;
-    state.rtc_since = static_cast<int64_t>(draw.number()) * draw.number();
-    state.clock_difference = -static_cast<int64_t>(draw.number()) * draw.number() / 2;
+    state.rtc_since = static_cast<int64_t>(draw.number()) * 1000003;
+    state.clock_difference = -static_cast<int64_t>(draw.number()) * 1000003;
     state.failures[0x6B01 + draw.below(3)] = {1 + draw.below(9), draw.below(3), EBUSY};
     return state;
 }

@@ -15,13 +15,15 @@ constexpr char kHelp[] = R"(NAME
 
 SYNOPSIS
     maintsim [-u DIR] PROGRAM [ARG...]
-    maintsim -u DIR new | show | set | fail | calls | power-cycle | warm-restart ...
+    maintsim -u DIR new | show | set | fail | calls |
+                    power-cycle | warm-restart ...
 
 DESCRIPTION
-    Runs a program on a simulated unit: /dev/fpga, /dev/rtc, /dev/mtd_systemlog, /conf and the unit's
-    own files in /tmp lead into the folder DIR. It needs no rights, and no program has to be built
-    for it; but it must be linked dynamically. Without -u, it runs on a new unit that is gone
-    afterwards. Several programs at once can use one unit.
+    Runs a program on a simulated unit: /dev/fpga, /dev/rtc, /dev/mtd_systemlog,
+    /conf and the unit's own files in /tmp lead into the folder DIR. It needs no
+    rights, and no program has to be built for it; but it must be linked
+    dynamically. Without -u, it runs on a new unit that is gone afterwards.
+    Several programs at once can use one unit.
 
     new           makes a unit              show   the state of its devices
     set           changes the state         fail   lets requests fail
@@ -29,8 +31,8 @@ DESCRIPTION
     power-cycle   takes the power away and gives it back
     warm-restart  starts the unit's programs anew
 
-    `maintsim VERB --help` tells more of each. `maintsim -- PROGRAM` runs a program that has the name
-    of one of them.
+    `maintsim VERB --help` tells more of each. `maintsim -- PROGRAM` runs a
+    program that has the name of one of them.
 
 OPTIONS
     -u, --unit DIR   the unit's folder
@@ -38,7 +40,8 @@ OPTIONS
     -V, --version    the version
 
 EXIT STATUS
-    That of the program. 64 for a wrong call, 1 for any other failure of maintsim.
+    That of the program. 64 for a wrong call, 1 for any other failure of
+    maintsim.
 
 EXAMPLES
     maintsim maintctl status

@@ -10,6 +10,7 @@
 #include <memory>
 #include <vector>
 
+#include "catalogue/requests.h"
 #include "sim/call_text.h"
 #include "sim/state_text.h"
 #include "tools/maintsim/unit_folder.h"
@@ -175,6 +176,41 @@ int set_run(const std::string& folder, Words words)
     return items_put(folder, items);
 }
 
+// "register read"; empty: the request has no name.
+std::string name_of(uint32_t request)
+{
+    const RequestDescription* description = request_find(request);
+    return description == nullptr ? ""
+                                  : description->name + std::string(request_verb(*description));
+}
+
+// The number of a request that is given by its name, "register-read"; any other text as it is.
+std::string request_number(const std::string& text)
+{
+    std::string name = text;
+    std::ranges::replace(name, '-', ' ');
+    const auto named = [&](uint32_t request) { return !name.empty() && name_of(request) == name; };
+    char number[16];
+    for (uint32_t request = 0x6B00; request <= 0x6BFF; ++request) {
+        if (named(request)) {
+            snprintf(number, sizeof number, "0x%04" PRIX32, request);
+            return number;
+        }
+    }
+    for (const uint32_t request : {kRtcTimeRead, kRtcTimeWrite, kRtcStatusRead, kRtcStatusWrite}) {
+        if (named(request)) {
+            snprintf(number, sizeof number, "0x%08" PRIX32, request);
+            return number;
+        }
+    }
+    return text;
+}
+
+bool request_known(uint32_t request)
+{
+    return requestForm_find(request) != nullptr || rtcRequestForm_find(request) != nullptr;
+}
+
 int fail_run(const std::string& folder, Words words)
 {
     std::string nth;
@@ -186,7 +222,14 @@ int fail_run(const std::string& folder, Words words)
     if (!options_take(words, options, rest) || !rest_fits(rest, 1, 1, "REQUEST")) {
         return kWrongCall;
     }
-    const std::string item = "fail." + rest[0] + "=" + (nth.empty() ? "1" : nth) + "," +
+    const std::string request = request_number(rest[0]);
+    uint64_t number = 0;
+    std::string fault;
+    if (!number_parse(request, UINT32_MAX, number, fault) ||
+        !request_known(static_cast<uint32_t>(number))) {
+        return wrong_call("no such request: " + text_shown(rest[0]));
+    }
+    const std::string item = "fail." + request + "=" + (nth.empty() ? "1" : nth) + "," +
                              (count.empty() ? "1" : count) + "," + (name.empty() ? "EIO" : name);
     UnitState any;
     std::string error;
@@ -254,15 +297,22 @@ std::string result_text(const UnitCall& call)
     return call.after.empty() ? text : text + " " + bytes_text(call.after, " ");
 }
 
+// Number, name and record.
 std::string request_line(const UnitCall& call)
 {
     const RequestForm* form = form_of(call);
     char number[16];
     snprintf(number, sizeof number, "%04" PRIX32, call.head.request);
-    const std::string request = form == nullptr
-                                    ? number + std::string(" unknown")
-                                    : request_text(*form, call.before.data(), call.head.argument);
-    return std::string("ioctl ") + device_path(call) + " " + request + result_text(call);
+    std::string request = std::string("ioctl ") + device_path(call) + " " + number;
+    if (form == nullptr) {
+        return request + " unknown" + result_text(call);
+    }
+    if (const std::string name = name_of(form->number); !name.empty()) {
+        request += " (" + name + ")";
+    }
+    return request +
+           request_text(*form, call.before.data(), call.head.argument).substr(strlen(number)) +
+           result_text(call);
 }
 
 // The items of a line each, as words of one line.
@@ -331,6 +381,9 @@ void request_json(const UnitCall& call, JsonLine& json)
     char number[16];
     snprintf(number, sizeof number, "0x%04" PRIX32, call.head.request);
     json.text("request", number);
+    if (const std::string name = name_of(call.head.request); !name.empty()) {
+        json.text("name", name);
+    }
     const RequestForm* form = form_of(call);
     if (form != nullptr && form->argument == Argument::kValue) {
         json.number("value", static_cast<uint32_t>(call.head.argument));
@@ -408,6 +461,10 @@ int calls_run(const std::string& folder, Words words)
         if (!unit_calls(unit.get(), next, calls, error)) {
             return failure(error);
         }
+        if (next != 0 && !calls.empty() && calls.front().head.sequence > next) {
+            fprintf(stderr, "maintsim: note: %" PRIu64 " calls came too fast to be told\n",
+                    calls.front().head.sequence - next);
+        }
         for (const UnitCall& call : calls) {
             call_print(call, !json.empty());
             next = call.head.sequence + 1;
@@ -453,19 +510,24 @@ constexpr Verb kVerbs[] = {
     maintsim new - makes a simulated unit
 
 SYNOPSIS
-    maintsim -u DIR new [--blank] [--image FILE] [--config FILE] [--snapshot FILE]
+    maintsim -u DIR new [--blank] [--image FILE] [--config FILE]
+                        [--snapshot FILE]
 
 DESCRIPTION
-    Makes the folder DIR, which must not exist or be empty. The unit stands before its first start:
-    there is a flash image, and no working log yet. Unless told otherwise it is unit 1, units 2 and 3
-    are present, its ports are up, its clock runs and shows the local time.
+    Makes the folder DIR, which must not exist or be empty. The unit stands
+    before its first start: there is a flash image, and no working log yet.
+    Unless told otherwise it is unit 1, units 2 and 3 are present, its ports are
+    up, its clock runs and shows the local time.
 
 OPTIONS
-    --blank          devices of zeros, a clock that stands still, erased flash, no files
-    --image FILE     the flash image of the system log; otherwise a sample of 640 records
+    --blank          devices of zeros, a clock that stands still, erased flash,
+                     no files
+    --image FILE     the flash image of the system log; otherwise a sample of
+                     640 records
     --config FILE    /conf/config of the unit
-    --snapshot FILE  a unit that answers as the one of which `maintctl snapshot` wrote FILE; its
-                     clock stands still. What FILE does not tell is zero, files are a new unit's
+    --snapshot FILE  a unit that answers as the one of which `maintctl snapshot`
+                     wrote FILE; its clock stands still. What FILE does not tell
+                     is zero, and files are a new unit's
 
 EXAMPLE
     maintsim -u unit new --image flash.image
@@ -479,8 +541,8 @@ SYNOPSIS
     maintsim -u DIR show [TEXT]
 
 DESCRIPTION
-    Prints an item a line, as `set` takes it; with TEXT, the items that have it in them. The clock's
-    time is the one that it shows now.
+    Prints an item a line, as `set` takes it; with TEXT, the items that have it
+    in them. The clock's time is the one that it shows now.
 
 EXAMPLE
     maintsim -u unit show register.0x0158
@@ -494,15 +556,17 @@ SYNOPSIS
     maintsim -u DIR set ITEM=VALUE...
 
 DESCRIPTION
-    Sets all items, or none if one of them is wrong. `show` prints the items there are; among them:
-      word.0x6B29=1                 a word or bitmap, by the request that reads it
+    Sets all items, or none if one of them is wrong. `show` prints the items
+    there are; among them:
+      word.0x6B29=1                 a word, by the request that reads it
       register.0x0158=0x0020        a register
       phy.3.1=0x782D                register 1 of the PHY of port 3
       counter.3.32=17               counter 32 of index 3
       rtc.time=2026-11-21T10:20:30  the clock; rtc.runs=0 lets it stand still
       answer.0x6B04=-1              what a request returns
       fail.0x6B42=0                 takes away what `fail` asked for
-    Tables hold bytes in hex, as the driver has them. Programs that run see the change at once.
+    Tables hold bytes in hex, as the driver has them. Programs that run see the
+    change at once.
 
 EXAMPLE
     maintsim -u unit set register.0x0158=0x0020 phy.3.1=0x7809
@@ -516,7 +580,8 @@ SYNOPSIS
     maintsim -u DIR fail REQUEST [--nth N] [--for COUNT] [--errno NAME]
 
 DESCRIPTION
-    Requests with the number REQUEST fail with -1, and do not reach the device.
+    Requests REQUEST fail with -1, and do not reach the device. REQUEST is a
+    number as 0x6B42 or a name as register-read; `calls` tells both.
 
 OPTIONS
     --nth N       from the Nth such request on; otherwise the next one
@@ -524,7 +589,7 @@ OPTIONS
     --errno NAME  the error; otherwise EIO
 
 EXAMPLE
-    maintsim -u unit fail 0x6B42 --nth 2 --for 1 --errno EBUSY
+    maintsim -u unit fail register-read --nth 2 --for 1 --errno EBUSY
 )",
      fail_run},
     {"calls",
@@ -535,8 +600,9 @@ SYNOPSIS
     maintsim -u DIR calls [--follow] [--json]
 
 DESCRIPTION
-    Prints a call a line: number, time, process and program; the call, its record; behind the arrow
-    the result and, if it changed, the record. The last 16384 calls at least are kept.
+    Prints a call a line: number, time, process and program; the call, its
+    record; behind the arrow the result and, if it changed, the record. The last
+    16384 calls at least are kept.
 
 OPTIONS
     --follow  goes on with what comes; ends by Ctrl-C
@@ -554,10 +620,11 @@ SYNOPSIS
     maintsim -u DIR power-cycle
 
 DESCRIPTION
-    Lost: what the devices held (they are as they were made), the working log /conf/system.log and
-    /tmp but for the serial number and the switch's tables, which each start makes anew. Kept: the
-    flash, the other files under /conf, the clock, and what `fail` and `set answer...` asked for. The
-    system clock starts with the clock's time. Programs that run go on running.
+    Lost: what the devices held (they are as they were made), the working log
+    /conf/system.log and /tmp but for the serial number and the switch's tables,
+    which each start makes anew. Kept: the flash, the other files under /conf,
+    the clock, and what `fail` and `set answer...` asked for. The system clock
+    starts with the clock's time. Programs that run go on running.
 
 EXAMPLE
     maintsim -u unit power-cycle
@@ -571,8 +638,8 @@ SYNOPSIS
     maintsim -u DIR warm-restart
 
 DESCRIPTION
-    Devices and files are kept. The system clock starts with the clock's time. Programs that run go
-    on running.
+    Devices and files are kept. The system clock starts with the clock's time.
+    Programs that run go on running.
 
 EXAMPLE
     maintsim -u unit warm-restart
