@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -79,8 +80,10 @@ Started program_start(const Words& words, const std::string& out, const std::str
         arguments.push_back(const_cast<char*>(word.c_str()));
     }
     arguments.push_back(nullptr);
+    signal(SIGPIPE, SIG_IGN); // a program that ended too early is the test's failure, not its end
     const pid_t process = fork();
     if (process == 0) {
+        signal(SIGPIPE, SIG_DFL);
         dup2(to[0], STDIN_FILENO);
         output_lead(out, STDOUT_FILENO);
         output_lead(err, STDERR_FILENO);

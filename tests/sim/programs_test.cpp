@@ -128,8 +128,9 @@ TEST(Programs, OnOneUnitHaveEachItsAnswersAndOneOrder)
 {
     constexpr uint32_t kPrograms = 8;
     constexpr uint32_t kCommands = 10000 / kShare;
-    constexpr uint32_t kPart = 200; // user_program waits before each
-    constexpr uint32_t kCalls = 3;  // of a command
+    constexpr uint32_t kPart = 200;  // user_program waits before each
+    constexpr uint32_t kCalls = 3;   // of a command
+    constexpr time_t kPatience = 20; // seconds without a call
     const Units units;
     const std::string folder = units.make("unit");
     Unit* unit = unit_reopen(folder);
@@ -145,8 +146,9 @@ TEST(Programs, OnOneUnitHaveEachItsAnswersAndOneOrder)
     }
     Journey journey;
     constexpr uint64_t kAll = uint64_t{kPrograms} * kCommands * kCalls;
-    const time_t limit = time(nullptr) + 100;
+    time_t limit = time(nullptr) + kPatience;
     while (journey.next() < kAll + 2 && time(nullptr) < limit && !testing::Test::HasFailure()) {
+        const uint64_t before = journey.next();
         for (Program& program : programs) {
             // Not too far ahead: a unit keeps so many calls and no more.
             while (program.allowed < kCommands &&
@@ -156,6 +158,7 @@ TEST(Programs, OnOneUnitHaveEachItsAnswersAndOneOrder)
             }
         }
         journey.look(unit);
+        limit = journey.next() > before ? time(nullptr) + kPatience : limit;
         usleep(5000);
     }
     EXPECT_EQ(journey.next(), kAll + 2);
