@@ -310,6 +310,8 @@ TEST(StateText, LetsAClockRunAndStandFromTheTimeThatItShows)
     ASSERT_TRUE(stateText_put(state, "rtc.time=2026-01-01T00:00:00", kNow, fault));
     ASSERT_TRUE(stateText_put(state, "rtc.runs=1", kNow + 50000000000, fault));
     EXPECT_EQ(unitState_rtcTime(state, kNow + 60000000000)[0], 10);
+    ASSERT_TRUE(stateText_put(state, "rtc.time=2026-01-01T00:00:10", kNow + 60000000000, fault));
+    EXPECT_EQ(unitState_rtcTime(state, kNow + 61000000000)[0], 11); // while it runs
     ASSERT_TRUE(stateText_put(state, "rtc.runs=0", kNow + 60000000000, fault));
     EXPECT_EQ(unitState_rtcTime(state, kNow + 90000000000)[0], 10);
 }

@@ -42,6 +42,7 @@ TEST(RequestFailure, OfAllFromTheSecondOn)
     for (int i = 0; i < 100; ++i) {
         EXPECT_EQ(register_write(state, 1).result, -1);
     }
+    EXPECT_EQ(state.failures[0x6B43], (RequestFailure{1, 0, EIO})); // nothing is counted
 }
 
 TEST(RequestFailure, IsOfItsRequestAlone)
