@@ -43,6 +43,20 @@ bool all_write(int file, std::string_view text)
     return true;
 }
 
+std::string path_beside(const std::string& path)
+{
+    return path + ".new";
+}
+
+// False, with errno as it was.
+bool file_drop(const std::string& path)
+{
+    const int error = errno;
+    syscall(SYS_unlinkat, AT_FDCWD, path.c_str(), 0);
+    errno = error;
+    return false;
+}
+
 } // namespace
 
 int64_t machine_time()
@@ -86,22 +100,28 @@ bool file_read(const std::string& path, std::string& text)
     return count == 0;
 }
 
-bool file_replace(const std::string& path, std::string_view text)
+bool file_prepare(const std::string& path, std::string_view text)
 {
-    const std::string beside = path + ".new";
+    const std::string beside = path_beside(path);
     const int file = file_open(beside.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
     if (file < 0) {
         return false;
     }
     const bool written = all_write(file, text);
     file_close(file);
-    if (written && syscall(SYS_renameat, AT_FDCWD, beside.c_str(), AT_FDCWD, path.c_str()) == 0) {
-        return true;
-    }
-    const int error = errno;
-    syscall(SYS_unlinkat, AT_FDCWD, beside.c_str(), 0);
-    errno = error;
-    return false;
+    return written || file_drop(beside);
+}
+
+bool file_takePrepared(const std::string& path)
+{
+    const std::string beside = path_beside(path);
+    return syscall(SYS_renameat, AT_FDCWD, beside.c_str(), AT_FDCWD, path.c_str()) == 0 ||
+           file_drop(beside);
+}
+
+bool file_replace(const std::string& path, std::string_view text)
+{
+    return file_prepare(path, text) && file_takePrepared(path);
 }
 
 void standardError_write(std::string_view text)

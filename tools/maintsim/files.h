@@ -18,6 +18,9 @@ bool file_read(const std::string& path, std::string& text);
 // A file of this content, in place of the one that is there; nobody sees half of it. False: errno
 // says why not, and the file is as it was.
 bool file_replace(const std::string& path, std::string_view text);
+// The same in two steps: the bytes, beside the file, and then the file.
+bool file_prepare(const std::string& path, std::string_view text);
+bool file_takePrepared(const std::string& path);
 
 // To standard error, as far as it takes it.
 void standardError_write(std::string_view text);

@@ -48,9 +48,12 @@ bool of_unit(clockid_t clock)
            clock == CLOCK_REALTIME_ALARM;
 }
 
+// The kernel refuses what is later: its nanoseconds would not last for another 30 years.
+constexpr int64_t kSecondsLimit = INT64_MAX / kSecond - int64_t{30} * 365 * 24 * 3600;
+
 int clock_set(int64_t seconds, int64_t nanoseconds)
 {
-    if (seconds < 0 || nanoseconds < 0 || nanoseconds >= kSecond) {
+    if (seconds < 0 || seconds >= kSecondsLimit || nanoseconds < 0 || nanoseconds >= kSecond) {
         return failed(EINVAL);
     }
     if (sim_folder()[0] == '\0') {
@@ -106,9 +109,13 @@ int adjustment(clockid_t clock, timex* state)
     if (state->time.tv_usec < 0 || state->time.tv_usec * unit >= kSecond) {
         return failed(EINVAL);
     }
-    clock_setDifference(clock_difference() + state->time.tv_sec * kSecond +
-                        state->time.tv_usec * unit);
-    return TIME_OK;
+    const timespec now = unit_now();
+    const int64_t nanoseconds = now.tv_nsec + state->time.tv_usec * unit;
+    if (state->time.tv_sec >= kSecondsLimit) {
+        return failed(EINVAL);
+    }
+    const int64_t seconds = now.tv_sec + state->time.tv_sec + nanoseconds / kSecond;
+    return clock_set(seconds, nanoseconds % kSecond) == 0 ? TIME_OK : -1;
 }
 
 } // namespace

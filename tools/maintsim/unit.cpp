@@ -391,12 +391,14 @@ bool journal_renew(Unit& unit)
 {
     const uint32_t generation = unit.position.generation + 1;
     const std::string text = stateFile_text(unit.state, generation, unit.sequence);
-    // The calls first: once the state is there, the journal's entries do not count.
-    const bool kept = file_replace(calls_path(unit.folder), entries_of(unit, unit.position.length));
-    if (!kept && errno != ENOSPC && errno != EFBIG && errno != EDQUOT) {
+    // A disk that is full refuses the state before anything is changed.
+    if (!file_prepare(state_path(unit.folder), text)) {
         return false;
     }
-    if (!file_replace(state_path(unit.folder), text)) {
+    // The calls first: once the state is there, the journal's entries do not count. Without room for
+    // them, the earlier ones stay.
+    file_replace(calls_path(unit.folder), entries_of(unit, unit.position.length));
+    if (!file_takePrepared(state_path(unit.folder))) {
         return false;
     }
     unit.position = {generation, 0};

@@ -25,6 +25,8 @@ namespace
 constexpr unsigned kSampleRecords = 640;
 constexpr size_t kErasedSize = 100012; // a header and 1000 records
 constexpr int64_t kSecond = 1000000000;
+constexpr int64_t kSecondsLimit =
+    INT64_MAX / kSecond - int64_t{30} * 365 * 24 * 3600; // the kernel's
 
 // Files under /tmp that the unit's own start makes anew.
 constexpr const char* kMadeAtStart[] = {"serialno", "ks8995_nor.dat", "ks8995_pri.dat"};
@@ -159,8 +161,8 @@ void fpga_restore(FpgaModel& fpga, FpgaModel made)
     fpga = std::move(made);
 }
 
-// The unit's clock holds the local time. One that shows no time of the calendar leaves the system
-// clock as the machine's.
+// The unit's clock holds the local time. One that shows no time of the calendar, or one that no kernel
+// takes, leaves the system clock as the machine's.
 int64_t clock_difference(const UnitState& state, int64_t now)
 {
     const RtcTime time = unitState_rtcTime(state, now);
@@ -176,7 +178,8 @@ int64_t clock_difference(const UnitState& state, int64_t now)
     local.tm_mon = time[4];
     local.tm_year = time[5];
     local.tm_isdst = -1;
-    return (int64_t{mktime(&local)} - now / kSecond) * kSecond;
+    const int64_t seconds = mktime(&local);
+    return seconds < 0 || seconds >= kSecondsLimit ? 0 : (seconds - now / kSecond) * kSecond;
 }
 
 bool volatile_remove(const std::string& root, std::string& error)
@@ -241,12 +244,14 @@ bool unit_restart(Unit* unit, const std::string& folder, Restart kind, std::stri
     if (cycle && !made_read(folder, made, error)) {
         return false;
     }
-    const auto change = [&](UnitState& state, int64_t now, std::string& fault) {
+    const auto change = [&](UnitState& state, int64_t now, std::string&) {
         if (cycle) {
             fpga_restore(state.fpga, std::move(made.fpga));
         }
         state.clock_difference = clock_difference(state, now);
-        return !cycle || volatile_remove(folder + "/root", fault);
+        return true;
     };
-    return unit_change(unit, cycle ? "power-cycle" : "warm-restart", change, error);
+    // Files only after the state: if that cannot be written, nothing is lost.
+    return unit_change(unit, cycle ? "power-cycle" : "warm-restart", change, error) &&
+           (!cycle || volatile_remove(folder + "/root", error));
 }
