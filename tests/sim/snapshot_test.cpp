@@ -95,10 +95,13 @@ TEST(Snapshot, OfAnyStateIsAnsweredTheSame)
         SCOPED_TRACE(number);
         UnitState seen = state_draw(number);
         seen.rtc_runs = false;
-        seen.rtc.result = 0;
-        seen.fpga.results = {{0x6B02, 5}};
+        seen.rtc.result = number % 3 == 0 ? -1 : 0;
+        seen.fpga.results = {{0x6B02, 5}, {0x6B42, number % 2 == 0 ? -1 : 0}};
         seen.fpga.filled.clear();
-        seen.failures = {{0x6B39, {1, 0, EBUSY}}, {kRtcStatusRead, {1, 0, EINVAL}}};
+        seen.failures = {{0x6B39, {1, 0, EBUSY}}};
+        if (number % 3 == 1) {
+            seen.failures[kRtcStatusRead] = {1, 0, EINVAL};
+        }
         Snapshot snapshot;
         std::string fault;
         ASSERT_TRUE(snapshot_parse(snapshot_text(seen), snapshot, fault)) << fault;

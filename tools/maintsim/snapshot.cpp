@@ -22,7 +22,9 @@ struct Answers {
     size_t good = 0;
     size_t failed = 0;
     std::set<int> results; // of the good ones
-    int error = 0;         // of the last that failed
+    int failure = 0;       // what the last that failed returned, and its error
+    int error = 0;
+    bool filled = false; // one that failed had filled the record all the same
 };
 
 struct Parse {
@@ -94,11 +96,16 @@ bool answer_take(Parse& parse, const JsonNode& answer)
     Answers& answers = parse.answers[request];
     if (result->number < 0) {
         ++answers.failed;
+        answers.failure = static_cast<int>(result->number);
         answers.error = error == nullptr ? EIO : static_cast<int>(error->number);
-        return true;
+        if (before == after) {
+            return true;
+        }
+        answers.filled = true;
+    } else {
+        ++answers.good;
+        answers.results.insert(static_cast<int>(result->number));
     }
-    ++answers.good;
-    answers.results.insert(static_cast<int>(result->number));
     before.resize(form->size);
     after.resize(form->size);
     UnitState& state = parse.snapshot.state;
@@ -161,6 +168,15 @@ bool first_good(const JsonNode& line, std::string& fault)
     return fault.empty();
 }
 
+void result_put(UnitState& state, uint32_t request, int result)
+{
+    if (requestForm_find(request) != nullptr) {
+        state.fpga.results[request] = result;
+    } else {
+        state.rtc.result = result;
+    }
+}
+
 // Results that all requests of a number had.
 void results_put(Parse& parse)
 {
@@ -168,16 +184,15 @@ void results_put(Parse& parse)
     for (const auto& [request, answers] : parse.answers) {
         if (answers.failed > 0 && answers.good > 0) {
             parse.snapshot.partly[request] = answers.failed;
+        } else if (answers.filled) {
+            result_put(state, request, answers.failure);
+            state.fpga.fills_when_failing = true;
         } else if (answers.failed > 0) {
             const bool named = !errorName_text(answers.error).empty();
             state.failures[request] = {1, 0, named ? answers.error : EIO};
         }
         if (answers.results.size() == 1 && *answers.results.begin() != 0) {
-            if (requestForm_find(request) != nullptr) {
-                state.fpga.results[request] = *answers.results.begin();
-            } else {
-                state.rtc.result = *answers.results.begin();
-            }
+            result_put(state, request, *answers.results.begin());
         }
     }
 }
