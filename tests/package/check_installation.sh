@@ -13,4 +13,17 @@ done
 diff -r "$2/maint" "$prefix/include/maint" || finding "the installed headers are not the public ones"
 
 "$(dirname "$0")/check_consumer.sh" "$prefix" "$3" || finding "the installed library is of no use"
+
+# The simulated unit is installed with the rest, and by its name alone.
+if grep -q '^MAINT_BUILD_SIMULATOR:BOOL=ON$' "$1/CMakeCache.txt"; then
+    "$(dirname "$0")/check_consumer_on_a_unit.sh" "$prefix" "$3" ||
+        finding "the installed simulated unit is of no use"
+    "$CMAKE" --install "$1" --prefix "$work/alone" --component maintsim >"$work/install.log"
+    files=$(cd "$work/alone" && find . -type f | sort | paste -sd' ')
+    [[ $files =~ ^\./bin/maintsim\ \./lib[^\ ]*/maintsim/libmaintsim_preload\.so$ ]] ||
+        finding "the component maintsim is something else: $files"
+    "$work/alone/bin/maintsim" true || finding "the component maintsim alone is of no use"
+elif [ -e "$prefix/bin/maintsim" ]; then
+    finding "bin/maintsim, which nobody asked for"
+fi
 check_end

@@ -554,6 +554,13 @@ if [ -n "$build" ]; then
     cp -a "$here/consumer" "$work/consumer"
     echo 'one line more' >>"$work/consumer/expected.txt"
     fails_with 'says something else' check_consumer.sh "$work/prefix" "$work/consumer"
+    if [ -e "$work/prefix/bin/maintsim" ]; then
+        passes check_consumer_on_a_unit.sh "$work/prefix" "$here/consumer"
+        fails_with 'says something else' check_consumer_on_a_unit.sh "$work/prefix" "$work/consumer"
+        fails_with 'no bin/maintsim in' check_consumer_on_a_unit.sh "$(without maintsim)" "$here/consumer"
+        fails_with 'libmaintsim_preload.so is missing' \
+            check_consumer_on_a_unit.sh "$(without libmaintsim_preload.so)" "$here/consumer"
+    fi
 fi
 
     ;;
