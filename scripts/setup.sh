@@ -47,3 +47,6 @@ setup_need()
 # What every build takes.
 # shellcheck disable=SC2034  # for the scripts that source this
 build_needs=("cc=gcc" "c++=g++" "cmake=cmake" "ninja=ninja-build")
+# And a build with the tests, and running them.
+# shellcheck disable=SC2034
+test_needs=("${build_needs[@]}" gtest/gtest.h=libgtest-dev pkg-config=pkg-config python3=python3 jq=jq)

@@ -39,7 +39,7 @@ done
 [ -z "$valued" ] || refuse "$valued needs a value"
 
 . "$(dirname "$0")/setup.sh"
-setup_need "${build_needs[@]}" gtest/gtest.h=libgtest-dev pkg-config=pkg-config
+setup_need "${test_needs[@]}"
 
 cmake --preset release
 cmake --build --preset release

@@ -74,7 +74,7 @@ bool rtcTime_seconds(const RtcTime& time, int64_t& seconds)
         return false;
     }
     seconds = duration_cast<std::chrono::seconds>(sys_days(date).time_since_epoch()).count() +
-              hour * 3600 + minute * 60 + second;
+              int64_t{hour} * 3600 + int64_t{minute} * 60 + second;
     return true;
 }
 

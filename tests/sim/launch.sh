@@ -166,6 +166,12 @@ shows 1111 "$maintsim" -u other ./own
 shows 2222 "$maintsim" -u unit ./own
 shows 1111 "$maintsim" -u unit "$maintsim" -u other ./own
 
+# Everything that it asked is in the unit's list, the close too.
+"$maintsim" -u other calls >calls
+grep -c 'own: open /dev/fpga O_RDWR$' calls >count || true
+[ "$(cat count)" -eq 2 ] || fail "the list of calls has not two opens: $(cat calls)"
+[ "$(grep -c 'own: close /dev/fpga' calls)" -eq 2 ] || fail "the list has not two closes: $(cat calls)"
+
 # Exit status and signals, for both kinds of unit
 
 for unit in '-u unit' ''; do

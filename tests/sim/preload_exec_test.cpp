@@ -172,6 +172,7 @@ TEST_F(PreloadExec, TheEnvironmentKeepsWhatItHas)
     EXPECT_NE(outcome.output.find("A=1\n"), std::string::npos) << outcome.output;
     EXPECT_NE(outcome.output.find("LD_PRELOADED=2\n"), std::string::npos);
     EXPECT_NE(outcome.output.find("libmaintsim_preload.so:libc.so.6\n"), std::string::npos);
+    EXPECT_EQ(outcome.output.find("LD_PRELOAD="), outcome.output.rfind("LD_PRELOAD="));
     EXPECT_NE(outcome.output.find("MAINTSIM_UNIT=" + unit_folder() + "\n"), std::string::npos);
     const std::string object = getenv("LD_PRELOAD");
     const std::string preload = "LD_PRELOAD=libc.so.6:" + object;
@@ -199,14 +200,16 @@ TEST_F(PreloadExec, ADeviceIsInherited)
     ASSERT_EQ(posix_spawn_file_actions_addopen(&actions, 55, "/dev/fpga", O_RDWR, 0), 0);
     ASSERT_EQ(posix_spawn_file_actions_addopen(&actions, 0, kSerial, O_RDONLY, 0), 0);
     ASSERT_EQ(posix_spawn_file_actions_addchdir_np(&actions, "/conf"), 0);
-    const std::string script = "import fcntl,os,sys; fcntl.ioctl(55,0x6B04,7); "
+    const std::string script = "import fcntl,os,sys; fcntl.ioctl(55,0x6B04,7)\n"
+                               "try: os.read(55,1)\n"
+                               "except OSError as e: print(e.errno, end=' ')\n"
                                "print(os.getcwd(), sys.stdin.read(), end='')";
     char* const words[] = {word("python3"), word("-c"), word(script.c_str()), nullptr};
     const Outcome child = run([&] {
         pid_t number = 0;
         return spawned(posix_spawnp(&number, "python3", &actions, nullptr, words, environ), number);
     });
-    EXPECT_EQ(child.output, std::string("/conf ") + kText);
+    EXPECT_EQ(child.output, std::string("22 /conf ") + kText);
     EXPECT_EQ(posix_spawn_file_actions_destroy(&actions), 0);
     EXPECT_EQ(close(device), 0);
 }

@@ -661,6 +661,18 @@ TEST_F(PreloadPaths, ChangesReachTheUnitsFile)
     EXPECT_EQ(status.st_mtime, 1000);
 }
 
+TEST_F(PreloadPaths, AFileWithoutANameHasItsMode)
+{
+    const int file = open("/conf", O_TMPFILE | O_RDWR, 0640);
+    if (file < 0) {
+        GTEST_SKIP() << "O_TMPFILE: " << strerror(errno);
+    }
+    struct stat status;
+    ASSERT_EQ(fstat(file, &status), 0);
+    EXPECT_EQ(status.st_mode & 0700U, 0600U);
+    EXPECT_EQ(close(file), 0);
+}
+
 TEST_F(PreloadPaths, AFolderOfADescriptorLeadsThere)
 {
     file_make(unit_place("/conf/probe"), kText);
@@ -806,6 +818,7 @@ TEST_F(PreloadPaths, FoldersHoldTheUnitsEntries)
     ASSERT_EQ(glob("/conf/pr*", 0, nullptr, &names), 0);
     EXPECT_EQ(names.gl_pathc, 1U);
     EXPECT_STREQ(names.gl_pathv[0], "/conf/probe");
+    EXPECT_EQ(names.gl_flags & GLOB_ALTDIRFUNC, 0);
     globfree(&names);
     EXPECT_EQ(glob("/conf/none*", 0, nullptr, &names), GLOB_NOMATCH);
     dirent** entries = nullptr;

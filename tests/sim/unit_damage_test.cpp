@@ -88,6 +88,15 @@ TEST_F(UnitTest, WithADamagedJournalIsNamed)
         ASSERT_EQ(refusal_with(at, static_cast<char>(good[at] + 1)),
                   path + ": damaged: entry 2: damaged");
     }
+    // An entry in another one's place, and a length beyond the file.
+    std::string twice = good;
+    twice.replace(4096 + 88, 88, good, 4096, 88);
+    content_put(path, twice);
+    EXPECT_EQ(refusal(folder), path + ": damaged: entry 2: damaged");
+    std::string beyond = good;
+    beyond.replace(128, 4, "\xF8\xFF\xFF\xFF");
+    content_put(path, beyond);
+    EXPECT_EQ(refusal(folder), path + ": damaged: its length is 4294967288");
     content_put(path, good.substr(0, good.size() - 1));
     EXPECT_EQ(refusal(folder), path + ": damaged: not a file of 4198400 bytes");
     content_put(path, "");

@@ -187,6 +187,25 @@ TEST_F(UnitTest, TellsTheLastCallsAtLeast)
     unit_close(unit);
 }
 
+// Who is killed while the journal starts anew may have kept its calls already.
+TEST_F(UnitTest, TellsNoCallTwice)
+{
+    Unit* unit = open(folder);
+    number_write(unit, 1, 1);
+    std::string error;
+    ASSERT_TRUE(unit_change(
+        unit, "x", [](UnitState&, int64_t, std::string&) { return true; }, error));
+    number_write(unit, 1, 2);
+    const std::string journal = content(folder + "/journal");
+    content_put(folder + "/calls", content(folder + "/calls") + journal.substr(4096, 176));
+    const std::vector<UnitCall> seen = calls(unit);
+    ASSERT_EQ(seen.size(), 3U);
+    for (size_t n = 0; n < seen.size(); ++n) {
+        EXPECT_EQ(seen[n].head.sequence, n + 1);
+    }
+    unit_close(unit);
+}
+
 TEST_F(UnitTest, PutsAllItemsOrNone)
 {
     Unit* unit = open(folder);
@@ -247,6 +266,19 @@ TEST_F(UnitTest, ChangesAllAtOnce)
     EXPECT_EQ(text(unit), before);
     unit_close(unit);
     unit_close(other);
+}
+
+// One that was killed has left half a file, longer than the new one.
+TEST_F(UnitTest, WritesItsStateOverWhatIsLeft)
+{
+    content_put(folder + "/state.new", std::string(100000, 'x'));
+    Unit* unit = open(folder);
+    std::string error;
+    ASSERT_TRUE(unit_change(
+        unit, "x", [](UnitState&, int64_t, std::string&) { return true; }, error));
+    unit_close(unit);
+    EXPECT_EQ(refusal(folder), "opened");
+    EXPECT_FALSE(std::filesystem::exists(folder + "/state.new"));
 }
 
 TEST_F(UnitTest, KeepsItsSystemClock)

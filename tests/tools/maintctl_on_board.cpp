@@ -26,10 +26,8 @@ std::string setting(const char* name)
     return value == nullptr ? "" : value;
 }
 
-void state_put(Board& board, uint32_t number)
+void files_put(const Board& board)
 {
-    deviceState_put(number, board.fpga, board.rtc);
-    board.fpga.words[0x6B29] = 1; // its own identifier
     board.file_put("/conf/config", "OWN_VPN_ID='12'\nWAN_TYPE='5'\n");
     board.file_put("/conf/statistics", Bytes(496, '\x01'));
     board.file_put("/conf/user.log", Bytes(16, '\0'));
@@ -44,16 +42,13 @@ void board_put(Board& board)
 {
     const std::string state = setting("MAINTCTL_STATE");
     if (state.empty()) {
-        saneUnit_put(board);
+        saneUnit_putDevices(board);
     } else {
-        state_put(board, static_cast<uint32_t>(std::stoul(state)));
+        deviceState_put(static_cast<uint32_t>(std::stoul(state)), board.fpga, board.rtc);
+        board.fpga.words[0x6B29] = 1; // its own identifier
     }
-    if (getenv("MAINTCTL_NO_FILES") != nullptr) {
-        for (const char* folder : {"/conf", "/tmp"}) {
-            for (const auto& file : std::filesystem::directory_iterator(board.host(folder))) {
-                std::filesystem::remove(file);
-            }
-        }
+    if (getenv("MAINTCTL_NO_FILES") == nullptr) {
+        (state.empty() ? saneUnit_putFiles : files_put)(board);
     }
     std::istringstream missing(setting("MAINTCTL_MISSING"));
     for (std::string device; missing >> device;) {

@@ -38,7 +38,23 @@ void peer_put(FpgaModel& fpga, uint16_t unit)
     fpga.port_entries[static_cast<uint16_t>(8 * unit)] = 0x1000; // which stands for the code 1
 }
 
-void devices_put(Board& board)
+Bytes config_text()
+{
+    const Bytes id = "='" + std::to_string(kVpnId) + "'\n";
+    Bytes text = "OWN_VPN_ID" + id +
+                 "WAN_TYPE='5'\n"
+                 "SELECT_MTU='PPPOE_MTU'\n"
+                 "PPPOE_MTU='1454'\n"
+                 "IPSEC_ENABLE='0'\n";
+    for (unsigned unit = 1; unit <= kPeers; ++unit) {
+        text += (unit < 10 ? "PPPOEOFF_VPN_ID0" : "PPPOEOFF_VPN_ID") + std::to_string(unit) + id;
+    }
+    return text;
+}
+
+} // namespace
+
+void saneUnit_putDevices(Board& board)
 {
     FpgaModel& fpga = board.fpga;
     fpga.device_info = hex("00 01 02 03 a1 20 00 00"); // tells 01 00 03 02 and "20a1"
@@ -75,21 +91,7 @@ void devices_put(Board& board)
     board.rtc.time = {7, 5, 9, 1, 2, 106, 3, 59, 0}; // as board.now
 }
 
-Bytes config_text()
-{
-    const Bytes id = "='" + std::to_string(kVpnId) + "'\n";
-    Bytes text = "OWN_VPN_ID" + id +
-                 "WAN_TYPE='5'\n"
-                 "SELECT_MTU='PPPOE_MTU'\n"
-                 "PPPOE_MTU='1454'\n"
-                 "IPSEC_ENABLE='0'\n";
-    for (unsigned unit = 1; unit <= kPeers; ++unit) {
-        text += (unit < 10 ? "PPPOEOFF_VPN_ID0" : "PPPOEOFF_VPN_ID") + std::to_string(unit) + id;
-    }
-    return text;
-}
-
-void files_put(const Board& board)
+void saneUnit_putFiles(const Board& board)
 {
     Bytes sizes;
     for (const unsigned size : {1454U, 1428U, 1446U}) { // less 26, less 8
@@ -104,12 +106,4 @@ void files_put(const Board& board)
     board.file_put("/tmp/vornapppoe.mtu", "VORNAMRU=1454\n");
     board.file_put("/tmp/ks8995_nor.dat", Bytes(128, '\0'));
     board.file_put("/tmp/ks8995_pri.dat", Bytes(128, '\0'));
-}
-
-} // namespace
-
-void saneUnit_put(Board& board)
-{
-    devices_put(board);
-    files_put(board);
 }

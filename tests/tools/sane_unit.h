@@ -4,4 +4,5 @@
 
 #include "board/board.h"
 
-void saneUnit_put(Board& board);
+void saneUnit_putDevices(Board& board);
+void saneUnit_putFiles(const Board& board);

@@ -106,9 +106,9 @@ class Reader
             return true;
         }
         do {
-            auto& [name, member] = node.members.emplace_back();
             blanks_skip();
-            if (!text(name) || !taken(":") || !value(member, depth + 1)) {
+            if (!text(node.names.emplace_back()) || !taken(":") ||
+                !value(node.items.emplace_back(), depth + 1)) {
                 return false;
             }
         } while (taken(","));
@@ -174,9 +174,9 @@ class Reader
 
 const JsonNode* JsonNode::find(std::string_view name, Kind wanted) const
 {
-    for (const auto& [key, member] : members) {
-        if (key == name) {
-            return member.kind == wanted ? &member : nullptr;
+    for (size_t i = 0; i < names.size(); ++i) {
+        if (names[i] == name) {
+            return items[i].kind == wanted ? &items[i] : nullptr;
         }
     }
     return nullptr;
@@ -185,5 +185,9 @@ const JsonNode* JsonNode::find(std::string_view name, Kind wanted) const
 bool json_read(std::string_view text, JsonNode& node)
 {
     node = JsonNode();
-    return Reader(text).whole(node);
+    if (Reader(text).whole(node)) {
+        return true;
+    }
+    node = JsonNode(); // not half an object
+    return false;
 }

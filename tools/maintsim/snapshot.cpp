@@ -130,7 +130,9 @@ bool file_take(Snapshot& snapshot, const JsonNode& line, const std::string& path
 bool config_take(Snapshot& snapshot, const JsonNode& config)
 {
     std::string& text = snapshot.files[std::string(kConfigPath)];
-    for (const auto& [key, value] : config.members) {
+    for (size_t i = 0; i < config.names.size(); ++i) {
+        const std::string& key = config.names[i];
+        const JsonNode& value = config.items[i];
         if (value.kind != Kind::kText || key.find_first_of("\n='") != std::string::npos ||
             value.text.find_first_of("\n'") != std::string::npos) {
             return false;

@@ -218,10 +218,12 @@ bool stateFile_parse(std::string_view text, StateHead& head, UnitState& state, s
     while (!text.empty()) {
         const size_t length = text.find('\n');
         ++items;
+        fault.clear();
         if (length == std::string_view::npos ||
             !stateText_put(state, text.substr(0, length), 0, fault)) {
-            fault = "damaged: line " + std::to_string(items + 1) +
-                    (length == std::string_view::npos ? " has no end" : ": " + fault);
+            const std::string line = "damaged: line " + std::to_string(items + 1);
+            fault.insert(0, length == std::string_view::npos ? " has no end" : ": ");
+            fault.insert(0, line);
             return false;
         }
         text.remove_prefix(length + 1);
@@ -369,7 +371,9 @@ bool unit_catchUp(Unit& unit, std::string& error)
         std::string fault = "damaged";
         if (!entry_read(entries_of(unit, length), unit.position.length, entry) ||
             entry.head.sequence != unit.sequence || !entry_replay(unit.state, entry, fault)) {
-            error = path + ": damaged: entry " + std::to_string(unit.entries + 1) + ": " + fault;
+            error = path;
+            error.append(": damaged: entry ").append(std::to_string(unit.entries + 1));
+            error.append(": ").append(fault);
             return false;
         }
         unit.position.length += entry.head.size;

@@ -142,7 +142,7 @@ bool made_read(const std::string& folder, UnitState& state, std::string& error)
     while (!rest.empty()) {
         const size_t length = std::min(rest.find('\n'), rest.size());
         if (!stateText_put(state, rest.substr(0, length), 0, error)) {
-            error = path + ": damaged: " + error;
+            error.insert(0, ": damaged: ").insert(0, path);
             return false;
         }
         rest.remove_prefix(std::min(length + 1, rest.size()));
