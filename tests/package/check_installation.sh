@@ -22,6 +22,12 @@ if grep -q '^MAINT_BUILD_SIMULATOR:BOOL=ON$' "$1/CMakeCache.txt"; then
     files=$(cd "$work/alone" && find . -type f | sort | paste -sd' ')
     [[ $files =~ ^\./bin/maintsim\ \./lib[^\ ]*/maintsim/libmaintsim_preload\.so$ ]] ||
         finding "the component maintsim is something else: $files"
+    # It comes into programs of any kind: it brings nothing but the C library.
+    find "$work/alone" -type f | while read -r file; do
+        "$READELF" -d "$file" | sed -n 's/.*(NEEDED).*\[\(.*\)\]$/\1/p' | grep -vE '^(libc\.so|ld-linux)' |
+            sed "s|^|${file##*/} needs |"
+    done >"$work/needed"
+    [ ! -s "$work/needed" ] || finding "$(cat "$work/needed")"
     "$work/alone/bin/maintsim" true || finding "the component maintsim alone is of no use"
 elif [ -e "$prefix/bin/maintsim" ]; then
     finding "bin/maintsim, which nobody asked for"
