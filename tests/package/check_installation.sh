@@ -24,7 +24,7 @@ if grep -q '^MAINT_BUILD_SIMULATOR:BOOL=ON$' "$1/CMakeCache.txt"; then
         finding "the component maintsim is something else: $files"
     # It comes into programs of any kind: it brings nothing but the C library.
     find "$work/alone" -type f | while read -r file; do
-        "$READELF" -d "$file" | sed -n 's/.*(NEEDED).*\[\(.*\)\]$/\1/p' | grep -vE '^(libc\.so|ld-linux)' |
+        "$READELF" -d "$file" | sed -n '/\[\(libc\.so\|ld-linux\)[^]]*\]$/!s/.*(NEEDED).*\[\(.*\)\]$/\1/p' |
             sed "s|^|${file##*/} needs |"
     done >"$work/needed"
     [ ! -s "$work/needed" ] || finding "$(cat "$work/needed")"
