@@ -81,7 +81,7 @@ template <DeviceCommandCode kCode> constexpr bool kHasTypes = requires
 };
 
 static_assert(kHasTypes<RD_DEVICE_INFO> && kHasTypes<WR_REG1B4_BIT0>);
-static_assert(!kHasTypes<0x0001> && !kHasTypes<0x007D> && !kHasTypes<0x00AE> &&
+static_assert(!kHasTypes<0x0001> && !kHasTypes<0x007D> && !kHasTypes<0x00FF> &&
               !kHasTypes<0x0608> && !kHasTypes<0x00010000>);
 
 // Every command, in the order of the numbers. From the descriptions of the records, not from the
