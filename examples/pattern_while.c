@@ -3,6 +3,7 @@
  *
  * usage: pattern_while PROGRAM [ARGUMENT...]
  */
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/wait.h>
@@ -20,8 +21,8 @@ int main(int argc, char** argv)
         return EXIT_FAILURE;
     }
     if (maint_wr_led_pattern_1() < 0) {
-        fprintf(stderr,
-                "pattern_while: the pattern is not shown\n"); /* the program runs all the same */
+        /* The program runs all the same. */
+        fprintf(stderr, "pattern_while: the pattern is not shown\n");
     }
     child = fork();
     if (child == 0) {
@@ -29,6 +30,9 @@ int main(int argc, char** argv)
         perror(argv[1]);
         _exit(127);
     }
+    /* Ctrl-C ends the program; the panel is still restored. */
+    signal(SIGINT, SIG_IGN);
+    signal(SIGQUIT, SIG_IGN);
     if (child < 0 || waitpid(child, &status, 0) != child) {
         perror("pattern_while");
         status = -1;

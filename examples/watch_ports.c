@@ -34,8 +34,13 @@ static void port_tell(uint32_t port, char text[TEXT])
 int main(int argc, char** argv)
 {
     char before[PORTS][TEXT] = {{0}};
-    const long rounds = argc > 1 ? strtol(argv[1], NULL, 10) : -1;
+    char* end = NULL;
+    const long rounds = argc > 1 ? strtol(argv[1], &end, 10) : -1;
     long round;
+    if (argc > 2 || (end != NULL && (end == argv[1] || *end != '\0' || rounds < 0))) {
+        fprintf(stderr, "usage: watch_ports [ROUNDS]\n");
+        return EXIT_FAILURE;
+    }
     for (round = 0; round != rounds; ++round) {
         uint32_t port;
         if (round > 0) {

@@ -139,7 +139,7 @@ std::vector<UnitFile> newUnit_files()
     return {
         {"/conf/config", config_text()},
         {"/conf/statistics", std::string(496, '\0')},
-        {"/conf/user.log", ""},
+        {"/conf/user.log", std::string(16, '\0')}, // a header: no record yet
         {"/tmp/serialno", "A00000001"},
         {"/tmp/mtu_datasize", dataSizes_bytes()},
         {"/tmp/vornapppoe.mtu", "VORNAMRU=1454\n"},

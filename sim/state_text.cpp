@@ -24,7 +24,7 @@ __attribute__((format(printf, 1, 2))) std::string text_of(const char* format, ..
     char text[128];
     va_list arguments;
     va_start(arguments, format);
-    vsnprintf(text, sizeof text, format, arguments);
+    vsnprintf(text, sizeof text, format, arguments); // NOLINT(clang-analyzer-valist.Uninitialized)
     va_end(arguments);
     return text;
 }

@@ -2,6 +2,7 @@
 # What maintsim runs, what it refuses, and what is left of a unit for one run. The programs are those
 # that a developer uses; none of them was built for it.
 # usage: launch.sh MAINTSIM PRELOAD_OBJECT STATIC_PROGRAM
+# shellcheck disable=SC2016  # variables of the programs that run on the unit
 set -euo pipefail
 : "${CC:=cc}"
 export LC_ALL=C
@@ -19,6 +20,18 @@ fail()
     printf 'FAIL: %s\n' "$*"
     failures=$((failures + 1))
 }
+
+# awaits COMMAND...: until it succeeds, five seconds at most; what is then, the caller looks at.
+awaits()
+{
+    for _ in $(seq 100); do
+        if "$@"; then break; fi
+        sleep 0.05
+    done
+}
+
+# between LEAST MOST NUMBER
+between() { [ "$3" -ge "$1" ] && [ "$3" -lt "$2" ]; }
 
 # ends STATUS PROGRAM...: the exit status; what it says goes to the files shown and error.
 ends()
@@ -86,9 +99,9 @@ ends 1 "$maintsim" -u unit rm -f /dev/fpga
 echo first >unit/root/conf/followed
 timeout 20 "$maintsim" -u unit tail -n +1 -f /conf/followed >followed &
 tail=$!
-for _ in $(seq 100); do grep -q first followed && break || sleep 0.05; done
+awaits grep -q first followed
 "$maintsim" -u unit sh -c 'echo second >>/conf/followed'
-for _ in $(seq 100); do grep -q second followed && break || sleep 0.05; done
+awaits grep -q second followed
 kill "$tail"
 wait "$tail" || true
 [ "$(cat followed)" = "$(printf 'first\nsecond')" ] || fail "tail -f shows '$(cat followed)'"
@@ -129,12 +142,12 @@ if "$maintsim" -u unit sh -c 'case $LD_PRELOAD in *libmaintsim_preload.so*) exit
     shows '' "$maintsim" -u unit sh -c 'date -s @1000000000 >/dev/null'
     shows '2001' "$maintsim" -u unit date +%Y
     now=$("$maintsim" -u unit sh -c 'date +%s')
-    [ "$now" -ge 1000000000 ] && [ "$now" -lt 1000000060 ] || fail "the unit's clock says $now"
+    between 1000000000 1000000060 "$now" || fail "the unit's clock says $now"
 else
     fail "programs are not preloaded"
 fi
 after=$(date +%s)
-[ $((after - before)) -ge 0 ] && [ $((after - before)) -lt 60 ] || fail "the machine's clock was set"
+between 0 60 $((after - before)) || fail "the machine's clock was set"
 
 # A program of our own, in C, without a word about the simulation
 
@@ -167,10 +180,10 @@ shows 2222 "$maintsim" -u unit ./own
 shows 1111 "$maintsim" -u unit "$maintsim" -u other ./own
 
 # Everything that it asked is in the unit's list, the close too.
-"$maintsim" -u other calls >calls
-grep -c 'own: open /dev/fpga O_RDWR$' calls >count || true
-[ "$(cat count)" -eq 2 ] || fail "the list of calls has not two opens: $(cat calls)"
-[ "$(grep -c 'own: close /dev/fpga' calls)" -eq 2 ] || fail "the list has not two closes: $(cat calls)"
+"$maintsim" -u other calls >other_calls
+grep -c 'own: open /dev/fpga O_RDWR$' other_calls >count || true
+[ "$(cat count)" -eq 2 ] || fail "the list of calls has not two opens: $(cat other_calls)"
+[ "$(grep -c 'own: close /dev/fpga' other_calls)" -eq 2 ] || fail "the list has not two closes: $(cat other_calls)"
 
 # Exit status and signals, for both kinds of unit
 
@@ -189,8 +202,8 @@ done
 # What is sent to maintsim, the program gets.
 "$maintsim" sh -c 'trap "exit 9" TERM; echo ready; while :; do sleep 0.05; done' >waiting &
 launcher=$!
-for _ in $(seq 100); do grep -q ready waiting && break || sleep 0.05; done
-[ "$(ls temporary | wc -l)" -eq 1 ] || fail "a unit for one run is not in TMPDIR"
+awaits grep -q ready waiting
+[ "$(find temporary -mindepth 1 -maxdepth 1 | wc -l)" -eq 1 ] || fail "a unit for one run is not in TMPDIR"
 kill -TERM "$launcher"
 status=0
 wait "$launcher" || status=$?
@@ -202,13 +215,14 @@ rm -f go on
 mkfifo go
 "$maintsim" sh -c 'echo $$ >on; read line <go; cat /tmp/serialno >late' &
 launcher=$!
-for _ in $(seq 100); do [ -s on ] && break || sleep 0.05; done
+awaits [ -s on ]
 kill -KILL "$launcher"
 wait "$launcher" 2>/dev/null || true
 ends 0 "$maintsim" true
-[ "$(ls temporary | wc -l)" -eq 1 ] || fail "a unit in use was removed, or is not there"
+[ "$(find temporary -mindepth 1 -maxdepth 1 | wc -l)" -eq 1 ] || fail "a unit in use was removed, or is not there"
 echo x >go
-for _ in $(seq 100); do [ -s late ] && ! kill -0 "$(cat on)" 2>/dev/null && break || sleep 0.05; done
+late_ended() { [ -s late ] && ! kill -0 "$(cat on)" 2>/dev/null; }
+awaits late_ended
 [ "$(cat late)" = "$serial" ] || fail "a program lost its unit"
 ends 0 "$maintsim" true
 [ -z "$(ls temporary)" ] || fail "an abandoned unit is left: $(ls temporary)"

@@ -31,7 +31,7 @@ for header in $headers; do
     printf '#if __has_include(<%s.h>)\n#include <%s.h>\n#endif\n' "$header" "$header"
 done >"$work/headers.c"
 "$CC" -E -P -D_GNU_SOURCE -D_LARGEFILE64_SOURCE -U_FORTIFY_SOURCE "$work/headers.c" |
-    tr '\n' ' ' | tr ';{}' '\n\n\n' |
+    tr '\n' ' ' | tr ';{}' '\n' |
     sed -E 's/__attribute__ *\(\(([^()]|\([^()]*\))*\)\)//g; s/__asm__ *\([^)]*\)//g' |
     sed -nE 's/^ *extern .*[ *]([a-zA-Z_][a-zA-Z_0-9]*) *\((.*)\) *$/\1 \2/p' >"$work/declared"
 # A path is text; of what may be a descriptor, the headers say so by the name.

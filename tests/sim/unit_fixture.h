@@ -26,7 +26,7 @@ class UnitTest : public testing::Test
 
     [[nodiscard]] std::string make(const std::string& name, const UnitState& state = {}) const
     {
-        const std::string path = top + "/" + name;
+        std::string path = top + "/" + name;
         std::filesystem::create_directory(path);
         std::string error;
         EXPECT_TRUE(unit_create(path, state, error)) << error;

@@ -23,7 +23,8 @@ DESCRIPTION
     Runs a program on a simulated unit: /dev/fpga, /dev/rtc, /dev/mtd_systemlog,
     /conf and the unit's own files in /tmp lead into the folder DIR. It needs no
     rights, and no program has to be built for it; but it must be linked
-    dynamically. Without -u, it runs on a new unit that is gone afterwards.
+    dynamically. Without -u, it runs on a new unit that is gone afterwards: it
+    stands in the folder that TMPDIR names, or in /tmp.
     Several programs at once can use one unit.
 
     new           makes a unit              show   the state of its devices
@@ -41,8 +42,9 @@ OPTIONS
     -V, --version    the version
 
 EXIT STATUS
-    That of the program. 64 for a wrong call, 1 for any other failure of
-    maintsim.
+    That of the program. 64 for a wrong call of maintsim, 126 for a program that
+    cannot run on a unit, 127 for one that is not there, 1 for any other failure
+    of maintsim.
 
 EXAMPLES
     maintsim maintctl status

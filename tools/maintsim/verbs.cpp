@@ -581,15 +581,17 @@ SYNOPSIS
 
 DESCRIPTION
     Requests REQUEST fail with -1, and do not reach the device. REQUEST is a
-    number as 0x6B42 or a name as register-read; `calls` tells both.
+    number as 0x6B42 or a name as register-read; `calls` tells both. The library
+    tries a failed command once more, so that its caller is told of a failure
+    that lasts for two requests.
 
 OPTIONS
-    --nth N       from the Nth such request on; otherwise the next one
+    --nth N       from the Nth such request on; otherwise from the next one on
     --for COUNT   so many in all; 0: all; otherwise one
     --errno NAME  the error; otherwise EIO
 
 EXAMPLE
-    maintsim -u unit fail register-read --nth 2 --for 1 --errno EBUSY
+    maintsim -u unit fail register-read --for 2 --errno EBUSY
 )",
      fail_run},
     {"calls",
