@@ -29,6 +29,14 @@ void bytes_put(char* record, size_t offset, const FpgaModel::Record& held, size_
     }
 }
 
+// What a table holds under a key. Reading adds no entry to it: a state is what was put or written.
+template <class Table, class Key>
+typename Table::mapped_type held(const Table& table, const Key& key)
+{
+    const auto entry = table.find(key);
+    return entry == table.end() ? typename Table::mapped_type{} : entry->second;
+}
+
 // A word that is written with a request of its own shows under the request that reads it.
 uint32_t word_of_write(uint32_t request)
 {
@@ -69,11 +77,11 @@ int FpgaModel::serve(const RequestForm& form, char* record, uint32_t value)
     switch (form.argument) {
     case Argument::kWord:
         long_fill(form.number, record);
-        number_put(record, 0, static_cast<uint16_t>(words[form.number]));
+        number_put(record, 0, static_cast<uint16_t>(held(words, form.number)));
         break;
     case Argument::kMap:
         long_fill(form.number, record);
-        number_put(record, 0, words[form.number]);
+        number_put(record, 0, held(words, form.number));
         break;
     case Argument::kValue:
         words[word_of_write(form.number)] =
@@ -123,32 +131,33 @@ void FpgaModel::serve_record(const RequestForm& form, char* record)
         own_address.assign(record, 4);
         break;
     case 0x6B39:
-        bytes_put(record, 8, addresses[key], 0, 4);
+        bytes_put(record, 8, held(addresses, key), 0, 4);
         break;
     case 0x6B3A:
         addresses[key].assign(record + 8, 4);
         written[request].assign(record, 36);
         break;
     case 0x6B3E: {
-        const auto& [first, second] = unit_words[{key, number_at<uint16_t>(record, 8)}];
+        const auto [first, second] =
+            held(unit_words, std::pair(key, number_at<uint16_t>(record, 8)));
         number_put(record, 4, first);
         number_put(record, 6, second);
         break;
     }
     case 0x6B42:
-        number_put(record, 4, static_cast<uint32_t>(register_high) << 16 | registers[key]);
+        number_put(record, 4, static_cast<uint32_t>(register_high) << 16 | held(registers, key));
         break;
     case 0x6B43:
         registers[key] = number_at<uint16_t>(record, 4);
         break;
     case 0x6B4A:
-        bytes_put(record, 2, id_entries[first16], 2, 10);
+        bytes_put(record, 2, held(id_entries, first16), 2, 10);
         break;
     case 0x6B4B:
         id_entries[first16].assign(record, 12);
         break;
     case 0x6B4C:
-        number_put(record, 12, id_values[key]);
+        number_put(record, 12, held(id_values, key));
         break;
     case 0x6B5C:
         bytes_put(record, 0, own_address_set, 0, 16);
@@ -157,14 +166,14 @@ void FpgaModel::serve_record(const RequestForm& form, char* record)
         own_address_set.assign(record, 16);
         break;
     case 0x6B5E:
-        bytes_put(record, 12, address_sets[key], 0, 16);
+        bytes_put(record, 12, held(address_sets, key), 0, 16);
         break;
     case 0x6B5F:
         address_sets[key].assign(record + 12, 16);
         written[request].assign(record, 36);
         break;
     case 0x6B60:
-        number_put(record, 4, port_entries[first16]);
+        number_put(record, 4, held(port_entries, first16));
         break;
     case 0x6B61:
     case 0x6B63:
@@ -172,55 +181,58 @@ void FpgaModel::serve_record(const RequestForm& form, char* record)
         written[request].assign(record, 8);
         break;
     case 0x6B67:
-        bytes_put(record, 8, address_pairs[key], 8, 12);
+        bytes_put(record, 8, held(address_pairs, key), 8, 12);
         break;
     case 0x6B68:
         address_pairs[key].assign(record, 20);
         break;
     case 0x6B6A:
-        bytes_put(record, 2, rules[first16], 2, 78);
+        bytes_put(record, 2, held(rules, first16), 2, 78);
         break;
     case 0x6B6B:
         rules[first16].assign(record, 80);
         break;
     case 0x6B72:
-        bytes_put(record, 1, switch_ports[static_cast<uint8_t>(record[0])], 1, 7);
+        bytes_put(record, 1, held(switch_ports, static_cast<uint8_t>(record[0])), 1, 7);
         break;
     case 0x6B73:
         switch_ports[static_cast<uint8_t>(record[0])].assign(record, 8);
         break;
     case 0x6B83:
-        number_put(record, 4, indexed_words[key]);
+        number_put(record, 4, held(indexed_words, key));
         break;
     case 0x6B84:
         indexed_words[key] = number_at<uint32_t>(record, 4);
         break;
     case 0x6B85:
-        bytes_put(record, 4, address_table[key], 4, 20);
+        bytes_put(record, 4, held(address_table, key), 4, 20);
         break;
     case 0x6B86:
         address_table[key].assign(record, 24);
         break;
     case 0x6B87:
     case 0x6B98:
-        number_put(record, 6, phys[first16].at(number_at<uint16_t>(record, 2)));
+        number_put(record, 6, held(phys, first16).at(number_at<uint16_t>(record, 2)));
         break;
     case 0x6B88:
     case 0x6B99:
+        held(phys, first16).at(number_at<uint16_t>(record, 2)); // else it has no such register
         phys[first16].at(number_at<uint16_t>(record, 2)) = number_at<uint16_t>(record, 4);
         break;
     case 0x6B9A:
     case 0x6BA0: {
-        auto& held = request == 0x6B9A ? counters : counters_alt;
-        uint32_t& counter = held[{key, number_at<uint32_t>(record, 8)}];
-        number_put(record, 4, counter);
-        counter = 0; // a counter restarts when it is read
+        auto& table = request == 0x6B9A ? counters : counters_alt;
+        const auto counter = table.find({key, number_at<uint32_t>(record, 8)});
+        number_put(record, 4, counter == table.end() ? 0U : counter->second);
+        if (counter != table.end()) {
+            counter->second = 0; // a counter restarts when it is read
+        }
         break;
     }
     case 0x6B9F:
     case 0x6BA1: {
-        auto& held = request == 0x6B9F ? counters : counters_alt;
-        held[{key, number_at<uint32_t>(record, 8)}] = number_at<uint32_t>(record, 4);
+        auto& table = request == 0x6B9F ? counters : counters_alt;
+        table[{key, number_at<uint32_t>(record, 8)}] = number_at<uint32_t>(record, 4);
         break;
     }
     default:

@@ -6,15 +6,10 @@
 namespace
 {
 
-constexpr uint32_t kTimeRead = 0x80247009;
-constexpr uint32_t kTimeWrite = 0x4024700A;
-constexpr uint32_t kStatusRead = 0x80047013;
-constexpr uint32_t kStatusWrite = 0x40047014;
-
-constexpr RequestForm kRequests[] = {{kTimeRead, Argument::kRecord, 36, 0, 36},
-                                     {kTimeWrite, Argument::kRecord, 36, 0, 0},
-                                     {kStatusRead, Argument::kRecord, 4, 0, 4},
-                                     {kStatusWrite, Argument::kRecord, 4, 0, 0}};
+constexpr RequestForm kRequests[] = {{kRtcTimeRead, Argument::kRecord, 36, 0, 36},
+                                     {kRtcTimeWrite, Argument::kRecord, 36, 0, 0},
+                                     {kRtcStatusRead, Argument::kRecord, 4, 0, 4},
+                                     {kRtcStatusWrite, Argument::kRecord, 4, 0, 0}};
 
 } // namespace
 
@@ -28,16 +23,16 @@ const RequestForm* rtcRequestForm_find(uint32_t number)
 int RtcModel::serve(const RequestForm& form, char* record)
 {
     switch (form.number) {
-    case kTimeRead:
+    case kRtcTimeRead:
         memcpy(record, time.data(), sizeof time);
         break;
-    case kTimeWrite:
+    case kRtcTimeWrite:
         memcpy(time.data(), record, sizeof time);
         if (overwrites) {
             memset(record, 0x11, sizeof time);
         }
         break;
-    case kStatusRead:
+    case kRtcStatusRead:
         memcpy(record, &status, sizeof status);
         break;
     default:

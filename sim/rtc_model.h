@@ -6,7 +6,13 @@
 
 #include "sim/fpga_model.h"
 
-// The form of one of the driver's requests, or null.
+// The driver's requests.
+constexpr uint32_t kRtcTimeRead = 0x80247009;
+constexpr uint32_t kRtcTimeWrite = 0x4024700A;
+constexpr uint32_t kRtcStatusRead = 0x80047013;
+constexpr uint32_t kRtcStatusWrite = 0x40047014;
+
+// The form of one of them, or null.
 const RequestForm* rtcRequestForm_find(uint32_t number);
 
 struct RtcModel {

@@ -8,18 +8,12 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <time.h>
 
 #include "maint/system_log.h"
 #include "records_checksum.h"
+#include "sample_image.h"
 
-enum {
-    HEADER_SIZE = 12,
-    STAMP_LENGTH = 19,
-    EVENTS_MAX = 100000, /* a hundred times around the ring */
-    SHOWN_AT_EACH_END = 4,
-    EXIT_USAGE = 2
-};
+enum { HEADER_SIZE = 12, SHOWN_AT_EACH_END = 4, EXIT_USAGE = 2 };
 
 typedef struct Log {
     SystemLogHeader header;
@@ -29,12 +23,6 @@ typedef struct Log {
 
 /* Bytes ------------------------------------------------------------------------------------ */
 
-static void put16(unsigned char* at, unsigned value)
-{
-    at[0] = (unsigned char)(value & 0xFFU);
-    at[1] = (unsigned char)(value >> 8 & 0xFFU);
-}
-
 static unsigned get16(const unsigned char* at)
 {
     return at[0] | (unsigned)at[1] << 8;
@@ -43,91 +31,6 @@ static unsigned get16(const unsigned char* at)
 static size_t records_size(const Log* log)
 {
     return (size_t)log->header.number * SYSTEM_LOG_RECORD_SIZE;
-}
-
-/* Making ----------------------------------------------------------------------------------- */
-
-/* What the appliance has to tell; %u is a small number that varies from event to event. */
-static const char* const events[] = {
-    "link up : LAN port %u (100 Mbps, full duplex)",
-    "link down : LAN port %u",
-    "PPPoE session up, MTU 1454, attempt %u",
-    "PPPoE session down, echo requests unanswered : %u",
-    "VPN tunnel to site %02u established",
-    "VPN tunnel to site %02u lost, rekeying",
-    "clock set by NTP, offset %u ms",
-    "configuration saved to flash, generation %u",
-    "login on the maintenance console, session %u",
-    "bandwidth limit changed, table entry %u",
-    "address table full, oldest entry dropped, unit %u",
-    "temperature back in range, sensor %u",
-    "GetIniFileString : 001 : /tmp/mtu_datasize.%u file open error",
-    "cold start, reset cause %u",
-};
-
-/* The same sequence at every run and on every machine. */
-static unsigned next_random(unsigned* state)
-{
-    *state = (*state * 1103515245U + 12345U) & 0x7FFFFFFFU;
-    return *state >> 12;
-}
-
-static void record_write(unsigned char* record, time_t when, const char* message)
-{
-    char stamp[STAMP_LENGTH + 1];
-    char line[SYSTEM_LOG_RECORD_SIZE + 1];
-    strftime(stamp, sizeof stamp, "%Y/%m/%d %H:%M:%S", gmtime(&when));
-    snprintf(line, sizeof line, "%s %-*.*s\n", stamp, SYSTEM_LOG_MESSAGE_LENGTH,
-             SYSTEM_LOG_MESSAGE_LENGTH, message);
-    memcpy(record, line, SYSTEM_LOG_RECORD_SIZE);
-}
-
-/* Logs `count` events one after another, around the ring as often as it takes. */
-static void log_fill(Log* log, unsigned count, uint32_t seq)
-{
-    unsigned state = 1;
-    time_t when = 1141203907; /* 2006-03-01 09:05:07 */
-    unsigned i;
-    memset(log, 0, sizeof *log);
-    for (i = 0; i < count; ++i) {
-        char message[SYSTEM_LOG_MESSAGE_LENGTH + 1];
-        const char* event = events[next_random(&state) % (sizeof events / sizeof events[0])];
-        snprintf(message, sizeof message, event, 1 + next_random(&state) % 8);
-        record_write(log->records + (size_t)(i % SYSTEM_LOG_SLOTS) * (size_t)SYSTEM_LOG_RECORD_SIZE,
-                     when, message);
-        when += (time_t)(1 + next_random(&state) % 7200);
-    }
-    log->header.seq_num = seq;
-    log->header.number = (uint16_t)(count < SYSTEM_LOG_SLOTS ? count : SYSTEM_LOG_SLOTS);
-    /* 1 .. 1000 once the ring is full: 1000 goes back to slot 0 at the next write only. */
-    log->header.location = (uint16_t)(count == 0 ? 0 : (count - 1) % SYSTEM_LOG_SLOTS + 1);
-    log->header.version = SYSTEM_LOG_VERSION;
-    log->header.checksum =
-        (uint16_t)(count == 0 ? 0 : records_checksum(log->records, records_size(log)));
-}
-
-static int log_write(const Log* log, const char* path)
-{
-    unsigned char head[HEADER_SIZE];
-    FILE* file = fopen(path, "wb");
-    int good;
-    if (file == NULL) {
-        perror(path);
-        return EXIT_FAILURE;
-    }
-    put16(head, log->header.seq_num & 0xFFFFU);
-    put16(head + 2, log->header.seq_num >> 16);
-    put16(head + 4, log->header.number);
-    put16(head + 6, log->header.location);
-    put16(head + 8, log->header.version);
-    put16(head + 10, log->header.checksum);
-    good = fwrite(head, sizeof head, 1, file) == 1 &&
-           fwrite(log->records, 1, records_size(log), file) == records_size(log);
-    if (fclose(file) != 0 || !good) {
-        perror(path);
-        return EXIT_FAILURE;
-    }
-    return EXIT_SUCCESS;
 }
 
 /* Reading ---------------------------------------------------------------------------------- */
@@ -316,7 +219,7 @@ static int help(void)
            "\n"
            "Exit status: 0; 1 for a file that is damaged, that the boot refuses or that cannot be "
            "read or\nwritten; 2 for wrong use.\n",
-           usage_lines, EVENTS_MAX, SYSTEM_LOG_SLOTS, (unsigned long)SYSTEM_LOG_SEQ_ERASED,
+           usage_lines, SAMPLE_EVENTS_MAX, SYSTEM_LOG_SLOTS, (unsigned long)SYSTEM_LOG_SEQ_ERASED,
            (unsigned long)SYSTEM_LOG_SEQ_ERASED);
     return EXIT_SUCCESS;
 }
@@ -396,12 +299,15 @@ int main(int argc, char** argv)
         return wrong_use("the name FILE is empty", NULL);
     }
     if (strcmp(command->name, "make") == 0) {
-        if (!number_parse("COUNT", argv[3], EVENTS_MAX, &count) ||
+        if (!number_parse("COUNT", argv[3], SAMPLE_EVENTS_MAX, &count) ||
             (argc == 5 && !number_parse("SEQ", argv[4], SYSTEM_LOG_SEQ_ERASED, &seq))) {
             return EXIT_USAGE;
         }
-        log_fill(&log, (unsigned)count, (uint32_t)seq);
-        return log_write(&log, argv[2]);
+        if (sampleImage_write(argv[2], (unsigned)count, (uint32_t)seq) != 0) {
+            perror(argv[2]);
+            return EXIT_FAILURE;
+        }
+        return EXIT_SUCCESS;
     }
     if (log_read(&log, argv[2]) != EXIT_SUCCESS) {
         return EXIT_FAILURE;

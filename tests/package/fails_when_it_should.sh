@@ -358,14 +358,15 @@ files_fail 'device/commands/bit_word.cpp begins with the name of no header' \
 house()
 {
     rm -rf "$work/house"
-    mkdir -p "$work/house"/{maintlog,tools,device/{dispatch,commands,access},config,log,sim,tests} \
+    mkdir -p "$work/house"/{maintlog,tools/maintsim,device/{dispatch,commands,access},config,log,sim,tests} \
         "$work/house/include/maint/commands"
     cd "$work/house"
-    for folder in maintlog tools device/{dispatch,commands,access} config log sim; do
+    for folder in maintlog tools tools/maintsim device/{dispatch,commands,access} config log sim; do
         printf '#include <string.h>\n#include "%s"\n' "$folder/own.h" "maint/api.h" >"$folder/own.cpp"
         echo '#include "maint/commands/word.h"' >"$folder/own.h"
     done
     echo '#include "records.h"' >tools/records.c
+    printf '#include "%s"\n' sim/own.h tools/records.h >>tools/maintsim/own.cpp
     touch tools/records.h include/maint/api.h
     echo '#include "maint/api.h"' >include/maint/commands/word.h
     echo '#include "device/access/own.h"' >>device/commands/own.cpp
@@ -394,6 +395,11 @@ include_fails 'includes tools/records.h, which lies above it' \
     device/dispatch/own.cpp '#include "tools/records.h"'
 include_fails 'includes maintlog/own.h, which lies above it' \
     tools/records.c ' #include <maintlog/own.h>'
+include_fails 'includes tools/maintsim/own.h, which lies above it' \
+    tools/records.c '#include "tools/maintsim/own.h"'
+include_fails 'includes tools/maintsim/own.h, beyond the public headers' \
+    sim/own.cpp '#include "tools/maintsim/own.h"'
+include_fails 'includes sim/own.h, which lies on no floor' tools/records.c '#include "sim/own.h"'
 include_fails 'word.h:2 includes log/own.h, which lies above it' \
     include/maint/commands/word.h '#include "log/own.h"'
 include_fails 'api.h:1 includes include/maint/commands/word.h, which lies above it' \
@@ -559,6 +565,13 @@ if [ -n "$build" ]; then
     cp -a "$here/consumer" "$work/consumer"
     echo 'one line more' >>"$work/consumer/expected.txt"
     fails_with 'says something else' check_consumer.sh "$work/prefix" "$work/consumer"
+    if [ -e "$work/prefix/bin/maintsim" ]; then
+        passes check_consumer_on_a_unit.sh "$work/prefix" "$here/consumer"
+        fails_with 'says something else' check_consumer_on_a_unit.sh "$work/prefix" "$work/consumer"
+        fails_with 'no bin/maintsim in' check_consumer_on_a_unit.sh "$(without maintsim)" "$here/consumer"
+        fails_with 'libmaintsim_preload.so is missing' \
+            check_consumer_on_a_unit.sh "$(without libmaintsim_preload.so)" "$here/consumer"
+    fi
 fi
 
     ;;

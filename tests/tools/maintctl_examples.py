@@ -1,18 +1,19 @@
 #!/usr/bin/env python3
-"""The examples of documents, run on the simulated board: each must show what it really prints.
+"""The examples of documents, run on simulated units: each must show what it really prints.
 
-usage: maintctl_examples.py [--update] [--program PROGRAM] DOCUMENT...
+usage: maintctl_examples.py [--update] [--program PROGRAM | --path FOLDER...] DOCUMENT...
   --update    writes what was printed into the document, where it is not what stands there
   --program   maintctl_on_board, or another program that answers as maintctl; not given: the one of
               build/release
+  --path      folder of programs, as installed, to find before all others; maintsim runs them
 
 An example is a block marked "text" whose first line begins with "$ ". Each such line is run by bash,
-with maintctl in PATH; lines up to the next one are what it prints, on both outputs. A line that ends
+with the programs in PATH; lines up to the next one are what it prints, on both outputs. A line that ends
 with a backslash goes on in the next one. All examples of a document run one after another in one
-folder, which is empty at first; each call of maintctl has a new board.
+folder, which is empty at first; each call of maintctl_on_board has a new board.
 
-Not compared: how long a call took, the time over a watch, and the descriptor of a device, which is 3
-in documents. Exit status: 0, or 1 if something differs or a document has no example.
+Not compared: how long a call took, the time over a watch, the descriptor of a device, which is 3 in
+documents, the time and the process in the calls of a unit, and the time that its clock shows. Exit status: 0, or 1 if something differs or a document has no example.
 """
 import argparse
 import difflib
@@ -26,7 +27,11 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 BUILT = ROOT / "build/release/tests/tools/maintctl_on_board"
 VARYING = ((re.compile(r"  \d+ us$", re.M), "  N us"),
-           (re.compile(r"^# \d\d:\d\d:\d\d", re.M), "# HH:MM:SS"))
+           (re.compile(r"^# \d\d:\d\d:\d\d", re.M), "# HH:MM:SS"),
+           (re.compile(r"^(\d+) \d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{6} \d+ (\S+: )", re.M),
+            r"\1 TIME PID \2"),
+           (re.compile(r'"time":"[^"]*","process":\d+'), '"time":"TIME","process":0'),
+           (re.compile(r"^(clock  +)\d{4}-\d\d-\d\d \w{3} \d\d:\d\d:\d\d$", re.M), r"\1TIME"))
 DEVICE_OPENED = re.compile(r'^(open\("/dev/(?:fpga|rtc)".*\) = )10000\d\d', re.M)
 
 
@@ -99,10 +104,15 @@ def main():
     parser = argparse.ArgumentParser(usage=__doc__)
     parser.add_argument("--update", action="store_true")
     parser.add_argument("--program", default=str(BUILT))
+    parser.add_argument("--path", action="append", default=[])
     parser.add_argument("documents", nargs="+", type=pathlib.Path)
     arguments = parser.parse_args()
     program = os.path.abspath(arguments.program)
-    if not os.access(program, os.X_OK):
+    path = [os.path.abspath(folder) for folder in arguments.path]
+    for folder in path:
+        if not os.path.isdir(folder):
+            sys.exit(f"no such folder: {folder}")
+    if not path and not os.access(program, os.X_OK):
         sys.exit(f"no such program: {program}")
     failed = False
     for document in arguments.documents:
@@ -111,8 +121,9 @@ def main():
             tools = pathlib.Path(work, "bin")
             folder.mkdir()
             tools.mkdir()
-            (tools / "maintctl").symlink_to(program)
-            environment = {"PATH": f"{tools}:{os.environ['PATH']}", "LC_ALL": "C.UTF-8",
+            if not path:
+                (tools / "maintctl").symlink_to(program)
+            environment = {"PATH": ":".join([*path, str(tools), os.environ["PATH"]]), "LC_ALL": "C.UTF-8",
                            "MAINTCTL_LINES": "1", "HOME": work}
             text, findings, count = document_run(
                 document, lambda command: printed_by(command, folder, environment))

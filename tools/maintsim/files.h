@@ -1,0 +1,26 @@
+// Files of a unit's folder, by the kernel's calls themselves: in a program that maintsim runs, the C
+// library's lead into the unit.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+int64_t machine_time(); // CLOCK_REALTIME in nanoseconds
+int process_id();
+
+int file_open(const char* path, int flags, unsigned mode = 0);
+void file_close(int file);
+
+// The whole file. False: errno says why not.
+bool file_read(const std::string& path, std::string& text);
+
+// A file of this content, in place of the one that is there; nobody sees half of it. False: errno
+// says why not, and the file is as it was.
+bool file_replace(const std::string& path, std::string_view text);
+// The same in two steps: the bytes, beside the file, and then the file.
+bool file_prepare(const std::string& path, std::string_view text);
+bool file_takePrepared(const std::string& path);
+
+// To standard error, as far as it takes it.
+void standardError_write(std::string_view text);
