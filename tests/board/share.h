@@ -1,28 +1,40 @@
-// How much of a long loop the tests go through: all of it on the machine that they were built on,
-// and a share under an emulator, which takes some 20 times as long. The share is for what depends on
-// the processor and the C library; the rest is the same source with other numbers.
+// How much of a long loop the tests go through. MAINT_TESTS_ALL in the environment, which the preset
+// "all" sets, asks for all of it; otherwise it is a share, and a smaller one under an emulator or a
+// sanitizer, which take many times as long.
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 
-#ifdef MAINT_TESTS_EMULATED
-// Odd and below 256: both bytes of a word take all their values.
-constexpr uint32_t kWordStep = 61;
-constexpr uint32_t kRoundsPerRound = 20;
-#else
-constexpr uint32_t kWordStep = 1;
-constexpr uint32_t kRoundsPerRound = 1;
-#endif
+struct LoopShare {
+    // Between two words of 16 bits. Odd and below 256: both bytes of a word take all their values.
+    uint32_t wordStep;
+    uint32_t roundsPerRound;
+};
 
-// Of so many rounds with drawn values.
-constexpr uint32_t share_of(uint32_t rounds)
+inline LoopShare loopShare_asked()
 {
-    return rounds / kRoundsPerRound;
+    if (getenv("MAINT_TESTS_ALL") != nullptr) {
+        return {1, 1};
+    }
+#if defined(MAINT_TESTS_EMULATED) || defined(__SANITIZE_ADDRESS__)
+    return {61, 20};
+#else
+    return {13, 4};
+#endif
 }
 
-// Words of 16 bits, kWordStep apart, and the last.
-constexpr uint32_t kWordsTried = UINT16_MAX / kWordStep + (UINT16_MAX % kWordStep == 0 ? 1 : 2);
-constexpr uint32_t wordTried_after(uint32_t word)
+inline const LoopShare kLoopShare = loopShare_asked();
+
+// Of so many rounds with drawn values.
+inline uint32_t share_of(uint32_t rounds)
 {
-    return word < UINT16_MAX && word + kWordStep > UINT16_MAX ? UINT16_MAX : word + kWordStep;
+    return rounds / kLoopShare.roundsPerRound;
+}
+
+// Words of 16 bits, a step apart, and the last.
+inline uint32_t wordTried_after(uint32_t word)
+{
+    const uint32_t step = kLoopShare.wordStep;
+    return word < UINT16_MAX && word + step > UINT16_MAX ? UINT16_MAX : word + step;
 }

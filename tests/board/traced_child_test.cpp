@@ -8,14 +8,15 @@
 namespace
 {
 
-constexpr const char* kFile = "/tmp/traced";
+constexpr const char* kTracedFile = "/tmp/traced";
 
 struct TracedChild : TracedTest {
     // Writes "abc", a letter a system call; the console write and the memory are not the board's.
     [[nodiscard]] std::function<int()> letters() const
     {
         return [this] {
-            const int file = open(board.host(kFile).c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+            const int file =
+                open(board.host(kTracedFile).c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
             for (const char letter : {'a', 'b', 'c'}) {
                 if (write(file, &letter, 1) != 1 || write(STDOUT_FILENO, "", 0) != 0) {
                     return 1;
@@ -33,19 +34,19 @@ TEST_F(TracedChild, IsTracedToItsEndUnharmed)
                                 "write /tmp/traced", "close /tmp/traced", "exit"}));
     EXPECT_FALSE(run.killed);
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(board.file_get(kFile), "abc");
+    EXPECT_EQ(board.file_get(kTracedFile), "abc");
 }
 
 TEST_F(TracedChild, IsKilledBeforeTheCallTakesEffect)
 {
     EXPECT_TRUE(child_killBefore(board, 0, letters()).killed);
-    EXPECT_FALSE(board.file_exists(kFile));
+    EXPECT_FALSE(board.file_exists(kTracedFile));
     constexpr const char* kLeft[] = {"", "a", "ab", "abc", "abc"};
     for (size_t call = 1; call <= 5; ++call) {
         const TracedRun run = child_killBefore(board, call, letters());
         EXPECT_TRUE(run.killed);
         EXPECT_EQ(run.calls.size(), call + 1);
-        EXPECT_EQ(board.file_get(kFile), kLeft[call - 1]) << "killed before call " << call;
+        EXPECT_EQ(board.file_get(kTracedFile), kLeft[call - 1]) << "killed before call " << call;
     }
 }
 
@@ -82,7 +83,7 @@ TEST_F(TracedChild, SweepHandsOutARowForEachCall)
 {
     Trace rows;
     kill_sweep(
-        board, [this] { board.file_remove(kFile); }, letters(), kLetters,
+        board, [this] { board.file_remove(kTracedFile); }, letters(), kLetters,
         [&](const KillPoint& point) { rows.emplace_back(point.left); });
     EXPECT_EQ(rows, (Trace{"absent", "", "a", "a", "abc", "abc"}));
 }

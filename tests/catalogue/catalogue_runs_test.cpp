@@ -656,7 +656,7 @@ class CatalogueRuns : public CommandTest
         size_t number = 0;
         for (const CommandGroup* group : catalogue_get()) {
             for (const CommandDescription& command : group->commands) {
-                if (number++ % kRoundsPerRound != 0) {
+                if (number++ % kLoopShare.roundsPerRound != 0) {
                     continue;
                 }
                 SCOPED_TRACE(command.name);
@@ -954,7 +954,7 @@ TEST_F(CatalogueRuns, SelectTheParts)
             ++masks;
         }
     });
-    EXPECT_TRUE(masks == 17 || kRoundsPerRound != 1) << masks;
+    EXPECT_TRUE(masks == 17 || kLoopShare.roundsPerRound != 1) << masks;
 }
 
 // What a result's meaning may say of a call whose failure gives it; typed in by hand.
@@ -1043,7 +1043,7 @@ TEST_F(CatalogueRuns, SayOfEachResultWhatHasFailed)
             }
         }
     });
-    EXPECT_TRUE(told > 2000 || kRoundsPerRound != 1) << told;
+    EXPECT_TRUE(told > 2000 || kLoopShare.roundsPerRound != 1) << told;
 }
 
 // Results of the record alone, with nothing failing.

@@ -14,7 +14,7 @@ namespace
 
 using namespace std::string_literals;
 
-const Bytes kSite = hex("5B B5 F2 C5 C0 49 44 23");
+const Bytes kDrawnSite = hex("5B B5 F2 C5 C0 49 44 23");
 
 // The model ------------------------------------------------------------------------------------
 
@@ -59,7 +59,7 @@ std::optional<Bytes> model(const std::string& path, const Bytes& file, const Byt
     }
     for (; at < lines.size(); ++at) {
         const Bytes& line = lines[at];
-        if (starts(line, kSite)) {
+        if (starts(line, kDrawnSite)) {
             break;
         }
         if (starts(line, key)) {
@@ -84,7 +84,7 @@ TEST(IniFileModel, AgreesWithHandPickedFiles)
     EXPECT_EQ(model("/tmp/x", "KEY = v\n", "", "KEY"), " v");
     EXPECT_EQ(model("/tmp/x", "KEY=v", "", "KEY"), std::nullopt);
     EXPECT_EQ(model("/tmp/x", "KEY=v\n[A]\nKEY=w\n", "[A", "KEY"), "w");
-    EXPECT_EQ(model("/tmp/x", kSite + "\nKEY=v\n", "", "KEY"), std::nullopt);
+    EXPECT_EQ(model("/tmp/x", kDrawnSite + "\nKEY=v\n", "", "KEY"), std::nullopt);
     EXPECT_EQ(model("/tmp/x", Bytes(1023, 'x') + "KEY=v\n", "", "KEY"), "v");
     EXPECT_EQ(model("/tmp/x", "KEY=v\0\n"s, "", "KEY"), std::nullopt);
 }
@@ -127,9 +127,9 @@ Bytes token_file(Dice& dice)
                                             "KEY='1'\n",
                                             "KEY=2\n",
                                             "\n[A]\n",
-                                            kSite,
-                                            "\n" + kSite + "01]\n",
-                                            kSite.substr(0, 7)};
+                                            kDrawnSite,
+                                            "\n" + kDrawnSite + "01]\n",
+                                            kDrawnSite.substr(0, 7)};
     Bytes file;
     for (size_t count = dice.below(40); count > 0; --count) {
         if (dice.below(20) == 0) {
@@ -182,7 +182,7 @@ class IniFileRandom : public BoardTest
     size_t found = 0;
 };
 
-constexpr uint32_t kRounds = share_of(1500);
+const uint32_t kRounds = share_of(1500);
 const std::vector<std::string> kPaths{"/conf/config", "/tmp/x"};
 
 TEST_F(IniFileRandom, TokensInAnyOrder)
@@ -190,7 +190,8 @@ TEST_F(IniFileRandom, TokensInAnyOrder)
     Dice dice(20060301);
     for (uint32_t round = 0; round < kRounds; ++round) {
         SCOPED_TRACE(round);
-        compare(dice.one_of(kPaths), token_file(dice), {"", "[A", kSite + "01"}, {"", "KEY", "["});
+        compare(dice.one_of(kPaths), token_file(dice), {"", "[A", kDrawnSite + "01"},
+                {"", "KEY", "["});
         if (HasFatalFailure()) {
             return;
         }

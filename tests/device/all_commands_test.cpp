@@ -177,7 +177,7 @@ TEST_F(AllCommands, KeepTheirPromisesWhateverFails)
         results_.clear();
         // As many records as it takes. Calls fail with the first hundred, under an emulator with
         // three, and with others until every result has been seen.
-        constexpr int kFailing = kRoundsPerRound == 1 ? 100 : 3;
+        const int kFailing = kLoopShare.roundsPerRound == 1 ? 100 : 3;
         for (int record = 0; record < 3 || (record < kDraws && (results_ != command.results ||
                                                                 issued_ != command.requests));
              ++record) {

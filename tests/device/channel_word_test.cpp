@@ -9,8 +9,8 @@ class ChannelWords : public CommandTest
 };
 
 // The own identifier is read by another open, while the device is open already.
-const Course kOwnIdRead = {opens_to_read(), opens_to_read(kElsewhere),
-                           record_read(0x6B29, le16(0), kElsewhere), closes()};
+const Course kOwnIdAsked = {opens_to_read(), opens_to_read(kElsewhere),
+                            record_read(0x6B29, le16(0), kElsewhere), closes()};
 
 Bytes unit_request(uint32_t id)
 {
@@ -19,12 +19,12 @@ Bytes unit_request(uint32_t id)
 
 Course own_course(const Bytes& callers)
 {
-    return kOwnIdRead + Course{record_read(0x6B51, callers), closes()};
+    return kOwnIdAsked + Course{record_read(0x6B51, callers), closes()};
 }
 
 Course other_course(uint32_t id)
 {
-    return kOwnIdRead + Course{record_read(0x6B3E, unit_request(id)), closes()};
+    return kOwnIdAsked + Course{record_read(0x6B3E, unit_request(id)), closes()};
 }
 
 TEST_F(ChannelWords, TheOwnChannelWordIsFilledInTheCallersRecord)

@@ -1,4 +1,4 @@
-// Counters by index and selector, and the blocks of counter settings.
+// CounterStates by index and selector, and the blocks of counter settings.
 #include "device/commands/counter.h"
 
 #include "device/caller_memory_fixture.h"
@@ -10,7 +10,7 @@ class CounterRecords : public CallerMemoryTest
 {
 };
 
-using Counters = std::map<std::pair<uint32_t, uint32_t>, uint32_t>;
+using CounterStates = std::map<std::pair<uint32_t, uint32_t>, uint32_t>;
 
 Bytes counter_of(uint32_t index, uint32_t value, uint32_t selector)
 {
@@ -32,7 +32,7 @@ Bytes block_of(size_t size)
 struct CounterRow {
     DeviceCommandCode command;
     uint32_t request;
-    Counters FpgaModel::*held;
+    CounterStates FpgaModel::*held;
 };
 
 constexpr CounterRow kReads[] = {{RD_COUNTER, 0x6B9A, &FpgaModel::counters},
@@ -107,7 +107,7 @@ TEST_F(CounterRecords, TheDriverGetsACopyOfTheCallersRecord)
     const Bytes other = counter_of(7, 8, 33);
     for (const CounterRow& row : kWrites) {
         EXPECT_EQ(run_changing(row.command, before, row.request, other), 0);
-        EXPECT_EQ((board.fpga.*row.held), (Counters{{{1, 32}, 2}}));
+        EXPECT_EQ((board.fpga.*row.held), (CounterStates{{{1, 32}, 2}}));
     }
     for (const CounterRow& row : kReads) {
         EXPECT_EQ(run_changing(row.command, before, row.request, other), 0);

@@ -13,7 +13,7 @@ constexpr const char* kMru = "/tmp/vornapppoe.mtu";
 constexpr uint32_t kLimit = 0x0056;
 constexpr uint32_t kTwin = 0x0054;
 
-const Bytes kHeld = untouched(6);
+const Bytes kHeldRecord = untouched(6);
 
 class MtuLimitTest : public CommandTest
 {
@@ -37,7 +37,7 @@ class MtuLimitTest : public CommandTest
     // The report, of which the first two bytes are not touched.
     void expect_report(uint32_t frame, uint32_t limit)
     {
-        expect_run(RD_MTU_LIMIT, kHeld, 0, untouched(2) + le16(frame) + le16(limit));
+        expect_run(RD_MTU_LIMIT, kHeldRecord, 0, untouched(2) + le16(frame) + le16(limit));
     }
 
     uint16_t& present = board.fpga.registers[kLimit];
@@ -53,11 +53,11 @@ TEST_F(MtuReport, ReadsTheRegisterAndTheConfigurationBeforeItCloses)
     config_put("A='1'\nIPSEC_ENABLE='3'\n");
     present = 1340;
     // 1340 + 26 is 6 above a multiple of 16: 10 bytes of padding.
-    prove_record(RD_MTU_LIMIT, kHeld,
+    prove_record(RD_MTU_LIMIT, kHeldRecord,
                  Course{opens_to_read(), register_read(kLimit)} +
                      course_of(lookup_calls(kConfig, 2)) + Course{closes()},
                  untouched(2) + le16(1432) + le16(1340));
-    expect_kept(RD_MTU_LIMIT, kHeld);
+    expect_kept(RD_MTU_LIMIT, kHeldRecord);
 }
 
 TEST_F(MtuReport, FillsTheFieldsOfTheRecord)

@@ -171,7 +171,7 @@ class MtuModel : public CommandTest
 // without regard to multiples of 16...
 TEST_F(MtuModel, AgreesForMtusOfTheWholeRange)
 {
-    constexpr uint32_t kStep = kWordStep > 1 ? 5 : 1;
+    const uint32_t kStep = kLoopShare.wordStep > 1 ? 5 : 1;
     std::set<uint32_t> situations;
     for (uint32_t mtu = 0; mtu <= 0xFFFF && !HasFatalFailure();
          mtu += (mtu < 4096 || mtu >= 0xF000 ? 1 : 7) * kStep) {

@@ -6,7 +6,7 @@
 namespace
 {
 
-constexpr uint32_t kRounds = share_of(300000);
+const uint32_t kConversionRounds = share_of(300000);
 
 class PrefixConversion : public DeviceTest
 {
@@ -43,7 +43,7 @@ TEST_F(PrefixConversion, AMaskWithGapsHasTheLengthOfItsLeadingOnes)
 {
     Draws draw;
     EXPECT_EQ(ones_before_zero(0xFF00FF00), 8);
-    for (uint32_t round = 0; round < kRounds; ++round) {
+    for (uint32_t round = 0; round < kConversionRounds; ++round) {
         // A run of ones, a zero, and anything behind it.
         const uint32_t run = draw() % 32;
         const uint32_t value = (kMasks[run] | (draw() & ~kMasks[run + 1])) & ~(0x80000000U >> run);

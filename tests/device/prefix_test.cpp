@@ -21,7 +21,7 @@ constexpr Set kSets[] = {
 
 const Course kRead0 = Course{opens_to_read()} + registers_read(0x0100, 4) + Course{closes()};
 const Course kRead1 = Course{opens_to_read()} + registers_read(0x0108, 4) + Course{closes()};
-const Bytes kCallers = untouched(16);
+const Bytes kCallersPrefix = untouched(16);
 
 // Both sets, their neighbours and the commit register.
 const Registers kHeld = {{0x00FE, 0x1111}, {0x0100, 0x0A0B}, {0x0102, 0x0C0D}, {0x0104, 0xFFFF},
@@ -36,7 +36,7 @@ class Prefix : public RegisterTest
 
     static Bytes record_of(const Set& set, uint32_t valid, const Bytes& address, uint32_t length)
     {
-        Bytes record = kCallers;
+        Bytes record = kCallersPrefix;
         bytes_put(record, set.offset, byte(valid));
         bytes_put(record, set.offset + 2, address + le16(length));
         return record;
@@ -110,8 +110,8 @@ TEST_F(Prefix, ReadingASetTellsWhyItFailed)
 // FF 00 FF 00 is 8 ones before a zero.
 TEST_F(Prefix, AReportReadsItsSet)
 {
-    prove_registers({RD_PREFIX0_LENGTH, kCallers, kHeld, kRead0, report_0(20)});
-    prove_registers({RD_PREFIX1, kCallers, kHeld, kRead1, report_1(hex("AC 10 21 22"), 8)});
+    prove_registers({RD_PREFIX0_LENGTH, kCallersPrefix, kHeld, kRead0, report_0(20)});
+    prove_registers({RD_PREFIX1, kCallersPrefix, kHeld, kRead1, report_1(hex("AC 10 21 22"), 8)});
 }
 
 TEST_F(Prefix, EveryRegisterValueIsReported)
@@ -126,8 +126,9 @@ TEST_F(Prefix, EveryRegisterValueIsReported)
             board.fpga.registers[set.mask[1]] = word;
         }
         const uint32_t mask = first * 0x10000U + word;
-        ASSERT_EQ(record_after(RD_PREFIX0_LENGTH, kCallers), report_0(ones_before_zero(mask)));
-        ASSERT_EQ(record_after(RD_PREFIX1, kCallers),
+        ASSERT_EQ(record_after(RD_PREFIX0_LENGTH, kCallersPrefix),
+                  report_0(ones_before_zero(mask)));
+        ASSERT_EQ(record_after(RD_PREFIX1, kCallersPrefix),
                   report_1(big16(word) + big16(other), ones_before_zero(mask)));
     });
 }
@@ -255,8 +256,8 @@ TEST_F(Prefix, WhatWasWrittenIsReported)
         for (const Set& set : kSets) {
             EXPECT_EQ(run(set.write, record_of(set, 0, address, length)), 0);
         }
-        expect_run(RD_PREFIX0_LENGTH, kCallers, 0, report_0(length));
-        expect_run(RD_PREFIX1, kCallers, 0, report_1(address, length));
+        expect_run(RD_PREFIX0_LENGTH, kCallersPrefix, 0, report_0(length));
+        expect_run(RD_PREFIX1, kCallersPrefix, 0, report_1(address, length));
     }
 }
 

@@ -107,7 +107,7 @@ TEST_F(RegisterState, EveryStateOtherThanTheNamedIsWrittenAsZeroIs)
     for (const StateRow& row : kStates) {
         for (const uint16_t word : kStateWords) {
             const uint32_t last = row.size == 1 ? UINT8_MAX : UINT16_MAX;
-            const uint32_t step = row.size == 1 ? 1 : kWordStep;
+            const uint32_t step = row.size == 1 ? 1 : kLoopShare.wordStep;
             for (uint32_t state = 0; state <= last; state += step) {
                 at(row.address) = word;
                 board.recording = false;

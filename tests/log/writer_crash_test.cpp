@@ -35,7 +35,7 @@ Bytes records_with(const Append& append, size_t slot, const Bytes& record)
     return records.replace(slot * record.size(), record.size(), record);
 }
 
-constexpr const char* kPrevious = "the previous log";
+constexpr const char* kPreviousLog = "the previous log";
 constexpr const char* kUncounted = "the record under the old header";
 constexpr const char* kAppended = "the record appended";
 constexpr const char* kInItsSlot = "the next record in its slot";
@@ -43,7 +43,7 @@ constexpr const char* kBehindIt = "the next record behind it";
 
 Bytes log_in(const Append& append, const std::string& state)
 {
-    if (state == kPrevious) {
+    if (state == kPreviousLog) {
         return append.header + append.records;
     }
     if (state == kUncounted) {
@@ -62,10 +62,10 @@ Bytes log_in(const Append& append, const std::string& state)
 
 // Killed before                    leaves      and after the next append
 constexpr KillPoint kSystemLogPoints[] = {
-    {"open /conf/system.log", kOnce, kPrevious, kInItsSlot},
-    {"lock /conf/system.log", kOnce, kPrevious, kInItsSlot},
-    {"read /conf/system.log", kEach, kPrevious, kInItsSlot},
-    {"write /conf/system.log", kOnce, kPrevious, kInItsSlot},
+    {"open /conf/system.log", kOnce, kPreviousLog, kInItsSlot},
+    {"lock /conf/system.log", kOnce, kPreviousLog, kInItsSlot},
+    {"read /conf/system.log", kEach, kPreviousLog, kInItsSlot},
+    {"write /conf/system.log", kOnce, kPreviousLog, kInItsSlot},
     {"write /conf/system.log", kOnce, kUncounted, kInItsSlot},
     {"close /conf/system.log", kOnce, kAppended, kBehindIt},
     {"exit", kOnce, kAppended, kBehindIt},
@@ -125,14 +125,14 @@ struct UserLogPoint {
     const char* marker; // null: as it was
 };
 constexpr UserLogPoint kUserLogPoints[] = {
-    {{"create /tmp/flashsave", kOnce, kPrevious, kInItsSlot}, nullptr},
-    {{"lock /tmp/flashsave", kOnce, kPrevious, kInItsSlot}, ""},
-    {{"write /tmp/flashsave", kOnce, kPrevious, kInItsSlot}, ""},
-    {{"close /tmp/flashsave", kOnce, kPrevious, kInItsSlot}, "\x01"},
-    {{"open /conf/user.log", kOnce, kPrevious, kInItsSlot}, "\x01"},
-    {{"lock /conf/user.log", kOnce, kPrevious, kInItsSlot}, "\x01"},
-    {{"read /conf/user.log", kEach, kPrevious, kInItsSlot}, "\x01"},
-    {{"write /conf/user.log", kOnce, kPrevious, kInItsSlot}, "\x01"},
+    {{"create /tmp/flashsave", kOnce, kPreviousLog, kInItsSlot}, nullptr},
+    {{"lock /tmp/flashsave", kOnce, kPreviousLog, kInItsSlot}, ""},
+    {{"write /tmp/flashsave", kOnce, kPreviousLog, kInItsSlot}, ""},
+    {{"close /tmp/flashsave", kOnce, kPreviousLog, kInItsSlot}, "\x01"},
+    {{"open /conf/user.log", kOnce, kPreviousLog, kInItsSlot}, "\x01"},
+    {{"lock /conf/user.log", kOnce, kPreviousLog, kInItsSlot}, "\x01"},
+    {{"read /conf/user.log", kEach, kPreviousLog, kInItsSlot}, "\x01"},
+    {{"write /conf/user.log", kOnce, kPreviousLog, kInItsSlot}, "\x01"},
     {{"write /conf/user.log", kOnce, kUncounted, kInItsSlot}, "\x01"},
     {{"close /conf/user.log", kOnce, kAppended, kBehindIt}, "\x01"},
     {{"exit", kOnce, kAppended, kBehindIt}, "\x01"},

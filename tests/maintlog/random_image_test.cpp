@@ -10,7 +10,7 @@
 namespace
 {
 
-constexpr int kBoots = share_of(2500);
+const uint32_t kBoots = share_of(2500);
 
 class Draw
 {
@@ -139,8 +139,8 @@ using RandomImage = BoardTest;
 TEST_F(RandomImage, LeavesAKeptARebuiltOrAnEmptyLog)
 {
     Draw draw(20060301);
-    std::map<std::string, int> seen;
-    for (int boot = 0; boot < kBoots; ++boot) {
+    std::map<std::string, uint32_t> seen;
+    for (uint32_t boot = 0; boot < kBoots; ++boot) {
         SCOPED_TRACE("boot " + std::to_string(boot));
         std::optional<Bytes> working;
         board.file_remove(kSystemLog);

@@ -9,9 +9,9 @@ calls_allowed "$1" "$2"
 # What the compiler's start files refer to, most of it weakly.
 printf '%s\n' _ITM_deregisterTMCloneTable _ITM_registerTMCloneTable __cxa_finalize \
     __gmon_start__ __libc_start_main >>"$work/allowed"
-# ARM's refer to one more.
+# ARM's refer to one more, and its division without an instruction of the processor to another one.
 if "$READELF" -h "$3" | grep -q 'Machine: *ARM$'; then
-    echo abort >>"$work/allowed"
+    printf '%s\n' abort raise >>"$work/allowed"
 fi
 library=
 case ${4:-} in

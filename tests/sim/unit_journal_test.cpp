@@ -145,7 +145,7 @@ TEST_F(UnitTest, TellsItsCalls)
     for (size_t i = 0; i < seen.size(); ++i) {
         EXPECT_EQ(seen[i].head.sequence, i + 1);
         EXPECT_EQ(seen[i].head.process, getpid());
-        EXPECT_STREQ(seen[i].head.program, "unit_journal_te");
+        EXPECT_STREQ(seen[i].head.program, "simulated_unit_");
         EXPECT_GE(seen[i].head.time, seen[0].head.time);
     }
     EXPECT_EQ(seen[0].head.kind, EntryKind::kOpen);

@@ -5,12 +5,12 @@ namespace
 {
 
 constexpr int64_t kSecond = 1000000000;
-constexpr int64_t kNow = 1795300000 * kSecond;
+constexpr int64_t kStart = 1795300000 * kSecond;
 
 UnitAnswer register_write(UnitState& state, uint16_t value)
 {
     char record[8] = {0x58, 1, 0, 0, static_cast<char>(value), static_cast<char>(value >> 8), 0, 0};
-    return unitState_serveFpga(state, *requestForm_find(0x6B43), record, 0, kNow);
+    return unitState_serveFpga(state, *requestForm_find(0x6B43), record, 0, kStart);
 }
 
 TEST(RequestFailure, OfTheNextOneAlone)
@@ -55,9 +55,9 @@ TEST(RequestFailure, IsOfItsRequestAlone)
     char record[36];
     memcpy(record, time.data(), sizeof record);
     const RequestForm& form = *rtcRequestForm_find(kRtcTimeWrite);
-    EXPECT_EQ(unitState_serveRtc(state, form, record, kNow), (UnitAnswer{-1, EINVAL}));
+    EXPECT_EQ(unitState_serveRtc(state, form, record, kStart), (UnitAnswer{-1, EINVAL}));
     EXPECT_EQ(state.rtc.time, RtcTime{});
-    EXPECT_EQ(unitState_serveRtc(state, form, record, kNow), (UnitAnswer{0, 0}));
+    EXPECT_EQ(unitState_serveRtc(state, form, record, kStart), (UnitAnswer{0, 0}));
     EXPECT_EQ(state.rtc.time, time);
     EXPECT_EQ(state.failures.size(), 1U);
 }
@@ -67,11 +67,11 @@ TEST(RequestFailure, OfARegisterThatAPhyDoesNotHave)
     for (const uint32_t request : {0x6B87U, 0x6B88U, 0x6B98U, 0x6B99U}) {
         UnitState state;
         char record[8] = {3, 0, 32, 0, 1, 0, 0, 0};
-        EXPECT_EQ(unitState_serveFpga(state, *requestForm_find(request), record, 0, kNow),
+        EXPECT_EQ(unitState_serveFpga(state, *requestForm_find(request), record, 0, kStart),
                   (UnitAnswer{-1, EINVAL}));
         EXPECT_TRUE(state.fpga.phys.empty());
         record[2] = 31;
-        EXPECT_EQ(unitState_serveFpga(state, *requestForm_find(request), record, 0, kNow).result,
+        EXPECT_EQ(unitState_serveFpga(state, *requestForm_find(request), record, 0, kStart).result,
                   0);
     }
 }
@@ -92,7 +92,7 @@ TEST(Reading, AddsNothingToTheState)
             continue;
         }
         char record[512] = {5};
-        EXPECT_EQ(unitState_serveFpga(state, *form, record, 0, kNow).result, 0);
+        EXPECT_EQ(unitState_serveFpga(state, *form, record, 0, kStart).result, 0);
         expect_same(state, UnitState());
         ASSERT_FALSE(HasFailure()) << request;
     }
@@ -120,23 +120,23 @@ TEST(Clock, RunsFromTheTimeThatItIsSetTo)
     UnitState state;
     state.rtc_runs = true;
     const RtcTime leap_day{59, 59, 23, 28, 1, 124, 3, 58, 0}; // 2024-02-28
-    clock_write(state, leap_day, kNow);
-    EXPECT_EQ(clock_read(state, kNow), leap_day);
-    EXPECT_EQ(clock_read(state, kNow + kSecond - 1), leap_day);
-    EXPECT_EQ(clock_read(state, kNow + kSecond), (RtcTime{0, 0, 0, 29, 1, 124, 4, 59, 0}));
-    EXPECT_EQ(clock_read(state, kNow + 86401 * kSecond), (RtcTime{0, 0, 0, 1, 2, 124, 5, 60, 0}));
+    clock_write(state, leap_day, kStart);
+    EXPECT_EQ(clock_read(state, kStart), leap_day);
+    EXPECT_EQ(clock_read(state, kStart + kSecond - 1), leap_day);
+    EXPECT_EQ(clock_read(state, kStart + kSecond), (RtcTime{0, 0, 0, 29, 1, 124, 4, 59, 0}));
+    EXPECT_EQ(clock_read(state, kStart + 86401 * kSecond), (RtcTime{0, 0, 0, 1, 2, 124, 5, 60, 0}));
     // The machine's clock may be set back meanwhile.
-    EXPECT_EQ(clock_read(state, kNow - 1), (RtcTime{58, 59, 23, 28, 1, 124, 3, 58, 0}));
-    clock_write(state, leap_day, kNow + 100 * kSecond);
-    EXPECT_EQ(clock_read(state, kNow + 100 * kSecond), leap_day);
+    EXPECT_EQ(clock_read(state, kStart - 1), (RtcTime{58, 59, 23, 28, 1, 124, 3, 58, 0}));
+    clock_write(state, leap_day, kStart + 100 * kSecond);
+    EXPECT_EQ(clock_read(state, kStart + 100 * kSecond), leap_day);
 }
 
 TEST(Clock, StandsStillOtherwise)
 {
     UnitState state;
     const RtcTime time{1, 2, 3, 4, 5, 6, 7, 8, 9};
-    clock_write(state, time, kNow);
-    EXPECT_EQ(clock_read(state, kNow + 1000 * kSecond), time);
+    clock_write(state, time, kStart);
+    EXPECT_EQ(clock_read(state, kStart + 1000 * kSecond), time);
 }
 
 TEST(Clock, ThatShowsNoTimeDoesNotRun)
@@ -148,8 +148,8 @@ TEST(Clock, ThatShowsNoTimeDoesNotRun)
           RtcTime{0, 0, 0, 0, 0, 100}, RtcTime{0, 0, 0, 1, 12, 100}, RtcTime{0, 0, 0, 31, 3, 100},
           RtcTime{0, 0, 0, 1, 0, 8100}, RtcTime{-1, 0, 0, 1, 0, 100},
           RtcTime{INT32_MAX, INT32_MIN, 0, 1, 0, INT32_MAX}}) {
-        clock_write(state, time, kNow);
-        EXPECT_EQ(clock_read(state, kNow + 1000 * kSecond), time);
+        clock_write(state, time, kStart);
+        EXPECT_EQ(clock_read(state, kStart + 1000 * kSecond), time);
     }
 }
 

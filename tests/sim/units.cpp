@@ -6,7 +6,7 @@
 
 std::string Units::make(const std::string& name, const UnitState& state) const
 {
-    const std::string folder = place(name);
+    std::string folder = place(name);
     std::string error;
     NewUnit blank;
     blank.blank = true;

@@ -17,6 +17,7 @@ class Verbs : public UnitTest
     int run(const char* name, std::vector<std::string> words, const std::string& path)
     {
         std::vector<char*> pointers;
+        pointers.reserve(words.size());
         for (std::string& word : words) {
             pointers.push_back(word.data());
         }
@@ -256,19 +257,20 @@ TEST_F(Verbs, CallsAreTold)
     }
     EXPECT_EQ(
         told,
-        "1 maintsim_test: open /dev/fpga O_RDWR|O_NONBLOCK\n"
-        "2 maintsim_test: ioctl /dev/fpga 6B43 (register write) 58 01 00 00 20 00 00 00 -> 0\n"
-        "3 maintsim_test: ioctl /dev/fpga 6B42 (register read) 58 01 00 00 00 00 00 00 -> 0 58 01 "
+        "1 simulated_unit_: open /dev/fpga O_RDWR|O_NONBLOCK\n"
+        "2 simulated_unit_: ioctl /dev/fpga 6B43 (register write) 58 01 00 00 20 00 00 00 -> 0\n"
+        "3 simulated_unit_: ioctl /dev/fpga 6B42 (register read) 58 01 00 00 00 00 00 00 -> 0 58 "
+        "01 "
         "00 00 20 "
         "00 00 00\n"
-        "4 maintsim_test: ioctl /dev/fpga 6B04 (word 03 write) =1234 -> 0\n"
-        "5 maintsim_test: ioctl /dev/rtc 1234 unknown -> -1 ENOTTY\n"
-        "6 maintsim_test: close /dev/fpga\n"
-        "7 maintsim_test: set word.0x6B29=1 fail.0x6BA2=1,1,EBUSY\n"
-        "8 maintsim_test: ioctl /dev/fpga 6BA2 (driver state read) -> -1 EBUSY\n");
-    // "1 2026-11-21T10:20:30.123456 4711 maintsim_test: ..."
-    EXPECT_EQ(first.find("T"), 12U) << first;
-    EXPECT_EQ(first.substr(29, first.find(" maint") - 29), std::to_string(getpid())) << first;
+        "4 simulated_unit_: ioctl /dev/fpga 6B04 (word 03 write) =1234 -> 0\n"
+        "5 simulated_unit_: ioctl /dev/rtc 1234 unknown -> -1 ENOTTY\n"
+        "6 simulated_unit_: close /dev/fpga\n"
+        "7 simulated_unit_: set word.0x6B29=1 fail.0x6BA2=1,1,EBUSY\n"
+        "8 simulated_unit_: ioctl /dev/fpga 6BA2 (driver state read) -> -1 EBUSY\n");
+    // "1 2026-11-21T10:20:30.123456 4711 simulated_unit_: ..."
+    EXPECT_EQ(first.find('T'), 12U) << first;
+    EXPECT_EQ(first.substr(29, first.find(" simulated") - 29), std::to_string(getpid())) << first;
 }
 
 TEST_F(Verbs, CallsAreToldAsJson)
@@ -290,10 +292,9 @@ TEST_F(Verbs, CallsAreToldAsJson)
          begin = end + 1) {
         const std::string line = out.substr(begin, end - begin);
         EXPECT_TRUE(line.starts_with("{\"sequence\":")) << line;
-        EXPECT_NE(line.find(",\"process\":" + std::to_string(getpid()) +
-                            ",\"program\":\"maintsim_test\",\"call\":"),
-                  std::string::npos)
-            << line;
+        const std::string caller = ",\"process\":" + std::to_string(getpid()) +
+                                   ",\"program\":\"simulated_unit_\",\"call\":";
+        EXPECT_NE(line.find(caller), std::string::npos) << line;
         told += line.substr(line.find("\"call\"")) + "\n";
     }
     EXPECT_EQ(told, "\"call\":\"open\",\"device\":\"/dev/rtc\",\"flags\":\"O_RDONLY\"}\n"

@@ -302,7 +302,7 @@ TEST_F(LibraryCallsAlike, WhateverIsAskedOfTheLayer)
         ++count;
     };
     walk([&](const Trial& trial, const Outcome& /*outcome*/) {
-        if (HasFailure() || trials++ % kRoundsPerRound != 0) {
+        if (HasFailure() || trials++ % kLoopShare.roundsPerRound != 0) {
             return;
         }
         const size_t calls = board.calls.size();
@@ -311,7 +311,7 @@ TEST_F(LibraryCallsAlike, WhateverIsAskedOfTheLayer)
             check(trial, 1 + count % calls);
         }
     });
-    EXPECT_GT(count, 1500U / kRoundsPerRound);
+    EXPECT_GT(count, 1500U / kLoopShare.roundsPerRound);
 }
 
 } // namespace

@@ -105,7 +105,7 @@ TEST_F(LibraryCallsDry, ChangesNoDeviceAndNoFileWhateverTheCommand)
         EXPECT_EQ(difference_of(changing, reached), "");
     }
     EXPECT_EQ(difference_of(kChanging, all_held), "");
-    if (kRoundsPerRound != 1) {
+    if (kLoopShare.roundsPerRound != 1) {
         return; // too few draws for all the files
     }
     EXPECT_EQ(calls_held, (std::set<std::string>{"clock_settime", "fopen", "fwrite", "open",

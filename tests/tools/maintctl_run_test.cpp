@@ -120,7 +120,7 @@ TEST_F(Run, AValueThatAFieldDoesNotTakeIsRefusedWithoutACall)
                     continue;
                 }
                 for (const std::string& value : values_beside(field)) {
-                    if (number++ % kRoundsPerRound != 0) {
+                    if (number++ % kLoopShare.roundsPerRound != 0) {
                         continue;
                     }
                     const std::string name =
@@ -136,7 +136,7 @@ TEST_F(Run, AValueThatAFieldDoesNotTakeIsRefusedWithoutACall)
         }
     }
     EXPECT_EQ(board.calls, Trace{});
-    EXPECT_GT(refused, 700U / kRoundsPerRound);
+    EXPECT_GT(refused, 700U / kLoopShare.roundsPerRound);
 }
 
 TEST_F(Run, WhatIsReportedCanBeGivenToTheSetter)

@@ -344,7 +344,7 @@ TEST_F(Show, AnyUnitFitsTheScreen)
     verb_run(status_show);
     const size_t calls = board.call_count();
     ASSERT_GT(calls, 400U);
-    for (size_t n = 1; n <= calls; n += kRoundsPerRound) {
+    for (size_t n = 1; n <= calls; n += kLoopShare.roundsPerRound) {
         board.restart();
         board.fail_from(n);
         rows_of(verb_run(status_show));
