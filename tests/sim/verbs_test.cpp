@@ -214,12 +214,13 @@ TEST_F(Verbs, FailRefuses)
     expect_refused("fail", {}, "REQUEST is missing");
     expect_refused("fail", {"0x6B42", "0x6B43"}, "a word too many: 0x6B43");
     expect_refused("fail", {"0x6B00"}, "no such request: 0x6B00");
-    expect_refused("fail", {"0x6B42", "--nth", "0"},
-                   "fail.0x6B42=0,1,EIO: the first that fails is 1 or above");
-    expect_refused("fail", {"0x6B42", "--nth", "x"}, "fail.0x6B42=x,1,EIO: not a number: x");
-    expect_refused("fail", {"0x6B42", "--for", "-1"}, "fail.0x6B42=1,-1,EIO: not a number: -1");
-    expect_refused("fail", {"0x6B42", "--errno", "EFOO"},
-                   "fail.0x6B42=1,1,EFOO: no such error: EFOO");
+    expect_refused("fail", {"0x6B42", "--nth", "0"}, "--nth 0: the first that fails is 1 or above");
+    expect_refused("fail", {"0x6B42", "--nth", "x"}, "--nth x: not a number: x");
+    expect_refused("fail", {"0x6B42", "--for", "-1"}, "--for -1: not a number: -1");
+    expect_refused("fail", {"0x6B42", "--errno", "EFOO"}, "--errno EFOO: no such error: EFOO");
+    expect_refused("fail", {"0x6B42", "--nth=2", "--for=3", "--errno=E\n"},
+                   "--errno E?: no such error: E?");
+    EXPECT_EQ(run("show", {"fail."}), kFailed) << out; // none of them did anything
 }
 
 // A line of `calls` without the time and the process.

@@ -124,6 +124,15 @@ bool file_replace(const std::string& path, std::string_view text)
     return file_prepare(path, text) && file_takePrepared(path);
 }
 
+std::string path_shown(std::string path)
+{
+    for (char& letter : path) {
+        const auto byte = static_cast<unsigned char>(letter);
+        letter = byte < ' ' || byte == 0x7F ? '?' : letter;
+    }
+    return path;
+}
+
 void standardError_write(std::string_view text)
 {
     all_write(STDERR_FILENO, text);

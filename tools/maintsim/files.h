@@ -22,5 +22,8 @@ bool file_replace(const std::string& path, std::string_view text);
 bool file_prepare(const std::string& path, std::string_view text);
 bool file_takePrepared(const std::string& path);
 
+// A path in a line for people: whole, and in one line.
+std::string path_shown(std::string path);
+
 // To standard error, as far as it takes it.
 void standardError_write(std::string_view text);
