@@ -227,6 +227,16 @@ awaits late_ended
 ends 0 "$maintsim" true
 [ -z "$(ls temporary)" ] || fail "an abandoned unit is left: $(ls temporary)"
 
+# Many starts at once: none takes the unit of another one, which is being made, for an abandoned one.
+for _ in $(seq 5); do
+    for _ in $(seq 60); do
+        "$maintsim" true 2>>many || echo "ends with $?" >>many &
+    done
+    wait
+done
+[ ! -s many ] || fail "of many starts at once: $(cat many)"
+[ -z "$(ls temporary)" ] || fail "units of many starts are left: $(ls temporary)"
+
 # Folders of others are left alone.
 mkdir temporary/maintsim-mine
 ends 0 "$maintsim" true
@@ -298,9 +308,19 @@ else
     echo "not tried: a program with other rights"
 fi
 
-refuses 1 "$work/none:" "$maintsim" -u "$work/none" true
+refuses 1 "$work/none: no" "$maintsim" -u "$work/none" true
 mkdir plain-folder
-refuses 1 "$work/plain-folder: no" "$maintsim" -u plain-folder true
+refuses 1 'plain-folder: no' "$maintsim" -u plain-folder true
+cp -r unit rootless
+rm -r rootless/root
+refuses 1 'rootless/root/dev/fpga: No such file' "$maintsim" -u rootless true
+
+# Where no unit for one run can be made: the folder that a developer knows is named, and nothing is left.
+refuses 1 "$work/none: no unit can be made here: No such file or directory" \
+    env TMPDIR="$work/none" "$maintsim" true
+refuses 1 "$TMPDIR: no unit can be made here: File too large" \
+    bash -c 'ulimit -f 8; exec "$@"' bash "$maintsim" true
+[ -z "$(ls temporary)" ] || fail "a unit that could not be made is left: $(ls temporary)"
 
 # The preloaded object: beside the program, or as installed
 
