@@ -1,5 +1,6 @@
 // Folders that are no unit, or a damaged one: one clear line, and nothing is changed.
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include "sim/unit_fixture.h"
 
@@ -72,6 +73,15 @@ TEST_F(UnitTest, WithoutItsFilesIsNamed)
     std::filesystem::create_directory(folder + "/journal");
     EXPECT_EQ(refusal(folder), folder + "/journal: Is a directory");
     std::filesystem::remove(folder + "/journal");
+    alarm(20); // nobody waits for the other end of a pipe
+    ASSERT_EQ(mkfifo((folder + "/journal").c_str(), 0600), 0);
+    EXPECT_EQ(refusal(folder), folder + "/journal: damaged: not a file of 4198400 bytes");
+    std::filesystem::remove(folder + "/journal");
+    std::filesystem::rename(folder + "/unit", top + "/unit_file");
+    ASSERT_EQ(mkfifo((folder + "/unit").c_str(), 0600), 0);
+    EXPECT_EQ(refusal(folder), folder + ": not a simulated unit");
+    std::filesystem::rename(top + "/unit_file", folder + "/unit");
+    alarm(0);
     std::filesystem::rename(top + "/journal", folder + "/journal");
     EXPECT_EQ(refusal(folder), "opened");
 }

@@ -1,6 +1,7 @@
 // One process and one unit: what is served, kept and told.
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 
 #include "sim/unit_fixture.h"
 
@@ -62,6 +63,16 @@ TEST_F(UnitTest, KeepsWhatWasAnswered)
     }
     EXPECT_EQ(content(folder + "/state").substr(0, 46),
               "maintsim state 1 generation 1 sequence 1 items");
+}
+
+// A journal without its room would end a program, on a disk that is full, by a signal.
+TEST_F(UnitTest, HasItsRoomFromTheFirst)
+{
+    struct stat status {
+    };
+    ASSERT_EQ(stat((folder + "/journal").c_str(), &status), 0);
+    EXPECT_GE(status.st_blocks * 512, status.st_size);
+    EXPECT_GT(status.st_size, 4 << 20);
 }
 
 TEST_F(UnitTest, TellsOthersAtOnce)

@@ -319,6 +319,27 @@ TEST_F(UnitTest, IsNotHeldByTheDeadOfAnotherFolder)
     Unit* unit = open(copy);
     EXPECT_EQ(number_write(unit, 1, 5), 0);
     unit_close(unit);
+    // From then on it is the copy's own: who opens it waits.
+    *held = 0;
+    const pid_t other = start([&] {
+        Journal journal;
+        std::string fault;
+        if (!journal_open(copy + "/journal", journal, fault)) {
+            return 1;
+        }
+        *held = 1;
+        usleep(300000);
+        *held = 2;
+        journal_unlock(journal);
+        return 0;
+    });
+    while (*held == 0) {
+        usleep(1000);
+    }
+    unit = open(copy);
+    EXPECT_EQ(*held, 2);
+    unit_close(unit);
+    EXPECT_EQ(end(other), 0);
     EXPECT_EQ(refusal(folder), folder + "/journal: process " + std::to_string(holder) +
                                    " has held the unit for five seconds; it may be stopped");
     kill(holder, SIGKILL);
