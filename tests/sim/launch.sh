@@ -69,6 +69,45 @@ shows()
 "$maintsim" -u unit new
 serial=A00000001
 
+# The options of maintsim itself
+
+for words in '-u unit' '-uunit' '--unit unit' '--unit=unit' "-u $work/unit/"; do
+    # shellcheck disable=SC2086 # one word or two
+    shows 'rtc.runs=1' "$maintsim" $words show rtc.runs
+done
+refuses 64 'a program or a verb is missing; --help tells more' "$maintsim"
+refuses 64 'a program or a verb is missing; --help tells more' "$maintsim" -u unit
+refuses 64 'a program or a verb is missing; --help tells more' "$maintsim" --
+for words in '-u' '--unit' '--unit='; do
+    refuses 64 '-u needs a folder' "$maintsim" "$words"
+done
+refuses 64 '-u needs a folder' "$maintsim" -u '' show
+refuses 64 '-u is given twice' "$maintsim" -u unit --unit=other show
+refuses 64 'no such option: -x' "$maintsim" -x show
+refuses 64 'no such option: --units' "$maintsim" --units unit show
+for verb in new show set fail calls power-cycle warm-restart; do
+    refuses 64 "$verb needs a unit: -u DIR" "$maintsim" "$verb"
+    ends 0 "$maintsim" "$verb" --help
+    [ "$(sed -n 2p shown | cut -c 1-$((14 + ${#verb})))" = "    maintsim $verb " ] || fail "help of $verb: $(cat shown)"
+    ends 0 "$maintsim" -u none "$verb" -h
+    [ ! -e none ] || fail "the help of $verb makes a unit"
+done
+ends 0 "$maintsim" --help
+[ "$(head -n 2 shown)" = 'NAME
+    maintsim - a simulated unit' ] || fail "--help shows $(cat shown)"
+awk 'length($0) > 80 { bad = 1 } END { exit bad }' shown || fail "a line of --help is longer than a terminal's"
+shows "$("$maintsim" --version)" "$maintsim" -V
+[[ $(cat shown) =~ ^maintsim\ [0-9]+\.[0-9]+\.[0-9]+$ ]] || fail "the version is '$(cat shown)'"
+refuses 1 'standard output cannot be written' bash -c '"$1" --help >/dev/full' bash "$maintsim"
+refuses 1 'standard output: No space left on device' bash -c '"$1" -u unit show >/dev/full' bash "$maintsim"
+# A program that has the name of a verb; what is behind it is its own.
+printf '#!/bin/sh\necho "program $*"\n' >calls
+chmod +x calls
+shows 'program --help -u x' env PATH="$work:$PATH" "$maintsim" -u unit -- calls --help -u x
+shows 'program -x' env PATH="$work:$PATH" "$maintsim" -- calls -x
+shows 'program -h' "$maintsim" -u unit ./calls -h
+rm calls
+
 # Programs of the machine
 
 shows "$serial" "$maintsim" -u unit cat /tmp/serialno

@@ -109,6 +109,54 @@ TEST_F(UnitTest, OfThreadsKeepsEachOnesOrder)
     unit_close(unit);
 }
 
+// A call that has waited for another one has the later time.
+TEST_F(UnitTest, TellsTimesInTheOrderOfItsCalls)
+{
+    auto* released = shared_make<std::atomic<int64_t>>(1); // 1: held
+    Unit* unit = open(folder);
+    std::string error;
+    const std::function<void()> asks[] = {[&] { unit_opened(unit, UnitDevice::kFpga, O_RDWR); },
+                                          [&] { number_write(unit, 1, 1); },
+                                          [&] { unit_request(unit, UnitDevice::kFpga, 0x1234, 0); },
+                                          [&] { unit_put(unit, {"word.0x6B29=1"}, error); },
+                                          [&] {
+                                              unit_change(
+                                                  unit, "x",
+                                                  [&](UnitState&, int64_t now, std::string&) {
+                                                      EXPECT_GE(now, *released);
+                                                      return true;
+                                                  },
+                                                  error);
+                                          },
+                                          [&] { unit_closed(unit, UnitDevice::kFpga); }};
+    for (const auto& ask : asks) {
+        *released = 0;
+        const pid_t holder = start([&] {
+            Journal journal;
+            std::string fault;
+            if (!journal_open(folder + "/journal", journal, fault)) {
+                return 1;
+            }
+            *released = 1;
+            usleep(20000);
+            timespec now{};
+            clock_gettime(CLOCK_REALTIME, &now);
+            *released = now.tv_sec * 1000000000 + now.tv_nsec;
+            journal_unlock(journal);
+            return 0;
+        });
+        while (*released == 0) {
+            usleep(100);
+        }
+        ask();
+        EXPECT_EQ(end(holder), 0);
+        EXPECT_GE(calls(unit).back().head.time, *released);
+        EXPECT_GT(*released, 1);
+    }
+    EXPECT_EQ(calls(unit).size(), std::size(asks));
+    unit_close(unit);
+}
+
 // The preloaded object opens its unit under a lock that it holds for a fork, too.
 TEST_F(UnitTest, IsOpenedUnderALockThatAForkTakes)
 {

@@ -95,18 +95,23 @@ int main(int argc, char** argv)
         if (either(argv[at], "-V", "--version")) {
             return text_say("maintsim " MAINT_VERSION "\n");
         }
-        const bool joined = word.starts_with("--unit=");
+        const bool apart = either(argv[at], "-u", "--unit");
+        // What the folder begins behind, in "--unit=DIR" and "-uDIR".
+        const size_t joined = word.starts_with("--unit=") ? strlen("--unit=")
+                              : word.starts_with("-u")    ? strlen("-u")
+                                                          : 0;
         if (word == "--") {
             program = true;
-        } else if (joined || either(argv[at], "-u", "--unit")) {
+        } else if (apart || joined > 0) {
             if (!folder.empty()) {
                 return wrong_call("-u is given twice");
             }
-            if (!joined && at + 1 < argc) {
-                ++at;
+            if (!apart) {
+                folder = word.substr(joined);
+            } else if (at + 1 < argc) {
+                folder = argv[++at];
             }
-            folder = joined ? word.substr(strlen("--unit=")) : argv[at];
-            if (folder.empty() || (!joined && folder == word)) {
+            if (folder.empty()) {
                 return wrong_call("-u needs a folder");
             }
         } else {

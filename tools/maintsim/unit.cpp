@@ -432,11 +432,11 @@ bool room_make(Unit& unit, size_t size)
     return fits;
 }
 
+// The time comes with the turn: calls have their times in their order.
 EntryHead entryHead_make(EntryKind kind)
 {
     EntryHead head{};
     head.kind = kind;
-    head.time = machine_time();
     head.process = process_id();
     const std::string_view program = program_invocation_short_name;
     program.copy(head.program, sizeof head.program - 1);
@@ -514,6 +514,7 @@ int openOrClose_note(Unit* unit, EntryKind kind, UnitDevice device, int flags)
         keep.fail(errno);
         return -1;
     }
+    head.time = machine_time();
     entry_append(*unit, head, {}, {});
     return 0;
 }
@@ -527,6 +528,7 @@ int unknown_note(Unit* unit, EntryHead head)
     if (!turn_beginTold(*unit, turn, entry_size(0, 0))) {
         return errno;
     }
+    head.time = machine_time();
     entry_append(*unit, head, {}, {});
     return ENOTTY;
 }
@@ -708,6 +710,7 @@ bool unit_put(Unit* unit, const std::vector<std::string>& items, std::string& er
     if (!turn_begin(*unit, turn, entry_size(text.size(), 0), error)) {
         return false;
     }
+    head.time = machine_time();
     UnitState changed = unit->state;
     for (const std::string& item : items) {
         if (!stateText_put(changed, item, head.time, error)) {
@@ -724,11 +727,12 @@ bool unit_change(
     const std::function<bool(UnitState& state, int64_t now, std::string& error)>& change,
     std::string& error)
 {
-    const EntryHead head = entryHead_make(EntryKind::kMark);
+    EntryHead head = entryHead_make(EntryKind::kMark);
     const Turn turn(*unit);
     if (!turn_begin(*unit, turn, entry_size(mark.size(), 0), error)) {
         return false;
     }
+    head.time = machine_time();
     UnitState changed = unit->state;
     if (!change(changed, head.time, error)) {
         return false;
