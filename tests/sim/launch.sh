@@ -164,6 +164,9 @@ print(open("/tmp/serialno").read().strip(), sorted(os.listdir("/conf")), os.path
 END
     shows "$(printf "77\n%s ['config', 'statistics', 'user.log'] /" "$serial")" \
         "$maintsim" -u unit python3 ask.py
+    # Ended by a signal, and not with a number that a shell makes of it.
+    shows -15 python3 -c 'import subprocess, sys; print(subprocess.call(sys.argv[1:]))' \
+        "$maintsim" sh -c 'kill -TERM $$'
 fi
 if command -v busybox >/dev/null && "$maintsim" -u unit busybox true 2>error; then
     shows "$serial" "$maintsim" -u unit busybox cat /tmp/serialno
@@ -249,6 +252,20 @@ wait "$launcher" || status=$?
 [ "$status" -eq 9 ] || fail "a signal is not passed on: $status"
 [ -z "$(ls temporary)" ] || fail "a unit for one run is left after a signal"
 
+# Nor does it depend on what its caller does with ended programs.
+ends 7 timeout 20 env --ignore-signal=CHLD "$maintsim" sh -c 'exit 7'
+
+# As the program stands, so does maintsim; then both go on.
+stands() { grep -q ') T ' "/proc/$launcher/stat"; }
+"$maintsim" sh -c 'kill -STOP $$; exit 5' &
+launcher=$!
+awaits stands
+stands || fail "maintsim goes on while its program stands"
+kill -CONT "$launcher"
+status=0
+wait "$launcher" || status=$?
+[ "$status" -eq 5 ] || fail "a program that stood ends with $status"
+
 # A killed maintsim leaves its unit to the program; the next start removes it when that has ended.
 rm -f go on
 mkfifo go
@@ -281,6 +298,12 @@ mkdir temporary/maintsim-mine
 ends 0 "$maintsim" true
 [ -d temporary/maintsim-mine ] || fail "a folder without a lock was removed"
 rmdir temporary/maintsim-mine
+mkdir linked
+touch linked/lock
+ln -s "$work/linked" temporary/maintsim-link
+ends 0 "$maintsim" true
+[ -L temporary/maintsim-link ] && [ -e linked/lock ] || fail "a link was removed, or what it leads to"
+rm temporary/maintsim-link
 
 # What is refused
 
@@ -290,8 +313,18 @@ refuses 127 './none: no such program' "$maintsim" -u unit ./none
 refuses 127 '.: no such program' env PATH=/usr/bin:/bin "$maintsim" -u unit .
 echo text >plain
 refuses 126 './plain: it may not be read and run' "$maintsim" -u unit ./plain
+# In PATH it counts only if no other one is found.
+refuses 126 'plain: it may not be read and run' env PATH="$work:/usr/bin:/bin" "$maintsim" -u unit plain
+mkdir later
+printf '#!/bin/sh\necho later\n' >later/plain
+chmod +x later/plain
+shows later env PATH="$work:$work/later:/usr/bin:/bin" "$maintsim" -u unit plain
 refuses 126 "$static is linked statically" "$maintsim" -u unit "$static"
 refuses 126 "$static is linked statically" "$maintsim" "$static"
+# By a program of the unit, too: a line each.
+ends 126 "$maintsim" -u unit sh -c '"$1"; "$1"' sh "$static"
+[ "$(grep -cx "maintsim: $static is linked statically: it would use this machine's own devices and files" error)" -eq 2 ] ||
+    fail "two refused programs: $(cat error)"
 [ -z "$(ls temporary)" ] || fail "a refused program leaves a unit"
 
 printf '#!%s\n' "$static" >script
@@ -374,6 +407,7 @@ refuses 1 "$work/with space/libmaintsim_preload.so: the loader does not take a p
 
 # Another preloaded object stays.
 shows "$object:libc.so.6" env LD_PRELOAD=libc.so.6 "$maintsim" -u unit sh -c 'echo $LD_PRELOAD'
+shows "$object" env LD_PRELOAD= "$maintsim" -u unit sh -c 'echo $LD_PRELOAD'
 shows "$work/unit" "$maintsim" -u unit sh -c 'echo $MAINTSIM_UNIT'
 
 [ "$failures" -eq 0 ]
