@@ -227,6 +227,61 @@ grep -c 'own: open /dev/fpga O_RDWR$' other_calls >count || true
 [ "$(cat count)" -eq 2 ] || fail "the list of calls has not two opens: $(cat other_calls)"
 [ "$(grep -c 'own: close /dev/fpga' other_calls)" -eq 2 ] || fail "the list has not two closes: $(cat other_calls)"
 
+# Each close once, whichever way; a descriptor that is no open device closes nothing.
+cat >closes.c <<'END'
+#define _GNU_SOURCE
+#include <errno.h>
+#include <fcntl.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+int __close(int descriptor);
+int main(void)
+{
+    uint32_t record[2] = {0x12, 0};
+    const int device = open("/dev/fpga", O_RDWR);
+    const int same = dup2(device, device);
+    const int path = open("/dev/fpga", O_PATH);
+    const int asked = ioctl(path, 0x6B42, record) == -1 && errno == EBADF;
+    close(path);
+    FILE* const stream = fopen("/dev/rtc", "re");
+    const int inherited = fcntl(fileno(stream), F_GETFD) != FD_CLOEXEC;
+    fclose(stream);
+    fclose(fopen("/dev/rtc", "w"));
+    fclose(fopen("/dev/rtc", "r+"));
+    const int replaced = open("/dev/rtc", O_RDONLY);
+    dup2(device, replaced);
+    __close(replaced);
+    const int null = open("/dev/null", O_RDONLY);
+    dup3(null, device, 0);
+    close(device);
+    close(-1);
+    return same == device && asked && !inherited ? 0 : 1;
+}
+END
+"$CC" closes.c -o closes
+"$maintsim" -u closing new
+ends 0 "$maintsim" -u closing ./closes
+told=$("$maintsim" -u closing calls | sed 's/.*closes: //')
+[ "$told" = 'open /dev/fpga O_RDWR
+open /dev/rtc O_RDONLY|O_CLOEXEC
+close /dev/rtc
+open /dev/rtc O_WRONLY
+close /dev/rtc
+open /dev/rtc O_RDWR
+close /dev/rtc
+open /dev/rtc O_RDONLY
+close /dev/rtc
+close /dev/fpga
+close /dev/fpga' ] || fail "opens and closes are $told"
+
+# A unit that breaks while it is used: a program is told of no device, and a person why.
+cp -r unit broken
+ends 1 "$maintsim" -u broken sh -c 'rm "$1"; exec cat /dev/fpga' sh "$work/broken/journal"
+[ "$(cat error)" = "maintsim: $work/broken/journal: No such file or directory
+cat: /dev/fpga: No such device or address" ] || fail "of a broken unit: $(cat error)"
+
 # Exit status and signals, for both kinds of unit
 
 for unit in '-u unit' ''; do

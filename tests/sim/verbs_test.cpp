@@ -272,6 +272,26 @@ TEST_F(Verbs, CallsAreTold)
     EXPECT_EQ(first.substr(29, first.find(" maint") - 29), std::to_string(getpid())) << first;
 }
 
+TEST_F(Verbs, CallsNameTheFlagsOfAnOpening)
+{
+    Unit* unit = open(folder);
+    const int flags[] = {O_RDONLY, O_WRONLY | O_CREAT | O_EXCL | O_TRUNC,
+                         O_RDWR | O_APPEND | O_SYNC | O_CLOEXEC, O_RDONLY | O_DSYNC | O_NOFOLLOW,
+                         O_RDONLY | O_NOCTTY | O_NONBLOCK};
+    for (const int of_one : flags) {
+        unit_opened(unit, UnitDevice::kFpga, of_one);
+    }
+    unit_close(unit);
+    EXPECT_EQ(run("calls"), 0);
+    const std::string unnamed = std::to_string(O_DSYNC);
+    for (const std::string& named :
+         {std::string("O_RDONLY"), std::string("O_WRONLY|O_CREAT|O_EXCL|O_TRUNC"),
+          std::string("O_RDWR|O_APPEND|O_SYNC|O_CLOEXEC"), "O_RDONLY|O_NOFOLLOW|" + unnamed,
+          std::string("O_RDONLY|O_NONBLOCK|O_NOCTTY")}) {
+        EXPECT_NE(out.find(": open /dev/fpga " + named + "\n"), std::string::npos) << named << out;
+    }
+}
+
 TEST_F(Verbs, CallsAreToldAsJson)
 {
     Unit* unit = open(folder);
