@@ -621,6 +621,26 @@ TEST_F(PreloadClock, NothingElseIsSet)
     EXPECT_LE(after.tv_sec - before.tv_sec, 30);
 }
 
+// A time whose parts of a second make a whole one as the machine has it is a time all the same.
+TEST_F(PreloadClock, AWaitsPartsOfASecondAreCarried)
+{
+    const std::string object = getenv("LD_PRELOAD"); // maintsim lies beside it
+    const std::string set = object.substr(0, object.rfind('/')) + "/maintsim -u " + unit_folder() +
+                            " set clock.difference=";
+    sem_t semaphore;
+    ASSERT_EQ(sem_init(&semaphore, 0, 0), 0);
+    for (const char* difference : {"-600000000", "600000000", "-1600000000", "1400000000"}) {
+        ASSERT_EQ(system((set + difference).c_str()), 0);
+        for (const long nanoseconds :
+             {0L, 399'999'999L, 400'000'000L, 600'000'000L, 999'999'999L}) {
+            const timespec past = {1000, nanoseconds};
+            errno = 0;
+            EXPECT_EQ(sem_timedwait(&semaphore, &past), -1);
+            EXPECT_EQ(errno, ETIMEDOUT) << difference << " " << nanoseconds;
+        }
+    }
+}
+
 // A wait of a tenth of a second by the unit's clock is one, wherever that clock stands.
 TEST_F(PreloadClock, WaitsEndByTheUnitsClock)
 {

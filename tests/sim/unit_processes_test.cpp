@@ -316,6 +316,15 @@ TEST_F(UnitTest, OnAFullDiskLosesNothing)
         Unit* unit = open(folder);
         const rlimit none{0, 0};
         setrlimit(RLIMIT_FSIZE, &none);
+        const std::string before = text(unit);
+        std::string error;
+        const auto change = [](UnitState& state, int64_t, std::string&) {
+            state.fpga.words[0x6B29] = 9;
+            return true;
+        };
+        if (unit_change(unit, "x", change, error) || text(unit) != before) {
+            return 4;
+        }
         uint32_t done = 0;
         // What goes to standard error is not the disk's.
         while (number_write(unit, 1, done + 1) == 0) {

@@ -188,11 +188,12 @@ TEST_F(Verbs, FailLetsRequestsFail)
     EXPECT_EQ(errno, EIO);
     EXPECT_EQ(number_write(unit, 1, 1), 0);
     EXPECT_EQ(run("fail", {"--nth=2", "0x6B84", "--for", "0", "--errno", "EBUSY"}), 0) << err;
-    EXPECT_EQ(number_write(unit, 1, 1), 0);
+    EXPECT_EQ(number_write(unit, 1, 77), 0);
     errno = 0;
     EXPECT_EQ(number_write(unit, 1, 1), -1);
     EXPECT_EQ(errno, EBUSY);
     EXPECT_EQ(number_write(unit, 1, 1), -1);
+    EXPECT_EQ(number_read(unit, 1), 77U); // the first one has reached the device, and no other
     EXPECT_EQ(run("set", {"fail.0x6B84=0"}), 0) << err;
     EXPECT_EQ(number_write(unit, 1, 1), 0);
     unit_close(unit);
