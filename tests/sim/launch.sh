@@ -191,6 +191,16 @@ fi
 after=$(date +%s)
 between 0 60 $((after - before)) || fail "the machine's clock was set"
 
+# maintsim on a unit whose clock stands elsewhere: what it sets has the machine's time, as for all others.
+ends 0 "$maintsim" -u unit sh -c 'date -s @1000000000 >/dev/null
+    "$1" -u unit set rtc.time=2020-01-02T03:04:05 rtc.runs=1 && "$1" -u other new' sh "$maintsim"
+[ ! -s error ] || fail "maintsim on a unit says $(cat error)"
+"$maintsim" -u unit show rtc.time >shown
+[[ $(cat shown) == rtc.time=2020-01-02T03:0* ]] || fail "a clock set from a unit says $(cat shown)"
+"$maintsim" -u other show rtc.time >shown
+[[ $(cat shown) == "rtc.time=$(date +%Y)"-* ]] || fail "the clock of a unit made on another says $(cat shown)"
+rm -r other
+
 # A program of our own, in C, without a word about the simulation
 
 cat >own.c <<'END'

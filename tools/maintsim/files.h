@@ -3,10 +3,14 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 #include <string_view>
 
 int64_t machine_time(); // CLOCK_REALTIME in nanoseconds
+// The function that tells it, where the C library's own leads into a unit: in maintsim, when it is
+// itself run on one. There, a look at the clock under a unit's lock would wait for that lock.
+void machineClock_use(int (*read)(clockid_t clock, timespec* time));
 int process_id();
 
 int file_open(const char* path, int flags, unsigned mode = 0);

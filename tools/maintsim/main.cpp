@@ -4,7 +4,10 @@
 #include <cstring>
 #include <string>
 
+#include <dlfcn.h>
+
 #include "sim/state_text.h"
+#include "tools/maintsim/files.h"
 #include "tools/maintsim/launch.h"
 #include "tools/maintsim/verbs.h"
 
@@ -80,10 +83,22 @@ int verb_run(const Verb& verb, const std::string& folder, Words words)
     return verb.run(folder, words);
 }
 
+// On a unit, maintsim is a program as any other; but what it keeps of a unit, the same one or another,
+// has the machine's time.
+void machineTime_find()
+{
+    void* const library = dlopen("libc.so.6", RTLD_LAZY | RTLD_NOLOAD);
+    void* const found = library == nullptr ? nullptr : dlsym(library, "clock_gettime");
+    if (found != nullptr) {
+        machineClock_use(reinterpret_cast<int (*)(clockid_t, timespec*)>(found)); // NOLINT: POSIX
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    machineTime_find();
     std::string folder;
     int at = 1;
     bool program = false; // whatever its name is

@@ -69,7 +69,7 @@ bool flash_make(const std::string& path, const NewUnit& choice, std::string& err
 
 RtcTime local_time()
 {
-    const time_t now = time(nullptr);
+    const time_t now = machine_time() / kSecond;
     tm local{};
     localtime_r(&now, &local);
     return {local.tm_sec,  local.tm_min,  local.tm_hour,
