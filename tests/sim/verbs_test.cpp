@@ -127,6 +127,15 @@ TEST_F(Verbs, NewTakesFiles)
         << err;
     EXPECT_EQ(content(path + "/root/dev/mtd_systemlog"), "an image");
     EXPECT_EQ(content(path + "/root/conf/config"), "OWN_VPN_ID='7'\n");
+    // A file that is named counts more than what a snapshot tells of it.
+    content_put(top + "/snapshot", "{\"snapshot\":1}\n{\"config\":{\"OWN_VPN_ID\":\"3\"}}\n");
+    EXPECT_EQ(run("new", {"--snapshot", top + "/snapshot"}, top + "/third"), 0) << err;
+    EXPECT_EQ(content(top + "/third/root/conf/config"), "OWN_VPN_ID='3'\n");
+    EXPECT_EQ(
+        run("new", {"--config", top + "/config", "--snapshot", top + "/snapshot"}, top + "/fourth"),
+        0)
+        << err;
+    EXPECT_EQ(content(top + "/fourth/root/conf/config"), "OWN_VPN_ID='7'\n");
 }
 
 TEST_F(Verbs, NewRefuses)
@@ -250,6 +259,7 @@ TEST_F(Verbs, CallsAreTold)
     unit_request(unit, UnitDevice::kFpga, 0x6BA2, 0);
     unit_close(unit);
     EXPECT_EQ(run("calls"), 0);
+    EXPECT_EQ(err, "");
     std::string told;
     std::string first = out.substr(0, out.find('\n'));
     for (size_t begin = 0, end = 0; (end = out.find('\n', begin)) != std::string::npos;
@@ -335,12 +345,30 @@ TEST_F(Verbs, CallsAreToldAsJson)
                     "\"call\":\"close\",\"device\":\"/dev/rtc\"}\n");
 }
 
+// The name of a program is its own; what is told of it is one line, and JSON.
+TEST_F(Verbs, CallsTellAnyNameOfAProgram)
+{
+    char* const before = program_invocation_short_name;
+    char name[] = "a\"\\\xE4\x01\nb";
+    program_invocation_short_name = name;
+    Unit* unit = open(folder);
+    unit_opened(unit, UnitDevice::kFpga, O_RDONLY);
+    unit_close(unit);
+    program_invocation_short_name = before;
+    EXPECT_EQ(run("calls", {"--json"}), 0);
+    EXPECT_NE(out.find(",\"program\":\"a\\\"\\\\\\u00e4\\u0001\\u000ab\","), std::string::npos)
+        << out;
+    EXPECT_EQ(run("calls"), 0);
+    EXPECT_NE(out.find(" a\"\\???b: open /dev/fpga"), std::string::npos) << out;
+}
+
 TEST_F(Verbs, CallsAreFollowed)
 {
     int pipes[2];
     ASSERT_EQ(pipe(pipes), 0);
     const pid_t process = start([&] {
         dup2(pipes[1], STDOUT_FILENO);
+        dup2(pipes[1], STDERR_FILENO); // nothing is noted in between
         close(pipes[0]);
         char word[] = "--follow";
         char* words[] = {word};
@@ -370,11 +398,13 @@ TEST_F(Verbs, PowerCycleLosesAndKeeps)
     content_put(root + "/conf/system.log", "log");
     content_put(root + "/tmp/flashsave", "1");
     content_put(root + "/tmp/led_rewrite_inh", "x");
+    std::filesystem::create_directories(root + "/tmp/Saveing/folder");
+    content_put(root + "/tmp/Saveing/folder/file", "x");
     content_put(root + "/conf/user.log", "kept");
     ASSERT_EQ(run("set",
                   {"word.0x6B29=9", "register.0x0999=1", "answer.0x6B02=-2", "filled.0x6B03=4",
                    "fail.0x6B07=9,1,EIO", "rtc.time=2001-02-03T04:05:06", "rtc.runs=0",
-                   "clock.difference=5"},
+                   "clock.difference=5", "fills_when_failing=1"},
                   path),
               0)
         << err;
@@ -383,8 +413,10 @@ TEST_F(Verbs, PowerCycleLosesAndKeeps)
                           "tmp/ks8995_nor.dat tmp/ks8995_pri.dat tmp/serialno ");
     EXPECT_EQ(content(root + "/conf/user.log"), "kept");
     EXPECT_EQ(run("show", {}, path), 0);
-    for (const char* item : {"word.0x6B29=0x0001", "answer.0x6B02=-2", "filled.0x6B03=4",
-                             "fail.0x6B07=9,1,EIO", "rtc.time=2001-02-03T04:05:06"}) {
+    EXPECT_FALSE(std::filesystem::exists(root + "/tmp/Saveing"));
+    for (const char* item :
+         {"word.0x6B29=0x0001", "answer.0x6B02=-2", "filled.0x6B03=4", "fills_when_failing=1",
+          "fail.0x6B07=9,1,EIO", "rtc.time=2001-02-03T04:05:06"}) {
         EXPECT_NE(out.find("\n" + std::string(item) + "\n"), std::string::npos) << item;
     }
     EXPECT_EQ(out.find("register.0x0999"), std::string::npos);
@@ -402,6 +434,29 @@ TEST_F(Verbs, PowerCycleLosesAndKeeps)
     EXPECT_LE(std::abs(unit_clockDifference(unit) / 1000000000 - difference), 1);
     EXPECT_EQ(calls(unit).back().before, "power-cycle");
     unit_close(unit);
+}
+
+// The unit's clock holds the local time, in summer the summer's.
+TEST_F(Verbs, RestartsSetTheSystemClockByTheLocalTime)
+{
+    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    tzset();
+    const struct {
+        const char* item;
+        int64_t seconds; // since 1970; 0: the machine's clock
+    } times[] = {{"rtc.time=2001-01-03T04:05:06", 978491106},
+                 {"rtc.time=2001-07-03T04:05:06", 994125906},
+                 {"rtc.time=1960-01-01T00:00:00", 0}};
+    for (const auto& [item, seconds] : times) {
+        ASSERT_EQ(run("set", {"rtc.runs=0", item, "clock.difference=5"}), 0) << err;
+        EXPECT_EQ(run("warm-restart"), 0) << err;
+        Unit* unit = open(folder);
+        const int64_t difference = seconds == 0 ? 0 : seconds - time(nullptr);
+        EXPECT_LE(std::abs(unit_clockDifference(unit) / 1000000000 - difference), 1) << item;
+        unit_close(unit);
+    }
+    unsetenv("TZ");
+    tzset();
 }
 
 TEST_F(Verbs, WarmRestartLosesNothing)
