@@ -318,7 +318,7 @@ wait "$launcher" || status=$?
 [ -z "$(ls temporary)" ] || fail "a unit for one run is left after a signal"
 
 # Nor does it depend on what its caller does with ended programs.
-ends 7 timeout 20 env --ignore-signal=CHLD "$maintsim" sh -c 'exit 7'
+ends 7 timeout -s KILL 20 env --ignore-signal=CHLD "$maintsim" sh -c 'exit 7'
 
 # As the program stands, so does maintsim; then both go on.
 stands() { grep -q ') T ' "/proc/$launcher/stat"; }
