@@ -8,13 +8,15 @@
 std::string openFlags_text(int flags)
 {
     static constexpr std::pair<int, const char*> kFlags[] = {
-        {O_CREAT, "O_CREAT"}, {O_TRUNC, "O_TRUNC"}, {O_NONBLOCK, "O_NONBLOCK"}};
+        {O_CREAT, "O_CREAT"},       {O_EXCL, "O_EXCL"},     {O_TRUNC, "O_TRUNC"},
+        {O_APPEND, "O_APPEND"},     {O_SYNC, "O_SYNC"},     {O_NONBLOCK, "O_NONBLOCK"},
+        {O_NOFOLLOW, "O_NOFOLLOW"}, {O_NOCTTY, "O_NOCTTY"}, {O_CLOEXEC, "O_CLOEXEC"}};
     std::string text = (flags & O_ACCMODE) == O_RDONLY   ? "O_RDONLY"
                        : (flags & O_ACCMODE) == O_WRONLY ? "O_WRONLY"
                                                          : "O_RDWR";
     int rest = flags & ~O_ACCMODE;
     for (const auto& [flag, name] : kFlags) {
-        if ((rest & flag) != 0) {
+        if ((rest & flag) == flag) { // O_SYNC is two bits
             text += std::string("|") + name;
             rest &= ~flag;
         }

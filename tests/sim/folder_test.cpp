@@ -158,6 +158,22 @@ TEST(Folder, ThatIsNoWholeUnitIsNamedInOneLineAndLeftAsItIs)
     }
 }
 
+// The state is whole and can be looked at; but a program would find no device.
+TEST(Folder, WithoutItsFilesRunsNoProgram)
+{
+    const Units units;
+    const std::string folder = unit_make(units, "unit");
+    fs::remove_all(folder + "/root");
+    const auto before = content_get(folder);
+    expect_oneLine(program_run(units, on_unit(folder, {"/bin/true"})),
+                   "maintsim: " + folder + "/root/dev/fpga: No such file or directory\n");
+    EXPECT_EQ(content_get(folder), before);
+    EXPECT_EQ(program_run(units, on_unit(folder, {"show"})).status, 0);
+    fs::create_directories(folder + "/root/dev/rtc");
+    expect_oneLine(program_run(units, on_unit(folder, {"/bin/true"})),
+                   "maintsim: " + folder + "/root/dev/rtc: ");
+}
+
 void user_become()
 {
     // Root may write everywhere.

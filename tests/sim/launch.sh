@@ -69,6 +69,45 @@ shows()
 "$maintsim" -u unit new
 serial=A00000001
 
+# The options of maintsim itself
+
+for words in '-u unit' '-uunit' '--unit unit' '--unit=unit' "-u $work/unit/"; do
+    # shellcheck disable=SC2086 # one word or two
+    shows 'rtc.runs=1' "$maintsim" $words show rtc.runs
+done
+refuses 64 'a program or a verb is missing; --help tells more' "$maintsim"
+refuses 64 'a program or a verb is missing; --help tells more' "$maintsim" -u unit
+refuses 64 'a program or a verb is missing; --help tells more' "$maintsim" --
+for words in '-u' '--unit' '--unit='; do
+    refuses 64 '-u needs a folder' "$maintsim" "$words"
+done
+refuses 64 '-u needs a folder' "$maintsim" -u '' show
+refuses 64 '-u is given twice' "$maintsim" -u unit --unit=other show
+refuses 64 'no such option: -x' "$maintsim" -x show
+refuses 64 'no such option: --units' "$maintsim" --units unit show
+for verb in new show set fail calls power-cycle warm-restart; do
+    refuses 64 "$verb needs a unit: -u DIR" "$maintsim" "$verb"
+    ends 0 "$maintsim" "$verb" --help
+    [ "$(sed -n 2p shown | cut -c 1-$((14 + ${#verb})))" = "    maintsim $verb " ] || fail "help of $verb: $(cat shown)"
+    ends 0 "$maintsim" -u none "$verb" -h
+    [ ! -e none ] || fail "the help of $verb makes a unit"
+done
+ends 0 "$maintsim" --help
+[ "$(head -n 2 shown)" = 'NAME
+    maintsim - a simulated unit' ] || fail "--help shows $(cat shown)"
+awk 'length($0) > 80 { bad = 1 } END { exit bad }' shown || fail "a line of --help is longer than a terminal's"
+shows "$("$maintsim" --version)" "$maintsim" -V
+[[ $(cat shown) =~ ^maintsim\ [0-9]+\.[0-9]+\.[0-9]+$ ]] || fail "the version is '$(cat shown)'"
+refuses 1 'standard output cannot be written' bash -c '"$1" --help >/dev/full' bash "$maintsim"
+refuses 1 'standard output: No space left on device' bash -c '"$1" -u unit show >/dev/full' bash "$maintsim"
+# A program that has the name of a verb; what is behind it is its own.
+printf '#!/bin/sh\necho "program $*"\n' >calls
+chmod +x calls
+shows 'program --help -u x' env PATH="$work:$PATH" "$maintsim" -u unit -- calls --help -u x
+shows 'program -x' env PATH="$work:$PATH" "$maintsim" -- calls -x
+shows 'program -h' "$maintsim" -u unit ./calls -h
+rm calls
+
 # Programs of the machine
 
 shows "$serial" "$maintsim" -u unit cat /tmp/serialno
@@ -125,6 +164,9 @@ print(open("/tmp/serialno").read().strip(), sorted(os.listdir("/conf")), os.path
 END
     shows "$(printf "77\n%s ['config', 'statistics', 'user.log'] /" "$serial")" \
         "$maintsim" -u unit python3 ask.py
+    # Ended by a signal, and not with a number that a shell makes of it.
+    shows -15 python3 -c 'import subprocess, sys; print(subprocess.call(sys.argv[1:]))' \
+        "$maintsim" sh -c 'kill -TERM $$'
 fi
 if command -v busybox >/dev/null && "$maintsim" -u unit busybox true 2>error; then
     shows "$serial" "$maintsim" -u unit busybox cat /tmp/serialno
@@ -148,6 +190,16 @@ else
 fi
 after=$(date +%s)
 between 0 60 $((after - before)) || fail "the machine's clock was set"
+
+# maintsim on a unit whose clock stands elsewhere: what it sets has the machine's time, as for all others.
+ends 0 "$maintsim" -u unit sh -c 'date -s @1000000000 >/dev/null
+    "$1" -u unit set rtc.time=2020-01-02T03:04:05 rtc.runs=1 && "$1" -u other new' sh "$maintsim"
+[ ! -s error ] || fail "maintsim on a unit says $(cat error)"
+"$maintsim" -u unit show rtc.time >shown
+[[ $(cat shown) == rtc.time=2020-01-02T03:0* ]] || fail "a clock set from a unit says $(cat shown)"
+"$maintsim" -u other show rtc.time >shown
+[[ $(cat shown) == "rtc.time=$(date +%Y)"-* ]] || fail "the clock of a unit made on another says $(cat shown)"
+rm -r other
 
 # A program of our own, in C, without a word about the simulation
 
@@ -185,6 +237,61 @@ grep -c 'own: open /dev/fpga O_RDWR$' other_calls >count || true
 [ "$(cat count)" -eq 2 ] || fail "the list of calls has not two opens: $(cat other_calls)"
 [ "$(grep -c 'own: close /dev/fpga' other_calls)" -eq 2 ] || fail "the list has not two closes: $(cat other_calls)"
 
+# Each close once, whichever way; a descriptor that is no open device closes nothing.
+cat >closes.c <<'END'
+#define _GNU_SOURCE
+#include <errno.h>
+#include <fcntl.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+int __close(int descriptor);
+int main(void)
+{
+    uint32_t record[2] = {0x12, 0};
+    const int device = open("/dev/fpga", O_RDWR);
+    const int same = dup2(device, device);
+    const int path = open("/dev/fpga", O_PATH);
+    const int asked = ioctl(path, 0x6B42, record) == -1 && errno == EBADF;
+    close(path);
+    FILE* const stream = fopen("/dev/rtc", "re");
+    const int inherited = fcntl(fileno(stream), F_GETFD) != FD_CLOEXEC;
+    fclose(stream);
+    fclose(fopen("/dev/rtc", "w"));
+    fclose(fopen("/dev/rtc", "r+"));
+    const int replaced = open("/dev/rtc", O_RDONLY);
+    dup2(device, replaced);
+    __close(replaced);
+    const int null = open("/dev/null", O_RDONLY);
+    dup3(null, device, 0);
+    close(device);
+    close(-1);
+    return same == device && asked && !inherited ? 0 : 1;
+}
+END
+"$CC" closes.c -o closes
+"$maintsim" -u closing new
+ends 0 "$maintsim" -u closing ./closes
+told=$("$maintsim" -u closing calls | sed 's/.*closes: //')
+[ "$told" = 'open /dev/fpga O_RDWR
+open /dev/rtc O_RDONLY|O_CLOEXEC
+close /dev/rtc
+open /dev/rtc O_WRONLY
+close /dev/rtc
+open /dev/rtc O_RDWR
+close /dev/rtc
+open /dev/rtc O_RDONLY
+close /dev/rtc
+close /dev/fpga
+close /dev/fpga' ] || fail "opens and closes are $told"
+
+# A unit that breaks while it is used: a program is told of no device, and a person why.
+cp -r unit broken
+ends 1 "$maintsim" -u broken sh -c 'rm "$1"; exec cat /dev/fpga' sh "$work/broken/journal"
+[ "$(cat error)" = "maintsim: $work/broken/journal: No such file or directory
+cat: /dev/fpga: No such device or address" ] || fail "of a broken unit: $(cat error)"
+
 # Exit status and signals, for both kinds of unit
 
 for unit in '-u unit' ''; do
@@ -210,6 +317,20 @@ wait "$launcher" || status=$?
 [ "$status" -eq 9 ] || fail "a signal is not passed on: $status"
 [ -z "$(ls temporary)" ] || fail "a unit for one run is left after a signal"
 
+# Nor does it depend on what its caller does with ended programs.
+ends 7 timeout -s KILL 20 env --ignore-signal=CHLD "$maintsim" sh -c 'exit 7'
+
+# As the program stands, so does maintsim; then both go on.
+stands() { grep -q ') T ' "/proc/$launcher/stat"; }
+"$maintsim" sh -c 'kill -STOP $$; exit 5' &
+launcher=$!
+awaits stands
+stands || fail "maintsim goes on while its program stands"
+kill -CONT "$launcher"
+status=0
+wait "$launcher" || status=$?
+[ "$status" -eq 5 ] || fail "a program that stood ends with $status"
+
 # A killed maintsim leaves its unit to the program; the next start removes it when that has ended.
 rm -f go on
 mkfifo go
@@ -227,11 +348,28 @@ awaits late_ended
 ends 0 "$maintsim" true
 [ -z "$(ls temporary)" ] || fail "an abandoned unit is left: $(ls temporary)"
 
+# Many starts at once: none takes the unit of another one, which is being made, for an abandoned one.
+for _ in $(seq 5); do
+    for _ in $(seq 60); do
+        "$maintsim" true 2>>many || echo "ends with $?" >>many &
+    done
+    wait
+done
+[ ! -s many ] || fail "of many starts at once: $(cat many)"
+[ -z "$(ls temporary)" ] || fail "units of many starts are left: $(ls temporary)"
+
 # Folders of others are left alone.
 mkdir temporary/maintsim-mine
 ends 0 "$maintsim" true
 [ -d temporary/maintsim-mine ] || fail "a folder without a lock was removed"
 rmdir temporary/maintsim-mine
+mkdir linked
+touch linked/lock
+ln -s "$work/linked" temporary/maintsim-link
+ends 0 "$maintsim" true
+[ -L temporary/maintsim-link ] || fail "a link was removed"
+[ -e linked/lock ] || fail "what a link leads to was removed"
+rm temporary/maintsim-link
 
 # What is refused
 
@@ -241,8 +379,18 @@ refuses 127 './none: no such program' "$maintsim" -u unit ./none
 refuses 127 '.: no such program' env PATH=/usr/bin:/bin "$maintsim" -u unit .
 echo text >plain
 refuses 126 './plain: it may not be read and run' "$maintsim" -u unit ./plain
+# In PATH it counts only if no other one is found.
+refuses 126 'plain: it may not be read and run' env PATH="$work:/usr/bin:/bin" "$maintsim" -u unit plain
+mkdir later
+printf '#!/bin/sh\necho later\n' >later/plain
+chmod +x later/plain
+shows later env PATH="$work:$work/later:/usr/bin:/bin" "$maintsim" -u unit plain
 refuses 126 "$static is linked statically" "$maintsim" -u unit "$static"
 refuses 126 "$static is linked statically" "$maintsim" "$static"
+# By a program of the unit, too: a line each.
+ends 126 "$maintsim" -u unit sh -c '"$1"; "$1"' sh "$static"
+[ "$(grep -cx "maintsim: $static is linked statically: it would use this machine's own devices and files" error)" -eq 2 ] ||
+    fail "two refused programs: $(cat error)"
 [ -z "$(ls temporary)" ] || fail "a refused program leaves a unit"
 
 printf '#!%s\n' "$static" >script
@@ -298,9 +446,19 @@ else
     echo "not tried: a program with other rights"
 fi
 
-refuses 1 "$work/none:" "$maintsim" -u "$work/none" true
+refuses 1 "$work/none: no" "$maintsim" -u "$work/none" true
 mkdir plain-folder
-refuses 1 "$work/plain-folder: no" "$maintsim" -u plain-folder true
+refuses 1 'plain-folder: no' "$maintsim" -u plain-folder true
+cp -r unit rootless
+rm -r rootless/root
+refuses 1 'rootless/root/dev/fpga: No such file' "$maintsim" -u rootless true
+
+# Where no unit for one run can be made: the folder that a developer knows is named, and nothing is left.
+refuses 1 "$work/none: no unit can be made here: No such file or directory" \
+    env TMPDIR="$work/none" "$maintsim" true
+refuses 1 "$TMPDIR: no unit can be made here: File too large" \
+    bash -c 'ulimit -f 8; exec "$@"' bash "$maintsim" true
+[ -z "$(ls temporary)" ] || fail "a unit that could not be made is left: $(ls temporary)"
 
 # The preloaded object: beside the program, or as installed
 
@@ -315,6 +473,7 @@ refuses 1 "$work/with space/libmaintsim_preload.so: the loader does not take a p
 
 # Another preloaded object stays.
 shows "$object:libc.so.6" env LD_PRELOAD=libc.so.6 "$maintsim" -u unit sh -c 'echo $LD_PRELOAD'
+shows "$object" env LD_PRELOAD= "$maintsim" -u unit sh -c 'echo $LD_PRELOAD'
 shows "$work/unit" "$maintsim" -u unit sh -c 'echo $MAINTSIM_UNIT'
 
 [ "$failures" -eq 0 ]

@@ -1,6 +1,7 @@
 // Devices and clocks of the unit, for programs in C.
 #include "sim/preload_fixture.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -315,6 +316,26 @@ TEST(PreloadDevices, DescriptorsGoWhereTheKernelTakesThem)
     EXPECT_EQ(syscall(SYS_close, copies[0]), -1);
 }
 
+// A record may lie at a page's very end, and the driver takes no byte behind it.
+TEST(PreloadDevices, ARecordEndsWithItsPage)
+{
+    auto* const pages = static_cast<char*>(
+        mmap(nullptr, 8192, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    ASSERT_EQ(mprotect(pages + 4096, 4096, PROT_NONE), 0);
+    const int device = fpga_open();
+    ASSERT_TRUE(register_set(device, 0x12, 0x77));
+    const uint32_t asked[2] = {0x12, 0};
+    char* const record = pages + 4096 - sizeof asked;
+    memcpy(record, asked, sizeof asked);
+    EXPECT_EQ(ioctl(device, 0x6B42, record), 0);
+    EXPECT_EQ(record[4], 0x77);
+    errno = 0;
+    EXPECT_EQ(ioctl(device, 0x6B42, record + 1), -1);
+    EXPECT_EQ(errno, EFAULT);
+    EXPECT_EQ(close(device), 0);
+    munmap(pages, 8192);
+}
+
 TEST(PreloadDevices, ThreadsAndForksAskAtOnce)
 {
     constexpr int kThreads = 4;
@@ -494,6 +515,10 @@ TEST_F(PreloadClock, EverySetterSetsTheUnits)
     const timespec exact = {kFar, 500};
     ASSERT_EQ(clock_settime(CLOCK_REALTIME, &exact), 0);
     expect_time(kFar);
+    timespec atomic{}; // a clock that knows the leap seconds
+    ASSERT_EQ(clock_gettime(CLOCK_TAI, &atomic), 0);
+    EXPECT_GE(atomic.tv_sec, kFar);
+    EXPECT_LE(atomic.tv_sec, kFar + 120);
     const timeval coarse = {2 * kFar, 0};
     ASSERT_EQ(settimeofday(&coarse, nullptr), 0);
     expect_time(2 * kFar);
@@ -560,6 +585,10 @@ TEST_F(PreloadClock, NothingElseIsSet)
     const timespec negative = {-1, 0};
     EXPECT_EQ(clock_settime(CLOCK_REALTIME, &negative), -1);
     EXPECT_EQ(errno, EINVAL);
+    constexpr time_t kLast = 8277292035; // no kernel takes a later one
+    const timespec late = {kLast + 1, 0};
+    EXPECT_EQ(clock_settime(CLOCK_REALTIME, &late), -1);
+    EXPECT_EQ(errno, EINVAL);
     const timespec exact = {kFar, 0};
     EXPECT_EQ(clock_settime(CLOCK_MONOTONIC, &exact), -1);
     EXPECT_EQ(errno, EINVAL);
@@ -573,7 +602,17 @@ TEST_F(PreloadClock, NothingElseIsSet)
     state.modes = ADJ_SETOFFSET | ADJ_TICK;
     EXPECT_EQ(clock_adjtime(CLOCK_REALTIME, &state), -1);
     EXPECT_EQ(errno, EPERM);
+    state.modes = ADJ_SETOFFSET;
+    state.time = {0, 1'000'000};
+    EXPECT_EQ(clock_adjtime(CLOCK_REALTIME, &state), -1);
+    EXPECT_EQ(errno, EINVAL);
+    state.modes = ADJ_SETOFFSET | ADJ_NANO;
+    state.time = {0, 1'000'000'000};
+    EXPECT_EQ(clock_adjtime(CLOCK_REALTIME, &state), -1);
+    EXPECT_EQ(errno, EINVAL);
     expect_time(machine_seconds() - 1);
+    const timespec last = {kLast, 0};
+    EXPECT_EQ(clock_settime(CLOCK_REALTIME, &last), 0);
     timespec before{};
     timespec after{};
     clock_gettime(CLOCK_MONOTONIC, &before);
@@ -581,6 +620,27 @@ TEST_F(PreloadClock, NothingElseIsSet)
     ASSERT_EQ(clock_settime(CLOCK_REALTIME, &far), 0);
     clock_gettime(CLOCK_MONOTONIC, &after);
     EXPECT_LE(after.tv_sec - before.tv_sec, 30);
+}
+
+// A time whose parts of a second make a whole one as the machine has it is a time all the same.
+TEST_F(PreloadClock, AWaitsPartsOfASecondAreCarried)
+{
+    std::string object = getenv("LD_PRELOAD"); // maintsim lies beside it
+    object.resize(std::min(object.find(':'), object.size()));
+    const std::string set = object.substr(0, object.rfind('/')) + "/maintsim -u " + unit_folder() +
+                            " set clock.difference=";
+    sem_t semaphore;
+    ASSERT_EQ(sem_init(&semaphore, 0, 0), 0);
+    for (const char* difference : {"-600000000", "600000000", "-1600000000", "1400000000"}) {
+        ASSERT_EQ(system((set + difference).c_str()), 0);
+        for (const long nanoseconds :
+             {0L, 399'999'999L, 400'000'000L, 600'000'000L, 999'999'999L}) {
+            const timespec past = {1000, nanoseconds};
+            errno = 0;
+            EXPECT_EQ(sem_timedwait(&semaphore, &past), -1);
+            EXPECT_EQ(errno, ETIMEDOUT) << difference << " " << nanoseconds;
+        }
+    }
 }
 
 // A wait of a tenth of a second by the unit's clock is one, wherever that clock stands.

@@ -179,6 +179,24 @@ TEST_F(PreloadExec, TheEnvironmentKeepsWhatItHas)
     char* const whole[] = {word(preload.c_str()), word("MAINTSIM_UNIT=/none"), nullptr};
     outcome = run([&] { return execve("/usr/bin/env", words, whole), errno; });
     EXPECT_EQ(outcome.output, preload + "\nMAINTSIM_UNIT=/none\n");
+    char* const named[] = {word(preload.c_str()), nullptr};
+    outcome = run([&] { return execve("/usr/bin/env", words, named), errno; });
+    EXPECT_EQ(outcome.output, "MAINTSIM_UNIT=" + unit_folder() + "\n" + preload + "\n");
+}
+
+TEST_F(PreloadExec, FlagsAreTheKernels)
+{
+    const std::string link = unit_place("/conf/link");
+    ASSERT_EQ(symlink(kCat, link.c_str()), 0);
+    for (const std::string& path : {link, std::string("/conf/link")}) {
+        const Outcome outcome = run([&] {
+            return execveat(AT_FDCWD, path.c_str(), kWords, environ, AT_SYMLINK_NOFOLLOW), errno;
+        });
+        EXPECT_EQ(outcome.status, ELOOP) << path << outcome.output;
+        const Outcome followed =
+            run([&] { return execveat(AT_FDCWD, path.c_str(), kWords, environ, 0), errno; });
+        EXPECT_EQ(followed.output, kText) << path;
+    }
 }
 
 TEST_F(PreloadExec, ADeviceIsInherited)
@@ -248,6 +266,10 @@ TEST_F(PreloadExec, AScriptIsAsGoodAsItsInterpreter)
     outcome = run([&] { return execve("/conf/script", words, kNothing), errno; });
     EXPECT_EQ(outcome.output, kText);
     file_make(script, "cat /tmp/serialno\n"); // nobody says whose it is: the shell's
+    outcome = run([&] {
+        return setenv("PATH", "/none:/conf:/usr/bin:/bin", 1), execvp("script", words), errno;
+    });
+    EXPECT_EQ(outcome.output, kText);
     outcome = run([&] { return execvp("/conf/script", words), errno; });
     EXPECT_EQ(outcome.output, kText);
     outcome = run([&] { return execv("/conf/script", words), errno; });

@@ -1,6 +1,7 @@
 // A unit made of a snapshot: whatever can be read is answered the same.
 #include "tools/maintsim/snapshot.h"
 
+#include "sim/answer_learning.h"
 #include "sim/state_text.h"
 #include "sim/unit_state_fixture.h"
 #include "tools/maintsim/json_reader.h"
@@ -149,6 +150,50 @@ TEST(Snapshot, TellsWhatFailedForSomeIndexesAlone)
     EXPECT_EQ(snapshot.state.fpga.indexed_words, (std::map<uint32_t, uint32_t>{{1, 7}}));
 }
 
+// One result is told for all requests of a number only if all of them had it.
+TEST(Snapshot, KeepsAResultThatAllHad)
+{
+    const std::string asked("\1\0\0\0\0\0\0\0", 8);
+    const std::string another("\2\0\0\0\0\0\0\0", 8);
+    const Asked one{requestForm_find(0x6B83), asked, false};
+    const Asked other{requestForm_find(0x6B83), another, false};
+    for (const int result : {3, 5}) {
+        const std::string text = std::string(kFirst) + "\n{\"answers\":[" +
+                                 answer_text(one, {3, 0}, asked) + "," +
+                                 answer_text(other, {result, 0}, another) + "]}\n";
+        Snapshot snapshot;
+        std::string fault;
+        ASSERT_TRUE(snapshot_parse(text, snapshot, fault)) << fault;
+        EXPECT_EQ(snapshot.state.fpga.results, result == 3 ? (std::map<uint32_t, int>{{0x6B83, 3}})
+                                                           : (std::map<uint32_t, int>{}));
+    }
+}
+
+// What an answer tells goes to the table that answers the same.
+TEST(Snapshot, LearnsFromRecordsWithTwoKeys)
+{
+    const auto learnt = [](uint32_t number, const std::string& after) {
+        FpgaModel fpga;
+        const RequestForm* form = requestForm_find(number);
+        std::string record = after;
+        record.resize(form->size);
+        fpgaAnswer_learn(fpga, *form, record, record);
+        return fpga;
+    };
+    const std::string counter("\3\0\0\0\x11\0\0\0\x20\0\0\0", 12);
+    const std::map<std::pair<uint32_t, uint32_t>, uint32_t> counters{{{3, 32}, 17}};
+    EXPECT_EQ(learnt(0x6B9A, counter).counters, counters);
+    EXPECT_TRUE(learnt(0x6B9A, counter).counters_alt.empty());
+    EXPECT_EQ(learnt(0x6BA0, counter).counters_alt, counters);
+    EXPECT_TRUE(learnt(0x6BA0, counter).counters.empty());
+    const FpgaModel words = learnt(0x6B3E, std::string("\2\0\0\0\x22\x11\x44\x33\1\0", 10));
+    ASSERT_EQ(words.unit_words.size(), 1U);
+    EXPECT_EQ(words.unit_words.begin()->first.first, 2U);
+    EXPECT_EQ(words.unit_words.begin()->first.second, 1U);
+    EXPECT_EQ(words.unit_words.begin()->second.first, 0x1122U);
+    EXPECT_EQ(words.unit_words.begin()->second.second, 0x3344U);
+}
+
 constexpr struct {
     const char* text;
     const char* fault;
@@ -167,6 +212,10 @@ constexpr struct {
     {"{\"snapshot\":1}\n{\"file\":\"/tmp/serialno\",\"bytes\":\"0\"}", "line 2: not of a snapshot"},
     {"{\"snapshot\":1}\n{\"file\":\"/tmp/serialno\"}", "line 2: not of a snapshot"},
     {"{\"snapshot\":1}\n{\"config\":{\"A\":\"1'\\nB='2\"}}", "line 2: not of a snapshot"},
+    {"{\"snapshot\":1}\n{\"config\":{\"A=B\":\"1\"}}", "line 2: not of a snapshot"},
+    {"{\"snapshot\":1}\n{\"answers\":[{\"device\":\"/dev/fpga\",\"request\":\"0x6B42\","
+     "\"before\":\"0000000000000000\",\"after\":\"00\",\"result\":0}]}",
+     "line 2: not of a snapshot"},
     {"{\"snapshot\":1}\n{\"answers\":[{\"device\":\"/dev/fpga\",\"request\":\"0x6B42\","
      "\"before\":\"00\",\"after\":\"00\",\"result\":0}]}",
      "line 2: not of a snapshot"},

@@ -314,6 +314,22 @@ TEST(StateText, LetsAClockRunAndStandFromTheTimeThatItShows)
     EXPECT_EQ(unitState_rtcTime(state, kNow + 61000000000)[0], 11); // while it runs
     ASSERT_TRUE(stateText_put(state, "rtc.runs=0", kNow + 60000000000, fault));
     EXPECT_EQ(unitState_rtcTime(state, kNow + 90000000000)[0], 10);
+    // One that runs and is told to run, or stands and is told to stand, goes on as it did.
+    ASSERT_TRUE(stateText_put(state, "rtc.runs=0", kNow + 90000000000, fault));
+    ASSERT_TRUE(stateText_put(state, "rtc.runs=1", kNow + 90000000000, fault));
+    ASSERT_TRUE(stateText_put(state, "rtc.runs=1", kNow + 90600000000, fault));
+    EXPECT_EQ(unitState_rtcTime(state, kNow + 91000000000)[0], 11);
+}
+
+TEST(StateText, HasTheWholeCalendar)
+{
+    UnitState state;
+    std::string fault;
+    for (const char* item : {"rtc.time=0000-01-01T00:00:00", "rtc.time=9999-12-31T23:59:59"}) {
+        ASSERT_TRUE(stateText_put(state, item, kNow, fault)) << fault;
+        EXPECT_NE(stateText_make(state, kNow).find(std::string(item) + "\n"), std::string::npos)
+            << stateText_make(state, kNow);
+    }
 }
 
 TEST(StateText, OfANumber)

@@ -1,5 +1,6 @@
 // Folders that are no unit, or a damaged one: one clear line, and nothing is changed.
 #include <fcntl.h>
+#include <sys/stat.h>
 
 #include "sim/unit_fixture.h"
 
@@ -20,6 +21,47 @@ TEST_F(UnitTest, ThatIsNoneIsNamed)
     EXPECT_EQ(refusal(folder), folder + "/unit: Is a directory");
 }
 
+// As it was given, whole, and in one line.
+TEST_F(UnitTest, IsNamedAsItWasGiven)
+{
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(top);
+    EXPECT_EQ(refusal("nowhere"), "nowhere: no simulated unit; `new` makes one");
+    const std::string last = "\xC3\xA4" + std::string(100, 'x');
+    EXPECT_EQ(refusal("no\nwhere\x7F" + last),
+              "no?where?" + last + ": no simulated unit; `new` makes one");
+    Unit* unit = open("unit");
+    Unit* other = open("unit");
+    number_write(other, 1, 5);
+    unit_close(other);
+    const std::string journal = content("unit/journal");
+    std::string bytes = journal;
+    bytes[4096 + 40] = '\xFF';
+    content_put("unit/journal", bytes);
+    EXPECT_EQ(refusal("unit"), "unit/journal: damaged: entry 1: damaged");
+    bytes[0] = 'M';
+    content_put("unit/journal", bytes);
+    EXPECT_EQ(refusal("../" + std::filesystem::path(top).filename().string() + "/unit/"),
+              "../" + std::filesystem::path(top).filename().string() +
+                  "/unit//journal: not the journal of a simulated unit");
+    content_put("unit/journal", journal);
+    content_put("unit/state", "");
+    EXPECT_EQ(refusal("unit"), "unit/state: not the state of a simulated unit");
+    content_put("unit/unit", "");
+    EXPECT_EQ(refusal("unit"), "unit: not a simulated unit");
+    content_put("unit/unit", "maintsim unit 3\n");
+    EXPECT_EQ(refusal("unit"), "unit: a unit of another version: maintsim unit 3");
+    std::filesystem::remove_all("unit/unit");
+    std::filesystem::create_directory("unit/unit");
+    EXPECT_EQ(refusal("unit"), "unit/unit: Is a directory");
+    std::string error;
+    const std::vector<std::string> items(40000, "rule.1=" + std::string(160, 'a'));
+    EXPECT_FALSE(unit_put(unit, items, error));
+    EXPECT_EQ(error, "unit: Message too long");
+    unit_close(unit);
+    std::filesystem::current_path(before);
+}
+
 TEST_F(UnitTest, WithoutItsFilesIsNamed)
 {
     const std::string state = content(folder + "/state");
@@ -31,6 +73,15 @@ TEST_F(UnitTest, WithoutItsFilesIsNamed)
     std::filesystem::create_directory(folder + "/journal");
     EXPECT_EQ(refusal(folder), folder + "/journal: Is a directory");
     std::filesystem::remove(folder + "/journal");
+    alarm(20); // nobody waits for the other end of a pipe
+    ASSERT_EQ(mkfifo((folder + "/journal").c_str(), 0600), 0);
+    EXPECT_EQ(refusal(folder), folder + "/journal: damaged: not a file of 4198400 bytes");
+    std::filesystem::remove(folder + "/journal");
+    std::filesystem::rename(folder + "/unit", top + "/unit_file");
+    ASSERT_EQ(mkfifo((folder + "/unit").c_str(), 0600), 0);
+    EXPECT_EQ(refusal(folder), folder + ": not a simulated unit");
+    std::filesystem::rename(top + "/unit_file", folder + "/unit");
+    alarm(0);
     std::filesystem::rename(top + "/journal", folder + "/journal");
     EXPECT_EQ(refusal(folder), "opened");
 }

@@ -1,6 +1,7 @@
 // One process and one unit: what is served, kept and told.
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/stat.h>
 
 #include "sim/unit_fixture.h"
 
@@ -62,6 +63,16 @@ TEST_F(UnitTest, KeepsWhatWasAnswered)
     }
     EXPECT_EQ(content(folder + "/state").substr(0, 46),
               "maintsim state 1 generation 1 sequence 1 items");
+}
+
+// A journal without its room would end a program, on a disk that is full, by a signal.
+TEST_F(UnitTest, HasItsRoomFromTheFirst)
+{
+    struct stat status {
+    };
+    ASSERT_EQ(stat((folder + "/journal").c_str(), &status), 0);
+    EXPECT_GE(status.st_blocks * 512, status.st_size);
+    EXPECT_GT(status.st_size, 4 << 20);
 }
 
 TEST_F(UnitTest, TellsOthersAtOnce)
@@ -202,6 +213,7 @@ TEST_F(UnitTest, TellsNoCallTwice)
     ASSERT_EQ(seen.size(), 3U);
     for (size_t n = 0; n < seen.size(); ++n) {
         EXPECT_EQ(seen[n].head.sequence, n + 1);
+        EXPECT_EQ(calls(unit, n + 1).size(), 3 - n); // from any of them on
     }
     unit_close(unit);
 }
@@ -310,6 +322,24 @@ TEST_F(UnitTest, FillsMoreThanAWordWhereItIsTold)
     char record[8] = {1, 2, 3, 4, 5, 6, 7, 8};
     EXPECT_EQ(request(unit, 0x6B02, record), 0);
     EXPECT_EQ(std::string(record, 8), "\x34\x12\xEE\xEE\xEE\x06\x07\x08");
+    unit_close(unit);
+}
+
+// A journal whose entries are so long is full before it has as many as it may have.
+TEST_F(UnitTest, HasRoomForWhatIsFilled)
+{
+    Unit* unit = open(folder);
+    std::string error;
+    ASSERT_TRUE(unit_put(unit, {"filled.0x6B02=250", "word.0x6B02=0x1234"}, error)) << error;
+    for (int i = 0; i < 14000; ++i) {
+        char record[256] = {};
+        ASSERT_EQ(request(unit, 0x6B02, record), 0);
+        ASSERT_EQ(record[249], '\xEE');
+    }
+    EXPECT_NE(content(folder + "/state").find("generation 2 "), std::string::npos);
+    Unit* other = open(folder);
+    EXPECT_EQ(text(other), text(unit));
+    unit_close(other);
     unit_close(unit);
 }
 

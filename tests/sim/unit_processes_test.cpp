@@ -109,6 +109,82 @@ TEST_F(UnitTest, OfThreadsKeepsEachOnesOrder)
     unit_close(unit);
 }
 
+// A call that has waited for another one has the later time.
+TEST_F(UnitTest, TellsTimesInTheOrderOfItsCalls)
+{
+    auto* released = shared_make<std::atomic<int64_t>>(1); // 1: held
+    Unit* unit = open(folder);
+    std::string error;
+    const std::function<void()> asks[] = {[&] { unit_opened(unit, UnitDevice::kFpga, O_RDWR); },
+                                          [&] { number_write(unit, 1, 1); },
+                                          [&] { unit_request(unit, UnitDevice::kFpga, 0x1234, 0); },
+                                          [&] { unit_put(unit, {"word.0x6B29=1"}, error); },
+                                          [&] {
+                                              unit_change(
+                                                  unit, "x",
+                                                  [&](UnitState&, int64_t now, std::string&) {
+                                                      EXPECT_GE(now, *released);
+                                                      return true;
+                                                  },
+                                                  error);
+                                          },
+                                          [&] { unit_closed(unit, UnitDevice::kFpga); }};
+    for (const auto& ask : asks) {
+        *released = 0;
+        const pid_t holder = start([&] {
+            Journal journal;
+            std::string fault;
+            if (!journal_open(folder + "/journal", journal, fault)) {
+                return 1;
+            }
+            *released = 1;
+            usleep(20000);
+            timespec now{};
+            clock_gettime(CLOCK_REALTIME, &now);
+            *released = now.tv_sec * 1000000000 + now.tv_nsec;
+            journal_unlock(journal);
+            return 0;
+        });
+        while (*released == 0) {
+            usleep(100);
+        }
+        ask();
+        EXPECT_EQ(end(holder), 0);
+        EXPECT_GE(calls(unit).back().head.time, *released);
+        EXPECT_GT(*released, 1);
+    }
+    EXPECT_EQ(calls(unit).size(), std::size(asks));
+    unit_close(unit);
+}
+
+// The preloaded object opens its unit under a lock that it holds for a fork, too.
+TEST_F(UnitTest, IsOpenedUnderALockThatAForkTakes)
+{
+    const pid_t process = start([&] {
+        static pthread_mutex_t opening = PTHREAD_MUTEX_INITIALIZER;
+        alarm(20); // two locks that wait for each other
+        pthread_atfork([] { pthread_mutex_lock(&opening); }, [] { pthread_mutex_unlock(&opening); },
+                       [] { pthread_mutex_unlock(&opening); });
+        std::atomic<bool> ended{false};
+        std::thread opener([&] {
+            while (!ended) {
+                pthread_mutex_lock(&opening);
+                Unit* unit = open(folder);
+                pthread_mutex_unlock(&opening);
+                unit_close(unit);
+            }
+        });
+        int wrong = 0;
+        for (int i = 0; i < 200; ++i) {
+            wrong += end(start([] { return 0; }));
+        }
+        ended = true;
+        opener.join();
+        return wrong == 0 ? 0 : 1;
+    });
+    EXPECT_EQ(end(process), 0);
+}
+
 TEST_F(UnitTest, LosesNothingThatWasAnsweredByAKill)
 {
     constexpr int kKills = 500;
@@ -240,6 +316,15 @@ TEST_F(UnitTest, OnAFullDiskLosesNothing)
         Unit* unit = open(folder);
         const rlimit none{0, 0};
         setrlimit(RLIMIT_FSIZE, &none);
+        const std::string before = text(unit);
+        std::string error;
+        const auto change = [](UnitState& state, int64_t, std::string&) {
+            state.fpga.words[0x6B29] = 9;
+            return true;
+        };
+        if (unit_change(unit, "x", change, error) || text(unit) != before) {
+            return 4;
+        }
         uint32_t done = 0;
         // What goes to standard error is not the disk's.
         while (number_write(unit, 1, done + 1) == 0) {
@@ -291,6 +376,27 @@ TEST_F(UnitTest, IsNotHeldByTheDeadOfAnotherFolder)
     Unit* unit = open(copy);
     EXPECT_EQ(number_write(unit, 1, 5), 0);
     unit_close(unit);
+    // From then on it is the copy's own: who opens it waits.
+    *held = 0;
+    const pid_t other = start([&] {
+        Journal journal;
+        std::string fault;
+        if (!journal_open(copy + "/journal", journal, fault)) {
+            return 1;
+        }
+        *held = 1;
+        usleep(300000);
+        *held = 2;
+        journal_unlock(journal);
+        return 0;
+    });
+    while (*held == 0) {
+        usleep(1000);
+    }
+    unit = open(copy);
+    EXPECT_EQ(*held, 2);
+    unit_close(unit);
+    EXPECT_EQ(end(other), 0);
     EXPECT_EQ(refusal(folder), folder + "/journal: process " + std::to_string(holder) +
                                    " has held the unit for five seconds; it may be stopped");
     kill(holder, SIGKILL);

@@ -128,6 +128,15 @@ TEST_F(Verbs, NewTakesFiles)
         << err;
     EXPECT_EQ(content(path + "/root/dev/mtd_systemlog"), "an image");
     EXPECT_EQ(content(path + "/root/conf/config"), "OWN_VPN_ID='7'\n");
+    // A file that is named counts more than what a snapshot tells of it.
+    content_put(top + "/snapshot", "{\"snapshot\":1}\n{\"config\":{\"OWN_VPN_ID\":\"3\"}}\n");
+    EXPECT_EQ(run("new", {"--snapshot", top + "/snapshot"}, top + "/third"), 0) << err;
+    EXPECT_EQ(content(top + "/third/root/conf/config"), "OWN_VPN_ID='3'\n");
+    EXPECT_EQ(
+        run("new", {"--config", top + "/config", "--snapshot", top + "/snapshot"}, top + "/fourth"),
+        0)
+        << err;
+    EXPECT_EQ(content(top + "/fourth/root/conf/config"), "OWN_VPN_ID='7'\n");
 }
 
 TEST_F(Verbs, NewRefuses)
@@ -189,11 +198,12 @@ TEST_F(Verbs, FailLetsRequestsFail)
     EXPECT_EQ(errno, EIO);
     EXPECT_EQ(number_write(unit, 1, 1), 0);
     EXPECT_EQ(run("fail", {"--nth=2", "0x6B84", "--for", "0", "--errno", "EBUSY"}), 0) << err;
-    EXPECT_EQ(number_write(unit, 1, 1), 0);
+    EXPECT_EQ(number_write(unit, 1, 77), 0);
     errno = 0;
     EXPECT_EQ(number_write(unit, 1, 1), -1);
     EXPECT_EQ(errno, EBUSY);
     EXPECT_EQ(number_write(unit, 1, 1), -1);
+    EXPECT_EQ(number_read(unit, 1), 77U); // the first one has reached the device, and no other
     EXPECT_EQ(run("set", {"fail.0x6B84=0"}), 0) << err;
     EXPECT_EQ(number_write(unit, 1, 1), 0);
     unit_close(unit);
@@ -215,12 +225,13 @@ TEST_F(Verbs, FailRefuses)
     expect_refused("fail", {}, "REQUEST is missing");
     expect_refused("fail", {"0x6B42", "0x6B43"}, "a word too many: 0x6B43");
     expect_refused("fail", {"0x6B00"}, "no such request: 0x6B00");
-    expect_refused("fail", {"0x6B42", "--nth", "0"},
-                   "fail.0x6B42=0,1,EIO: the first that fails is 1 or above");
-    expect_refused("fail", {"0x6B42", "--nth", "x"}, "fail.0x6B42=x,1,EIO: not a number: x");
-    expect_refused("fail", {"0x6B42", "--for", "-1"}, "fail.0x6B42=1,-1,EIO: not a number: -1");
-    expect_refused("fail", {"0x6B42", "--errno", "EFOO"},
-                   "fail.0x6B42=1,1,EFOO: no such error: EFOO");
+    expect_refused("fail", {"0x6B42", "--nth", "0"}, "--nth 0: the first that fails is 1 or above");
+    expect_refused("fail", {"0x6B42", "--nth", "x"}, "--nth x: not a number: x");
+    expect_refused("fail", {"0x6B42", "--for", "-1"}, "--for -1: not a number: -1");
+    expect_refused("fail", {"0x6B42", "--errno", "EFOO"}, "--errno EFOO: no such error: EFOO");
+    expect_refused("fail", {"0x6B42", "--nth=2", "--for=3", "--errno=E\n"},
+                   "--errno E?: no such error: E?");
+    EXPECT_EQ(run("show", {"fail."}), kFailed) << out; // none of them did anything
 }
 
 // A line of `calls` without the time and the process.
@@ -249,6 +260,7 @@ TEST_F(Verbs, CallsAreTold)
     unit_request(unit, UnitDevice::kFpga, 0x6BA2, 0);
     unit_close(unit);
     EXPECT_EQ(run("calls"), 0);
+    EXPECT_EQ(err, "");
     std::string told;
     std::string first = out.substr(0, out.find('\n'));
     for (size_t begin = 0, end = 0; (end = out.find('\n', begin)) != std::string::npos;
@@ -271,6 +283,26 @@ TEST_F(Verbs, CallsAreTold)
     // "1 2026-11-21T10:20:30.123456 4711 simulated_unit_: ..."
     EXPECT_EQ(first.find('T'), 12U) << first;
     EXPECT_EQ(first.substr(29, first.find(" simulated") - 29), std::to_string(getpid())) << first;
+}
+
+TEST_F(Verbs, CallsNameTheFlagsOfAnOpening)
+{
+    Unit* unit = open(folder);
+    const int flags[] = {O_RDONLY, O_WRONLY | O_CREAT | O_EXCL | O_TRUNC,
+                         O_RDWR | O_APPEND | O_SYNC | O_CLOEXEC, O_RDONLY | O_DSYNC | O_NOFOLLOW,
+                         O_RDONLY | O_NOCTTY | O_NONBLOCK};
+    for (const int of_one : flags) {
+        unit_opened(unit, UnitDevice::kFpga, of_one);
+    }
+    unit_close(unit);
+    EXPECT_EQ(run("calls"), 0);
+    const std::string unnamed = std::to_string(O_DSYNC);
+    for (const std::string& named :
+         {std::string("O_RDONLY"), std::string("O_WRONLY|O_CREAT|O_EXCL|O_TRUNC"),
+          std::string("O_RDWR|O_APPEND|O_SYNC|O_CLOEXEC"), "O_RDONLY|O_NOFOLLOW|" + unnamed,
+          std::string("O_RDONLY|O_NONBLOCK|O_NOCTTY")}) {
+        EXPECT_NE(out.find(": open /dev/fpga " + named + "\n"), std::string::npos) << named << out;
+    }
 }
 
 TEST_F(Verbs, CallsAreToldAsJson)
@@ -314,12 +346,30 @@ TEST_F(Verbs, CallsAreToldAsJson)
                     "\"call\":\"close\",\"device\":\"/dev/rtc\"}\n");
 }
 
+// The name of a program is its own; what is told of it is one line, and JSON.
+TEST_F(Verbs, CallsTellAnyNameOfAProgram)
+{
+    char* const before = program_invocation_short_name;
+    char name[] = "a\"\\\xE4\x01\nb";
+    program_invocation_short_name = name;
+    Unit* unit = open(folder);
+    unit_opened(unit, UnitDevice::kFpga, O_RDONLY);
+    unit_close(unit);
+    program_invocation_short_name = before;
+    EXPECT_EQ(run("calls", {"--json"}), 0);
+    EXPECT_NE(out.find(",\"program\":\"a\\\"\\\\\\u00e4\\u0001\\u000ab\","), std::string::npos)
+        << out;
+    EXPECT_EQ(run("calls"), 0);
+    EXPECT_NE(out.find(" a\"\\???b: open /dev/fpga"), std::string::npos) << out;
+}
+
 TEST_F(Verbs, CallsAreFollowed)
 {
     int pipes[2];
     ASSERT_EQ(pipe(pipes), 0);
     const pid_t process = start([&] {
         dup2(pipes[1], STDOUT_FILENO);
+        dup2(pipes[1], STDERR_FILENO); // nothing is noted in between
         close(pipes[0]);
         char word[] = "--follow";
         char* words[] = {word};
@@ -349,11 +399,13 @@ TEST_F(Verbs, PowerCycleLosesAndKeeps)
     content_put(root + "/conf/system.log", "log");
     content_put(root + "/tmp/flashsave", "1");
     content_put(root + "/tmp/led_rewrite_inh", "x");
+    std::filesystem::create_directories(root + "/tmp/Saveing/folder");
+    content_put(root + "/tmp/Saveing/folder/file", "x");
     content_put(root + "/conf/user.log", "kept");
     ASSERT_EQ(run("set",
                   {"word.0x6B29=9", "register.0x0999=1", "answer.0x6B02=-2", "filled.0x6B03=4",
                    "fail.0x6B07=9,1,EIO", "rtc.time=2001-02-03T04:05:06", "rtc.runs=0",
-                   "clock.difference=5"},
+                   "clock.difference=5", "fills_when_failing=1"},
                   path),
               0)
         << err;
@@ -362,8 +414,10 @@ TEST_F(Verbs, PowerCycleLosesAndKeeps)
                           "tmp/ks8995_nor.dat tmp/ks8995_pri.dat tmp/serialno ");
     EXPECT_EQ(content(root + "/conf/user.log"), "kept");
     EXPECT_EQ(run("show", {}, path), 0);
-    for (const char* item : {"word.0x6B29=0x0001", "answer.0x6B02=-2", "filled.0x6B03=4",
-                             "fail.0x6B07=9,1,EIO", "rtc.time=2001-02-03T04:05:06"}) {
+    EXPECT_FALSE(std::filesystem::exists(root + "/tmp/Saveing"));
+    for (const char* item :
+         {"word.0x6B29=0x0001", "answer.0x6B02=-2", "filled.0x6B03=4", "fills_when_failing=1",
+          "fail.0x6B07=9,1,EIO", "rtc.time=2001-02-03T04:05:06"}) {
         EXPECT_NE(out.find("\n" + std::string(item) + "\n"), std::string::npos) << item;
     }
     EXPECT_EQ(out.find("register.0x0999"), std::string::npos);
@@ -381,6 +435,29 @@ TEST_F(Verbs, PowerCycleLosesAndKeeps)
     EXPECT_LE(std::abs(unit_clockDifference(unit) / 1000000000 - difference), 1);
     EXPECT_EQ(calls(unit).back().before, "power-cycle");
     unit_close(unit);
+}
+
+// The unit's clock holds the local time, in summer the summer's.
+TEST_F(Verbs, RestartsSetTheSystemClockByTheLocalTime)
+{
+    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    tzset();
+    const struct {
+        const char* item;
+        int64_t seconds; // since 1970; 0: the machine's clock
+    } times[] = {{"rtc.time=2001-01-03T04:05:06", 978491106},
+                 {"rtc.time=2001-07-03T04:05:06", 994125906},
+                 {"rtc.time=1960-01-01T00:00:00", 0}};
+    for (const auto& [item, seconds] : times) {
+        ASSERT_EQ(run("set", {"rtc.runs=0", item, "clock.difference=5"}), 0) << err;
+        EXPECT_EQ(run("warm-restart"), 0) << err;
+        Unit* unit = open(folder);
+        const int64_t difference = seconds == 0 ? 0 : seconds - time(nullptr);
+        EXPECT_LE(std::abs(unit_clockDifference(unit) / 1000000000 - difference), 1) << item;
+        unit_close(unit);
+    }
+    unsetenv("TZ");
+    tzset();
 }
 
 TEST_F(Verbs, WarmRestartLosesNothing)

@@ -12,6 +12,10 @@
 namespace
 {
 
+int (*clock_read)(clockid_t clock, timespec* time) = [](clockid_t clock, timespec* time) {
+    return static_cast<int>(syscall(SYS_clock_gettime, clock, time));
+};
+
 // A limit of the program's own on the size of files would end it by a signal, while this thread has
 // the signals blocked: what waits is taken away again.
 void size_signal_drop()
@@ -59,10 +63,15 @@ bool file_drop(const std::string& path)
 
 } // namespace
 
+void machineClock_use(int (*read)(clockid_t clock, timespec* time))
+{
+    clock_read = read;
+}
+
 int64_t machine_time()
 {
     timespec now{};
-    syscall(SYS_clock_gettime, CLOCK_REALTIME, &now);
+    clock_read(CLOCK_REALTIME, &now);
     return int64_t{now.tv_sec} * 1000000000 + now.tv_nsec;
 }
 
@@ -122,6 +131,15 @@ bool file_takePrepared(const std::string& path)
 bool file_replace(const std::string& path, std::string_view text)
 {
     return file_prepare(path, text) && file_takePrepared(path);
+}
+
+std::string path_shown(std::string path)
+{
+    for (char& letter : path) {
+        const auto byte = static_cast<unsigned char>(letter);
+        letter = byte < ' ' || byte == 0x7F ? '?' : letter;
+    }
+    return path;
 }
 
 void standardError_write(std::string_view text)

@@ -161,12 +161,12 @@ int lock_wait(pthread_mutex_t& lock, long milliseconds)
 
 // Takes the lock of a file that was just opened. The kernel frees the lock of a process that dies;
 // one that nobody alive holds all the same is damaged, and is made anew.
-bool first_lock(const std::string& path, int file, JournalHead& head, std::string& fault)
+bool first_lock(int file, JournalHead& head, std::string& fault)
 {
     int thread = 0;
     for (int tries = 0; tries < 25; ++tries) {
         if (!file_lock(file)) {
-            fault = path + ": another process keeps the unit from being opened";
+            fault = "another process keeps the unit from being opened";
             return false;
         }
         lock_claim(head, file);
@@ -180,7 +180,7 @@ bool first_lock(const std::string& path, int file, JournalHead& head, std::strin
             return true;
         }
     }
-    fault = path + ": process " + std::to_string(thread) +
+    fault = "process " + std::to_string(thread) +
             " has held the unit for five seconds; it may be stopped";
     return false;
 }
@@ -200,15 +200,14 @@ uint32_t checksum_of(const char* bytes, size_t size)
 constexpr size_t kSummedFrom = offsetof(EntryHead, sequence);
 static_assert(kSummedFrom == 8);
 
-bool head_good(const std::string& path, const JournalHead& head, uint64_t size, std::string& fault)
+bool head_good(const JournalHead& head, uint64_t size, std::string& fault)
 {
     if (memcmp(head.magic, kMagic, sizeof kMagic) != 0) {
-        fault = path + ": not the journal of a simulated unit";
+        fault = "not the journal of a simulated unit";
     } else if (head.version != kVersion) {
-        fault = path + ": of version " + std::to_string(head.version) + ", not " +
-                std::to_string(kVersion);
+        fault = "of version " + std::to_string(head.version) + ", not " + std::to_string(kVersion);
     } else if (head.capacity != kCapacity || size != kHeadSize + kCapacity) {
-        fault = path + ": damaged: " + std::to_string(size) + " bytes long";
+        fault = "damaged: " + std::to_string(size) + " bytes long";
     } else {
         return true;
     }
@@ -241,29 +240,28 @@ bool journal_open(const std::string& path, Journal& journal, std::string& fault)
 {
     const int file = file_open(path.c_str(), O_RDWR | O_NONBLOCK);
     if (file < 0) {
-        fault = path + ": " + strerror(errno);
+        fault = strerror(errno);
         return false;
     }
     struct statx about {
     };
     void* map = MAP_FAILED;
     if (syscall(SYS_statx, file, "", AT_EMPTY_PATH, STATX_SIZE | STATX_TYPE, &about) != 0) {
-        fault = path + ": " + strerror(errno);
+        fault = strerror(errno);
     } else if (!S_ISREG(about.stx_mode) || about.stx_size != kHeadSize + kCapacity) {
-        fault =
-            path + ": damaged: not a file of " + std::to_string(kHeadSize + kCapacity) + " bytes";
+        fault = "damaged: not a file of " + std::to_string(kHeadSize + kCapacity) + " bytes";
     } else {
         map = mmap(nullptr, kHeadSize + kCapacity, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
         if (map == MAP_FAILED) {
-            fault = path + ": " + strerror(errno);
+            fault = strerror(errno);
         }
     }
     if (map != MAP_FAILED) {
         journal.head = static_cast<JournalHead*>(map);
         journal.entries = static_cast<char*>(map) + kHeadSize;
         journal.capacity = kCapacity;
-        if (!head_good(path, *journal.head, about.stx_size, fault) ||
-            !first_lock(path, file, *journal.head, fault)) {
+        if (!head_good(*journal.head, about.stx_size, fault) ||
+            !first_lock(file, *journal.head, fault)) {
             journal_close(journal);
         }
     }

@@ -65,7 +65,7 @@ struct Journal {
 // errno says why not.
 bool journal_create(const std::string& path, uint32_t generation);
 
-// Maps the file and takes the lock. False: `fault` says why not, with the file's name.
+// Maps the file and takes the lock. False: `fault` says why not.
 bool journal_open(const std::string& path, Journal& journal, std::string& fault);
 void journal_close(Journal& journal);
 

@@ -16,7 +16,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "sim/state_text.h"
+#include "tools/maintsim/files.h"
 #include "tools/maintsim/preload_variables.h"
 #include "tools/maintsim/program_check.h"
 #include "tools/maintsim/unit_folder.h"
@@ -94,21 +94,24 @@ bool object_named(const std::string& object, std::string& error)
     if (object.find_first_of(" :$") == std::string::npos) {
         return true;
     }
-    error = text_shown(object) + ": the loader does not take a path with a space, ':' or '$'";
+    error = path_shown(object) + ": the loader does not take a path with a space, ':' or '$'";
     return false;
 }
 
 // The files that stand for the devices. The preloaded object makes them when a device is opened; a
-// look at a device finds them before that.
-void devices_make(const std::string& folder)
+// look at a device finds them before that. Without them, a program would say that there is no device.
+bool devices_make(const std::string& folder, std::string& error)
 {
     for (const char* name : {"/root/dev/fpga", "/root/dev/rtc"}) {
         const int file =
             open((folder + name).c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
-        if (file >= 0) {
-            close(file);
+        if (file < 0) {
+            error = path_shown(folder + name) + ": " + strerror(errno);
+            return false;
         }
+        close(file);
     }
+    return true;
 }
 
 // Everything that stands between the program and the unit; empty error: the program may start.
@@ -119,7 +122,6 @@ bool environment_make(const std::string& folder, std::string& error)
         return false;
     }
     const char* before = getenv(kPreloadVariable);
-    devices_make(folder);
     std::string preload = object;
     if (before != nullptr && *before != '\0') {
         preload += ":";
@@ -145,7 +147,7 @@ int program_become(const std::string& path, char** program)
         words.push_back(nullptr);
         execv("/bin/sh", words.data());
     }
-    return refusal(kCannotRun, text_shown(path) + ": " + strerror(errno));
+    return refusal(kCannotRun, path_shown(path) + ": " + strerror(errno));
 }
 
 // A unit for one run ----------------------------------------------------------------------------
@@ -158,9 +160,9 @@ fs::path temporary_parent()
 
 // The lock that tells a folder in use from an abandoned one. The program inherits it, so that a unit
 // outlives a maintsim that was killed until its program has ended. -1: it is in use, or not ours.
-int folder_lock(const fs::path& folder, int flags)
+int file_lock(const fs::path& path, int flags)
 {
-    const int lock = open((folder / "lock").c_str(), flags | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600);
+    const int lock = open(path.c_str(), flags | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (lock >= 0 && flock(lock, LOCK_EX | LOCK_NB) != 0) {
         close(lock);
         return -1;
@@ -182,7 +184,7 @@ void abandoned_remove(const fs::path& parent)
             status.st_uid != geteuid()) {
             continue;
         }
-        const int lock = folder_lock(folder, 0);
+        const int lock = file_lock(folder / "lock", 0);
         if (lock >= 0) {
             std::error_code ignored;
             fs::remove_all(folder, ignored);
@@ -196,26 +198,38 @@ struct TemporaryUnit {
     int lock = -1;
 };
 
+// Nobody has heard of a folder that is gone again: where it stood, and why it cannot.
+bool temporary_fail(const fs::path& parent, const std::string& reason, std::string& error)
+{
+    error = path_shown(parent) + ": no unit can be made here: " + reason;
+    return false;
+}
+
 bool temporary_make(TemporaryUnit& made, std::string& error)
 {
     const fs::path parent = temporary_parent();
     abandoned_remove(parent);
     std::string name = (parent / kTemporary).string() + "XXXXXX";
     if (mkdtemp(name.data()) == nullptr) {
-        error = text_shown(name) + ": " + strerror(errno);
-        return false;
+        return temporary_fail(parent, strerror(errno), error);
     }
     made.folder = name;
-    const int lock = folder_lock(made.folder, O_CREAT);
+    // It is held before it has its name: another start would take the folder for an abandoned one.
+    const fs::path unnamed = made.folder / "lock.new";
+    const int lock = file_lock(unnamed, O_CREAT);
     made.lock = lock < 0 ? -1 : fcntl(lock, F_DUPFD, kLockDescriptor);
     if (lock >= 0) {
         close(lock);
     }
-    if (made.lock < 0) {
-        error = name + "/lock: " + strerror(errno);
-        return false;
+    if (made.lock < 0 || rename(unnamed.c_str(), (made.folder / "lock").c_str()) != 0) {
+        return temporary_fail(parent, strerror(errno), error);
     }
-    return unitFolder_make(made.folder / "unit", {}, error);
+    const std::string folder = made.folder / "unit";
+    std::string fault;
+    if (!unitFolder_make(folder, {}, fault) || !devices_make(folder, fault)) {
+        return temporary_fail(parent, fault.substr(fault.rfind(": ") + 2), error);
+    }
+    return true;
 }
 
 // Waits for the program; passes on what is sent to this process. What the terminal sends, the program
@@ -302,7 +316,7 @@ int temporary_launch(const std::string& path, char** program)
 
 int launch(const std::string& folder, char** program)
 {
-    const std::string name = text_shown(program[0]);
+    const std::string name = path_shown(program[0]);
     const std::string path = program_find(program[0]);
     if (path.empty()) {
         return refusal(kNotFound, name + ": no such program");
@@ -323,10 +337,13 @@ int launch(const std::string& folder, char** program)
         return failure(error);
     }
     unit_close(unit);
+    if (!devices_make(folder, error)) {
+        return failure(error);
+    }
     std::error_code code;
     const std::string whole = fs::canonical(folder, code).string();
     if (code || !environment_make(whole, error)) {
-        return failure(code ? text_shown(folder) + ": " + code.message() : error);
+        return failure(code ? path_shown(folder) + ": " + code.message() : error);
     }
     return program_become(path, program);
 }

@@ -4,7 +4,10 @@
 #include <cstring>
 #include <string>
 
+#include <dlfcn.h>
+
 #include "sim/state_text.h"
+#include "tools/maintsim/files.h"
 #include "tools/maintsim/launch.h"
 #include "tools/maintsim/verbs.h"
 
@@ -80,10 +83,22 @@ int verb_run(const Verb& verb, const std::string& folder, Words words)
     return verb.run(folder, words);
 }
 
+// On a unit, maintsim is a program as any other; but what it keeps of a unit, the same one or another,
+// has the machine's time.
+void machineTime_find()
+{
+    void* const library = dlopen("libc.so.6", RTLD_LAZY | RTLD_NOLOAD);
+    void* const found = library == nullptr ? nullptr : dlsym(library, "clock_gettime");
+    if (found != nullptr) {
+        machineClock_use(reinterpret_cast<int (*)(clockid_t, timespec*)>(found)); // NOLINT: POSIX
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    machineTime_find();
     std::string folder;
     int at = 1;
     bool program = false; // whatever its name is
@@ -95,18 +110,23 @@ int main(int argc, char** argv)
         if (either(argv[at], "-V", "--version")) {
             return text_say("maintsim " MAINT_VERSION "\n");
         }
-        const bool joined = word.starts_with("--unit=");
+        const bool apart = either(argv[at], "-u", "--unit");
+        // What the folder begins behind, in "--unit=DIR" and "-uDIR".
+        const size_t joined = word.starts_with("--unit=") ? strlen("--unit=")
+                              : word.starts_with("-u")    ? strlen("-u")
+                                                          : 0;
         if (word == "--") {
             program = true;
-        } else if (joined || either(argv[at], "-u", "--unit")) {
+        } else if (apart || joined > 0) {
             if (!folder.empty()) {
                 return wrong_call("-u is given twice");
             }
-            if (!joined && at + 1 < argc) {
-                ++at;
+            if (!apart) {
+                folder = word.substr(joined);
+            } else if (at + 1 < argc) {
+                folder = argv[++at];
             }
-            folder = joined ? word.substr(strlen("--unit=")) : argv[at];
-            if (folder.empty() || (!joined && folder == word)) {
+            if (folder.empty()) {
                 return wrong_call("-u needs a folder");
             }
         } else {

@@ -198,7 +198,9 @@ std::optional<UnitDevice> device_ofDescriptor(int descriptor)
     if (NEXT(fstat)(descriptor, &status) != 0) {
         return {};
     }
-    return device_ofFile(status.st_dev, status.st_ino);
+    const auto device = device_ofFile(status.st_dev, status.st_ino);
+    // O_PATH names the device, and does not open it.
+    return device && (NEXT(fcntl)(descriptor, F_GETFL) & O_PATH) != 0 ? std::nullopt : device;
 }
 
 void device_closing(int descriptor)

@@ -20,6 +20,7 @@
 // A copy of the devices, kept as new as the journal.
 struct Unit {
     std::string folder; // from the root on: the program may go elsewhere
+    std::string shown;  // as it was given, for people
     Journal journal;
     // Threads of this process one after the other, and none of them while it forks.
     pthread_mutex_t threads = PTHREAD_MUTEX_INITIALIZER;
@@ -69,10 +70,15 @@ void units_release()
     pthread_mutex_unlock(&units_lock);
 }
 
+// Before anybody else does so: who opens a unit under a lock of his own, which he holds for a fork, too,
+// gets his lock first then, as when he opens it.
+[[gnu::constructor(200)]] void forks_prepare()
+{
+    pthread_atfork(units_hold, units_release, units_release);
+}
+
 void unit_enlist(Unit* unit)
 {
-    static pthread_once_t once = PTHREAD_ONCE_INIT;
-    pthread_once(&once, [] { pthread_atfork(units_hold, units_release, units_release); });
     pthread_mutex_lock(&units_lock);
     unit->next = units;
     units = unit;
@@ -306,9 +312,9 @@ std::string_view entries_of(const Unit& unit, uint32_t length)
 
 bool state_load(Unit& unit, std::string& error)
 {
-    const std::string path = state_path(unit.folder);
+    const std::string path = state_path(unit.shown);
     std::string text;
-    if (!file_read(path, text)) {
+    if (!file_read(state_path(unit.folder), text)) {
         error = path + ": " + strerror(errno);
         return false;
     }
@@ -361,7 +367,7 @@ bool unit_catchUp(Unit& unit, std::string& error)
         return false;
     }
     const uint32_t length = journal_position(unit.journal).length;
-    const std::string path = unit.folder + "/journal";
+    const std::string path = unit.shown + "/journal";
     if (length > unit.journal.capacity || length < unit.position.length) {
         error = path + ": damaged: its length is " + std::to_string(length);
         return false;
@@ -426,11 +432,11 @@ bool room_make(Unit& unit, size_t size)
     return fits;
 }
 
+// The time comes with the turn: calls have their times in their order.
 EntryHead entryHead_make(EntryKind kind)
 {
     EntryHead head{};
     head.kind = kind;
-    head.time = machine_time();
     head.process = process_id();
     const std::string_view program = program_invocation_short_name;
     program.copy(head.program, sizeof head.program - 1);
@@ -452,7 +458,7 @@ void entry_append(Unit& unit, EntryHead head, std::string_view before, std::stri
 bool turn_begin(Unit& unit, const Turn& turn, size_t size, std::string& error)
 {
     if (!turn.held()) {
-        error = unit.folder + ": the lock is lost: " + strerror(errno);
+        error = unit.shown + ": the lock is lost: " + strerror(errno);
         errno = EIO;
         return false;
     }
@@ -465,7 +471,7 @@ bool turn_begin(Unit& unit, const Turn& turn, size_t size, std::string& error)
     }
     if (!room_make(unit, size)) {
         const int reason = errno;
-        error = unit.folder + ": " + strerror(reason);
+        error = unit.shown + ": " + strerror(reason);
         errno = reason;
         return false;
     }
@@ -508,6 +514,7 @@ int openOrClose_note(Unit* unit, EntryKind kind, UnitDevice device, int flags)
         keep.fail(errno);
         return -1;
     }
+    head.time = machine_time();
     entry_append(*unit, head, {}, {});
     return 0;
 }
@@ -521,23 +528,24 @@ int unknown_note(Unit* unit, EntryHead head)
     if (!turn_beginTold(*unit, turn, entry_size(0, 0))) {
         return errno;
     }
+    head.time = machine_time();
     entry_append(*unit, head, {}, {});
     return ENOTTY;
 }
 
-bool unitLine_good(const std::string& folder, std::string& error)
+bool unitLine_good(const Unit& unit, std::string& error)
 {
     std::string line;
-    if (!file_read(folder + "/unit", line)) {
-        error = folder + (errno == ENOENT ? std::string(": no simulated unit; `new` makes one")
-                                          : std::string("/unit: ") + strerror(errno));
+    if (!file_read(unit.folder + "/unit", line)) {
+        error = unit.shown + (errno == ENOENT ? std::string(": no simulated unit; `new` makes one")
+                                              : std::string("/unit: ") + strerror(errno));
         return false;
     }
     if (line != kUnitLine) {
         error = line.starts_with("maintsim unit ")
-                    ? folder + ": a unit of another version: " +
+                    ? unit.shown + ": a unit of another version: " +
                           text_shown(std::string_view(line).substr(0, line.find('\n')))
-                    : folder + ": not a simulated unit";
+                    : unit.shown + ": not a simulated unit";
         return false;
     }
     return true;
@@ -549,15 +557,17 @@ Unit* unit_open(const std::string& folder, std::string& error)
 {
     auto unit = std::make_unique<Unit>();
     unit->folder = folder;
+    unit->shown = path_shown(folder);
     if (!folder.starts_with('/')) {
         char here[PATH_MAX] = "";
         syscall(SYS_getcwd, here, sizeof here);
         unit->folder = here + ("/" + folder);
     }
-    if (!unitLine_good(unit->folder, error)) {
+    if (!unitLine_good(*unit, error)) {
         return nullptr;
     }
     if (!journal_open(unit->folder + "/journal", unit->journal, error)) {
+        error.insert(0, unit->shown + "/journal: ");
         return nullptr;
     }
     const bool loaded = state_load(*unit, error) && unit_catchUp(*unit, error);
@@ -670,7 +680,7 @@ bool unit_create(const std::string& folder, const UnitState& state, std::string&
     constexpr uint32_t kGeneration = 1;
     const auto make = [&](const char* name, bool made) {
         if (!made) {
-            error = folder + "/" + name + ": " + strerror(errno);
+            error = path_shown(folder + "/" + name) + ": " + strerror(errno);
         }
         return made;
     };
@@ -700,6 +710,7 @@ bool unit_put(Unit* unit, const std::vector<std::string>& items, std::string& er
     if (!turn_begin(*unit, turn, entry_size(text.size(), 0), error)) {
         return false;
     }
+    head.time = machine_time();
     UnitState changed = unit->state;
     for (const std::string& item : items) {
         if (!stateText_put(changed, item, head.time, error)) {
@@ -716,18 +727,19 @@ bool unit_change(
     const std::function<bool(UnitState& state, int64_t now, std::string& error)>& change,
     std::string& error)
 {
-    const EntryHead head = entryHead_make(EntryKind::kMark);
+    EntryHead head = entryHead_make(EntryKind::kMark);
     const Turn turn(*unit);
     if (!turn_begin(*unit, turn, entry_size(mark.size(), 0), error)) {
         return false;
     }
+    head.time = machine_time();
     UnitState changed = unit->state;
     if (!change(changed, head.time, error)) {
         return false;
     }
     std::swap(unit->state, changed);
     if (!journal_renew(*unit)) {
-        error = unit->folder + ": " + strerror(errno);
+        error = unit->shown + ": " + strerror(errno);
         unit->state = std::move(changed);
         return false;
     }

@@ -5,6 +5,8 @@
 //   DIR/unit      what kind of folder this is, and its version
 //   DIR/state     the devices' state as text, an item a line, as `maintsim show` prints it
 //   DIR/journal   every request since that state, with its answer; shared memory of all processes
+//   DIR/calls     the journal's requests of before that state: only to be told
+//   DIR/made      the devices' state after a power cycle, as text
 //   DIR/root      /conf, /tmp and /dev/mtd_systemlog of the unit, as files
 #pragma once
 

@@ -33,7 +33,7 @@ constexpr const char* kMadeAtStart[] = {"serialno", "ks8995_nor.dat", "ks8995_pr
 
 bool fail(std::string& error, const std::string& path)
 {
-    error = path + ": " + strerror(errno);
+    error = path_shown(path) + ": " + strerror(errno);
     return false;
 }
 
@@ -41,7 +41,7 @@ bool copy(const std::string& from, const std::string& to, std::string& error)
 {
     std::string text;
     if (!file_read(from, text)) {
-        return fail(error, text_shown(from));
+        return fail(error, from);
     }
     return file_replace(to, text) || fail(error, to);
 }
@@ -69,7 +69,7 @@ bool flash_make(const std::string& path, const NewUnit& choice, std::string& err
 
 RtcTime local_time()
 {
-    const time_t now = time(nullptr);
+    const time_t now = machine_time() / kSecond;
     tm local{};
     localtime_r(&now, &local);
     return {local.tm_sec,  local.tm_min,  local.tm_hour,
@@ -83,11 +83,11 @@ bool snapshot_take(const std::string& path, const std::string& root, UnitState& 
 {
     std::string text;
     if (!file_read(path, text)) {
-        return fail(error, text_shown(path));
+        return fail(error, path);
     }
     Snapshot snapshot;
     if (!snapshot_parse(text, snapshot, error)) {
-        error = text_shown(path) + ": " + error;
+        error.insert(0, path_shown(path) + ": ");
         return false;
     }
     for (const auto& [name, bytes] : snapshot.files) {
@@ -118,7 +118,7 @@ bool content_make(const std::string& folder, const NewUnit& choice, std::string&
     for (const char* part : {"", "/conf", "/tmp", "/dev"}) {
         std::error_code code;
         if (!fs::create_directory(root + part, code)) {
-            error = root + part + ": " + code.message();
+            error = path_shown(root + part) + ": " + code.message();
             return false;
         }
     }
@@ -144,7 +144,7 @@ bool made_read(const std::string& folder, UnitState& state, std::string& error)
     while (!rest.empty()) {
         const size_t length = std::min(rest.find('\n'), rest.size());
         if (!stateText_put(state, rest.substr(0, length), 0, error)) {
-            error.insert(0, ": damaged: ").insert(0, path);
+            error.insert(0, ": damaged: ").insert(0, path_shown(path));
             return false;
         }
         rest.remove_prefix(std::min(length + 1, rest.size()));
@@ -198,7 +198,7 @@ bool volatile_remove(const std::string& root, std::string& error)
         fs::remove(root + "/conf/system.log", code);
     }
     if (code) {
-        error = root + ": " + code.message();
+        error = path_shown(root) + ": " + code.message();
     }
     return !code;
 }
@@ -211,7 +211,7 @@ bool unitFolder_make(const std::string& folder, const NewUnit& choice, std::stri
     while (path.size() > 1 && path.back() == '/') {
         path.pop_back();
     }
-    const std::string shown = text_shown(path);
+    const std::string shown = path_shown(path);
     std::error_code code;
     if (fs::exists(path, code) && !(fs::is_directory(path, code) && fs::is_empty(path, code))) {
         error = shown + ": exists already";
@@ -231,8 +231,10 @@ bool unitFolder_make(const std::string& folder, const NewUnit& choice, std::stri
                 (errno == ENOTEMPTY || errno == EEXIST ? "exists already" : strerror(errno));
     }
     fs::remove_all(beside, code);
-    if (const size_t at = error.find(beside); at != std::string::npos) {
-        error.replace(at, beside.size(), shown);
+    // Nobody has heard of the folder beside.
+    const std::string beside_shown = path_shown(beside);
+    if (const size_t at = error.find(beside_shown); at != std::string::npos) {
+        error.replace(at, beside_shown.size(), shown);
     }
     return false;
 }

@@ -229,14 +229,30 @@ int fail_run(const std::string& folder, Words words)
         !request_known(static_cast<uint32_t>(number))) {
         return wrong_call("no such request: " + text_shown(rest[0]));
     }
-    const std::string item = "fail." + request + "=" + (nth.empty() ? "1" : nth) + "," +
-                             (count.empty() ? "1" : count) + "," + (name.empty() ? "EIO" : name);
-    UnitState any;
-    std::string error;
-    if (!stateText_put(any, item, 0, error)) {
-        return wrong_call(error);
+    nth = nth.empty() ? "1" : nth;
+    count = count.empty() ? "1" : count;
+    name = name.empty() ? "EIO" : name;
+    const auto item_with = [&](const std::string& first, const std::string& most,
+                               const std::string& error_name) {
+        return "fail." + request + "=" + first + "," + most + "," + error_name;
+    };
+    // Each by itself: what is wrong is told in the words of the call.
+    const struct {
+        const char* option;
+        const std::string& value;
+        std::string item;
+    } kParts[] = {{"--nth", nth, item_with(nth, "1", "EIO")},
+                  {"--for", count, item_with("1", count, "EIO")},
+                  {"--errno", name, item_with("1", "1", name)}};
+    for (const auto& part : kParts) {
+        UnitState any;
+        std::string error;
+        if (!stateText_put(any, part.item, 0, error)) {
+            return wrong_call(part.option + (" " + text_shown(part.value)) +
+                              error.substr(std::min(error.find(": "), error.size())));
+        }
     }
-    return items_put(folder, {item});
+    return items_put(folder, {item_with(nth, count, name)});
 }
 
 // calls -----------------------------------------------------------------------------------------
@@ -542,7 +558,8 @@ SYNOPSIS
 
 DESCRIPTION
     Prints an item a line, as `set` takes it; with TEXT, the items that have it
-    in them. The clock's time is the one that it shows now.
+    in them. What is not printed is zero. The clock's time is the one that it
+    shows now.
 
 EXAMPLE
     maintsim -u unit show register.0x0158
@@ -556,8 +573,8 @@ SYNOPSIS
     maintsim -u DIR set ITEM=VALUE...
 
 DESCRIPTION
-    Sets all items, or none if one of them is wrong. `show` prints the items
-    there are; among them:
+    Sets all items, or none if one of them is wrong. `show` prints those that
+    are not zero; among them:
       word.0x6B29=1                 a word, by the request that reads it
       register.0x0158=0x0020        a register
       phy.3.1=0x782D                register 1 of the PHY of port 3
@@ -604,7 +621,7 @@ SYNOPSIS
 DESCRIPTION
     Prints a call a line: number, time, process and program; the call, its
     record; behind the arrow the result and, if it changed, the record. The last
-    16384 calls at least are kept.
+    16384 calls at least are kept. What the end of a program closes is not told.
 
 OPTIONS
     --follow  goes on with what comes; ends by Ctrl-C
