@@ -472,7 +472,7 @@ refuses 1 "$work/with space/libmaintsim_preload.so: the loader does not take a p
     'with space/maintsim' -u unit true
 
 # Another preloaded object stays.
-shows "$object:libc.so.6" env LD_PRELOAD=libc.so.6 "$maintsim" -u unit sh -c 'echo $LD_PRELOAD'
+shows "$object:libdl.so.2" env LD_PRELOAD=libdl.so.2 "$maintsim" -u unit sh -c 'echo $LD_PRELOAD'
 shows "$object" env LD_PRELOAD= "$maintsim" -u unit sh -c 'echo $LD_PRELOAD'
 shows "$work/unit" "$maintsim" -u unit sh -c 'echo $MAINTSIM_UNIT'
 

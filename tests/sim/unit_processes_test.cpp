@@ -21,6 +21,35 @@ template <class Type> Type* shared_make(size_t count)
     return static_cast<Type*>(memory);
 }
 
+// The preloaded object opens its unit under a lock that it holds for a fork, too. This test is the
+// first one: its process has opened no unit yet.
+TEST_F(UnitTest, IsOpenedUnderALockThatAForkTakes)
+{
+    const pid_t process = start([&] {
+        static pthread_mutex_t opening = PTHREAD_MUTEX_INITIALIZER;
+        alarm(20); // two locks that wait for each other
+        pthread_atfork([] { pthread_mutex_lock(&opening); }, [] { pthread_mutex_unlock(&opening); },
+                       [] { pthread_mutex_unlock(&opening); });
+        std::atomic<bool> ended{false};
+        std::thread opener([&] {
+            while (!ended) {
+                pthread_mutex_lock(&opening);
+                Unit* unit = open(folder);
+                pthread_mutex_unlock(&opening);
+                unit_close(unit);
+            }
+        });
+        int wrong = 0;
+        for (int i = 0; i < 200; ++i) {
+            wrong += end(start([] { return 0; }));
+        }
+        ended = true;
+        opener.join();
+        return wrong == 0 ? 0 : 1;
+    });
+    EXPECT_EQ(end(process), 0);
+}
+
 TEST_F(UnitTest, OfEightProcessesKeepsEachOnesOrder)
 {
     constexpr uint32_t kProcesses = 8;
@@ -155,34 +184,6 @@ TEST_F(UnitTest, TellsTimesInTheOrderOfItsCalls)
     }
     EXPECT_EQ(calls(unit).size(), std::size(asks));
     unit_close(unit);
-}
-
-// The preloaded object opens its unit under a lock that it holds for a fork, too.
-TEST_F(UnitTest, IsOpenedUnderALockThatAForkTakes)
-{
-    const pid_t process = start([&] {
-        static pthread_mutex_t opening = PTHREAD_MUTEX_INITIALIZER;
-        alarm(20); // two locks that wait for each other
-        pthread_atfork([] { pthread_mutex_lock(&opening); }, [] { pthread_mutex_unlock(&opening); },
-                       [] { pthread_mutex_unlock(&opening); });
-        std::atomic<bool> ended{false};
-        std::thread opener([&] {
-            while (!ended) {
-                pthread_mutex_lock(&opening);
-                Unit* unit = open(folder);
-                pthread_mutex_unlock(&opening);
-                unit_close(unit);
-            }
-        });
-        int wrong = 0;
-        for (int i = 0; i < 200; ++i) {
-            wrong += end(start([] { return 0; }));
-        }
-        ended = true;
-        opener.join();
-        return wrong == 0 ? 0 : 1;
-    });
-    EXPECT_EQ(end(process), 0);
 }
 
 TEST_F(UnitTest, LosesNothingThatWasAnsweredByAKill)

@@ -57,8 +57,8 @@ std::string program_find(const std::string& name)
     std::string found;
     for (size_t at = 0; at <= search.size() && !name.empty();) {
         const size_t end = std::min(search.find(':', at), search.size());
-        const std::string folder = search.substr(at, end - at);
-        const std::string place = folder.empty() ? name : folder + "/" + name;
+        std::string place = search.substr(at, end - at);
+        place.append(place.empty() ? "" : "/").append(name);
         const ProgramKind kind = program_check(AT_FDCWD, place.c_str()).kind;
         if (kind != ProgramKind::kMissing && kind != ProgramKind::kNotAllowed) {
             return place;

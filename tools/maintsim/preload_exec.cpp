@@ -110,15 +110,17 @@ bool sim_belongs()
 }
 
 // Names an environment with both variables in it; it lies on the caller's stack.
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names
 #define ENVIRONMENT_COMPLETE(given, whole)                                                         \
     char** whole = const_cast<char**>(given);                                                      \
     if (sim_belongs() && !environment_whole(given)) {                                              \
         void* const entries = alloca((list_length(given) + 3) * sizeof(char*));                    \
-        void* const preload = alloca(preload_length(given));                                       \
-        void* const unit = unit_length(given) == 0 ? nullptr : alloca(unit_length(given));         \
+        void* const preload = alloca(preload_length(given) + 1);                                   \
+        void* const unit = unit_length(given) == 0 ? nullptr : alloca(unit_length(given) + 1);     \
         whole = environment_complete(given, static_cast<char**>(entries),                          \
                                      static_cast<char*>(unit), static_cast<char*>(preload));       \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 // Whether the program may start; if not, it says why.
 bool program_allowed(int folder, const char* path, const char* name)
@@ -235,6 +237,7 @@ int program_spawn(Spawn next, pid_t* child, const char* name,
 }
 
 // The arguments of execl() and its like, from a list in the registers and on the stack.
+// NOLINTBEGIN(bugprone-macro-parentheses): the arguments are names
 #define ARGUMENTS_COLLECT(first, arguments, rest)                                                  \
     va_list rest;                                                                                  \
     va_start(rest, first);                                                                         \
@@ -249,6 +252,7 @@ int program_spawn(Spawn next, pid_t* child, const char* name,
     for (size_t i = 1; i < count; i++) {                                                           \
         arguments[i] = va_arg(rest, char*);                                                        \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 } // namespace
 
