@@ -389,7 +389,7 @@ bool filled_put(Put& put)
     if (!number_parse(put.value, kLongestWord, size, put.fault)) {
         return false;
     }
-    put.state.fpga.filled[put.key[0]] = size;
+    put.state.fpga.filled[put.key[0]] = static_cast<size_t>(size);
     return true;
 }
 

@@ -1,6 +1,7 @@
 // A unit's state as text: what is printed, what is taken, what is refused.
 #include "sim/state_text.h"
 
+#include "board/share.h"
 #include "sim/new_unit.h"
 #include "sim/unit_state_fixture.h"
 
@@ -257,7 +258,7 @@ TEST(StateText, OfAnyBytesIsTakenOrRefused)
         items.emplace_back(item);
     }
     size_t taken = 0;
-    for (int i = 0; i < 200000; ++i) {
+    for (uint32_t i = 0; i < share_of(200000); ++i) {
         std::string item = items[draw.below(static_cast<uint32_t>(items.size()))];
         for (uint32_t change = 0; change <= draw.below(3); ++change) {
             const size_t at = draw.below(static_cast<uint32_t>(item.size()));
@@ -284,8 +285,8 @@ TEST(StateText, OfAnyBytesIsTakenOrRefused)
             ASSERT_LT(fault.size(), 200U);
         }
     }
-    EXPECT_GT(taken, 1000U);
-    EXPECT_LT(taken, 199000U);
+    EXPECT_GT(taken, share_of(1000));
+    EXPECT_LT(taken, share_of(199000));
 }
 
 TEST(StateText, ShowsTheTimeThatItIs)

@@ -156,13 +156,15 @@ TEST(Clock, ThatShowsNoTimeDoesNotRun)
 TEST(Clock, OfEveryDayIsTheCLibrarys)
 {
     for (int64_t seconds = -2208988800; seconds < 4102444800; seconds += 86400 * 3 + 12345) {
-        const auto when = static_cast<time_t>(seconds);
-        tm expected{};
-        gmtime_r(&when, &expected);
         const RtcTime time = rtcTime_ofSeconds(seconds);
-        EXPECT_EQ(time, (RtcTime{expected.tm_sec, expected.tm_min, expected.tm_hour,
-                                 expected.tm_mday, expected.tm_mon, expected.tm_year,
-                                 expected.tm_wday, expected.tm_yday, 0}));
+        const auto when = static_cast<time_t>(seconds);
+        if (when == seconds) { // not beyond a clock of 32 bits
+            tm expected{};
+            gmtime_r(&when, &expected);
+            EXPECT_EQ(time, (RtcTime{expected.tm_sec, expected.tm_min, expected.tm_hour,
+                                     expected.tm_mday, expected.tm_mon, expected.tm_year,
+                                     expected.tm_wday, expected.tm_yday, 0}));
+        }
         int64_t back = 0;
         EXPECT_TRUE(rtcTime_seconds(time, back));
         ASSERT_EQ(back, seconds);
