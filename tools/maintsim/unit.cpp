@@ -40,8 +40,9 @@ namespace
 
 constexpr char kUnitLine[] = "maintsim unit 1\n";
 constexpr char kStateLine[] = "maintsim state 1 generation ";
-constexpr uint32_t kEntriesMost = 16384; // before the journal starts anew
-constexpr uint32_t kTriesEvery = 256;    // while it cannot
+constexpr uint32_t kEntriesMost = 16384;        // before the journal starts anew
+constexpr size_t kCallsMost = size_t{10} << 20; // as long as the longest requests, so many, are
+constexpr uint32_t kTriesEvery = 256;           // while it cannot
 constexpr size_t kRecordMost = 512;
 constexpr uintptr_t kFirstPage = 4096; // no record lies there
 
@@ -391,6 +392,26 @@ bool unit_catchUp(Unit& unit, std::string& error)
 
 // Appending -----------------------------------------------------------------------------------
 
+// The calls of before the journal that are still to be told: a restart starts the journal anew when it
+// is short, and long records when it has few. Who was killed at that may have kept the journal's, too.
+std::string earlierCalls_keep(const Unit& unit)
+{
+    std::string text;
+    if (unit.entries >= kEntriesMost || !file_read(calls_path(unit.folder), text)) {
+        return "";
+    }
+    size_t begin = 0;
+    size_t end = 0;
+    Entry entry;
+    while (entry_read(text, end, entry) && entry.head.sequence + unit.entries < unit.sequence) {
+        const bool old = entry.head.sequence + kEntriesMost < unit.sequence;
+        const bool too_long = text.size() - end > kCallsMost;
+        end += entry.head.size;
+        begin = old || too_long ? end : begin;
+    }
+    return text.substr(begin, end - begin);
+}
+
 // The state goes to its file, and the journal starts anew. What it held stays to be looked at. False:
 // errno says why not, and all is as it was.
 bool journal_renew(Unit& unit)
@@ -403,7 +424,8 @@ bool journal_renew(Unit& unit)
     }
     // The calls first: once the state is there, the journal's entries do not count. Without room for
     // them, the earlier ones stay.
-    file_replace(calls_path(unit.folder), entries_of(unit, unit.position.length));
+    file_replace(calls_path(unit.folder),
+                 earlierCalls_keep(unit).append(entries_of(unit, unit.position.length)));
     if (!file_takePrepared(state_path(unit.folder))) {
         return false;
     }
