@@ -643,6 +643,43 @@ TEST_F(PreloadClock, AWaitsPartsOfASecondAreCarried)
     }
 }
 
+volatile sig_atomic_t times_read = 0;
+
+// A signal handler may ask for the time while the program allocates memory, and while others use the
+// unit.
+TEST_F(PreloadClock, IsReadInASignalHandler)
+{
+    constexpr int kReads = 2000;
+    const pid_t other = fork();
+    if (other == 0) {
+        alarm(120); // if nobody ends it
+        const int device = fpga_open();
+        for (uint32_t i = 0;; i++) {
+            register_set(device, i % 5000, i);
+        }
+    }
+    const pid_t reader = fork();
+    if (reader == 0) {
+        signal(SIGALRM, [](int) {
+            time(nullptr);
+            times_read = times_read + 1;
+        });
+        const itimerval often = {{0, 200}, {0, 200}};
+        setitimer(ITIMER_REAL, &often, nullptr);
+        std::vector<std::string> texts(256);
+        for (size_t i = 0; times_read < kReads; i++) {
+            std::string(1 + i * 37 % 3000, 'x').swap(texts[i % texts.size()]);
+        }
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(reader, &status, 0), reader);
+    EXPECT_EQ(status, 0);
+    ASSERT_EQ(kill(other, SIGKILL), 0);
+    ASSERT_EQ(waitpid(other, &status, 0), other);
+    EXPECT_EQ(WTERMSIG(status), SIGKILL);
+}
+
 // A wait of a tenth of a second by the unit's clock is one, wherever that clock stands.
 TEST_F(PreloadClock, WaitsEndByTheUnitsClock)
 {
