@@ -21,10 +21,10 @@ fail()
     failures=$((failures + 1))
 }
 
-# awaits COMMAND...: until it succeeds, five seconds at most; what is then, the caller looks at.
+# awaits COMMAND...: until it succeeds, or for half a minute; what is then, the caller looks at.
 awaits()
 {
-    for _ in $(seq 100); do
+    for _ in $(seq 600); do
         if "$@"; then break; fi
         sleep 0.05
     done
@@ -136,7 +136,7 @@ ends 1 "$maintsim" -u unit sh -c 'echo text >/dev/rtc'
 ends 1 "$maintsim" -u unit rm -f /dev/fpga
 # tail follows the file while another program writes.
 echo first >unit/root/conf/followed
-timeout 20 "$maintsim" -u unit tail -n +1 -f /conf/followed >followed &
+timeout 60 "$maintsim" -u unit tail -n +1 -f /conf/followed >followed &
 tail=$!
 awaits grep -q first followed
 "$maintsim" -u unit sh -c 'echo second >>/conf/followed'
@@ -145,6 +145,15 @@ kill "$tail"
 wait "$tail" || true
 [ "$(cat followed)" = "$(printf 'first\nsecond')" ] || fail "tail -f shows '$(cat followed)'"
 "$maintsim" -u unit rm /conf/followed
+
+# A program in the unit's own folder.
+printf '#!/bin/sh\ncat "$(dirname "$0")/config" /tmp/serialno; exit 3\n' >unit/root/conf/program
+refuses 126 '/conf/program: it may not be read and run' "$maintsim" -u unit /conf/program
+chmod +x unit/root/conf/program
+ends 3 "$maintsim" -u unit /conf/program
+cat copy unit/root/tmp/serialno | cmp - shown || fail "a program of the unit shows $(cat shown)"
+refuses 127 '/conf/none: no such program' "$maintsim" -u unit /conf/none
+rm unit/root/conf/program
 
 for program in python3 busybox vim; do
     command -v "$program" >/dev/null || echo "not here: $program"
@@ -318,7 +327,7 @@ wait "$launcher" || status=$?
 [ -z "$(ls temporary)" ] || fail "a unit for one run is left after a signal"
 
 # Nor does it depend on what its caller does with ended programs.
-ends 7 timeout -s KILL 20 env --ignore-signal=CHLD "$maintsim" sh -c 'exit 7'
+ends 7 timeout -s KILL 60 env --ignore-signal=CHLD "$maintsim" sh -c 'exit 7'
 
 # As the program stands, so does maintsim; then both go on.
 stands() { grep -q ') T ' "/proc/$launcher/stat"; }

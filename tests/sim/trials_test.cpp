@@ -115,10 +115,11 @@ class UnitTrials : public DeviceTrials
     // What the unit was asked since it was put into its state; all of it by the program.
     Trace seen_get()
     {
-        const std::vector<UnitCall> calls = unitCalls_get(unit_);
+        const std::vector<UnitCall> calls = unitCalls_get(unit_, next_);
         const auto mark = std::find_if(calls.rbegin(), calls.rend(), [](const UnitCall& call) {
             return call.head.kind == EntryKind::kMark;
         });
+        next_ = calls.empty() ? next_ : calls.back().head.sequence + 1;
         Trace seen;
         for (auto call = mark.base(); call != calls.end(); ++call) {
             EXPECT_EQ(call->head.process, program_.process);
@@ -193,6 +194,7 @@ class UnitTrials : public DeviceTrials
     Units units_;
     std::string folder_ = units_.make("unit");
     Unit* unit_ = unit_reopen(folder_);
+    uint64_t next_ = 0; // call that was not looked at
     Started program_;
     uint32_t command_ = UINT32_MAX; // of this program
 };

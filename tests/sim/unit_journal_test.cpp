@@ -198,6 +198,50 @@ TEST_F(UnitTest, TellsTheLastCallsAtLeast)
     unit_close(unit);
 }
 
+// Each restart starts the journal anew, and long records fill it before it has so many entries.
+TEST_F(UnitTest, TellsTheLastCallsAfterRestartsAndLongRecordsToo)
+{
+    constexpr uint32_t kKept = 16384;
+    Unit* unit = open(folder);
+    const std::vector<std::string> rule = {"rule.1=" + std::string(160, 'a'),
+                                           "rule.2=" + std::string(160, 'b')};
+    std::string error;
+    for (uint32_t i = 1; i <= 50000; ++i) {
+        ASSERT_TRUE(
+            i % 7777 == 0
+                ? unit_change(
+                      unit, "x", [](UnitState&, int64_t, std::string&) { return true; }, error)
+                : unit_put(unit, rule, error))
+            << error;
+        if (i % 7777 > 2 && i % 4999 != 0) {
+            continue;
+        }
+        const std::vector<UnitCall> seen = calls(unit);
+        ASSERT_GE(seen.size(), std::min(i, kKept)) << i;
+        for (size_t n = 0; n < seen.size(); ++n) {
+            ASSERT_EQ(seen[n].head.sequence, i - seen.size() + 1 + n);
+        }
+    }
+    EXPECT_LT(std::filesystem::file_size(folder + "/calls"), size_t{15} << 20);
+    unit_close(unit);
+}
+
+// A few calls that are very long are not all kept.
+TEST_F(UnitTest, KeepsItsCallsShort)
+{
+    Unit* unit = open(folder);
+    const std::vector<std::string> items(20000, "rule.1=" + std::string(160, 'a'));
+    std::string error;
+    for (int i = 0; i < 12; ++i) {
+        ASSERT_TRUE(unit_put(unit, items, error)) << error;
+    }
+    EXPECT_LT(std::filesystem::file_size(folder + "/calls"), size_t{15} << 20);
+    const std::vector<UnitCall> seen = calls(unit);
+    ASSERT_GE(seen.size(), 3U);
+    EXPECT_EQ(seen.back().head.sequence, 12U);
+    unit_close(unit);
+}
+
 // Who is killed while the journal starts anew may have kept its calls already.
 TEST_F(UnitTest, TellsNoCallTwice)
 {

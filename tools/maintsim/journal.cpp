@@ -46,6 +46,7 @@ struct JournalHead {
     Origin origin;
     alignas(64) std::atomic<uint64_t> position; // generation and length, in one store
     alignas(64) pthread_mutex_t lock;
+    alignas(64) std::atomic<int64_t> clock;
 };
 static_assert(sizeof(JournalHead) <= kHeadSize);
 static_assert(std::atomic<uint64_t>::is_always_lock_free);
@@ -295,6 +296,36 @@ JournalPosition journal_position(const Journal& journal)
 void journal_setPosition(Journal& journal, JournalPosition position)
 {
     journal.head->position.store(position_word(position), std::memory_order_release);
+}
+
+std::atomic<int64_t>& journal_clock(Journal& journal)
+{
+    return journal.head->clock;
+}
+
+const std::atomic<int64_t>* journal_clockMap(const char* path)
+{
+    const int file = file_open(path, O_RDONLY | O_NONBLOCK);
+    if (file < 0) {
+        return nullptr;
+    }
+    struct statx about {
+    };
+    void* map = MAP_FAILED;
+    if (syscall(SYS_statx, file, "", AT_EMPTY_PATH, STATX_SIZE | STATX_TYPE, &about) == 0 &&
+        S_ISREG(about.stx_mode) && about.stx_size == kHeadSize + kCapacity) {
+        map = mmap(nullptr, kHeadSize, PROT_READ, MAP_SHARED, file, 0);
+    }
+    file_close(file);
+    if (map == MAP_FAILED) {
+        return nullptr;
+    }
+    const auto* head = static_cast<const JournalHead*>(map);
+    if (memcmp(head->magic, kMagic, sizeof kMagic) != 0 || head->version != kVersion) {
+        munmap(map, kHeadSize);
+        return nullptr;
+    }
+    return &head->clock;
 }
 
 size_t entry_size(size_t before, size_t after)

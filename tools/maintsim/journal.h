@@ -3,6 +3,7 @@
 // position has passed it: one store. Whoever is killed before that has changed nothing.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -80,6 +81,13 @@ void journal_unlock(Journal& journal);
 
 JournalPosition journal_position(const Journal& journal);
 void journal_setPosition(Journal& journal, JournalPosition position);
+
+// The unit's system clock, as a difference to the machine's, beside the entries: whoever holds the lock
+// keeps it as the state has it, and anybody may read it at any time.
+std::atomic<int64_t>& journal_clock(Journal& journal);
+// The same of a journal that is not open. It neither waits nor allocates: a signal handler may ask. Null:
+// there is no journal.
+const std::atomic<int64_t>* journal_clockMap(const char* path);
 
 // The entry at this place of a text of entries; false: there is none, or it is damaged.
 bool entry_read(std::string_view entries, size_t offset, Entry& entry);

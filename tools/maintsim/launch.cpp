@@ -71,6 +71,13 @@ std::string program_find(const std::string& name)
     return found;
 }
 
+// A program that lies in /conf of the unit; empty: it is none.
+std::string unitProgram_find(const std::string& folder, const std::string& name)
+{
+    const std::string place = folder + "/root" + name;
+    return !folder.empty() && name.starts_with("/conf/") && is_program(place) ? place : "";
+}
+
 // The preloaded object --------------------------------------------------------------------------
 
 // It lies beside this program in the build tree, and in ../lib as installed.
@@ -317,7 +324,8 @@ int temporary_launch(const std::string& path, char** program)
 int launch(const std::string& folder, char** program)
 {
     const std::string name = path_shown(program[0]);
-    const std::string path = program_find(program[0]);
+    std::string path = unitProgram_find(folder, program[0]);
+    path = path.empty() ? program_find(program[0]) : path;
     if (path.empty()) {
         return refusal(kNotFound, name + ": no such program");
     }

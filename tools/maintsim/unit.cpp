@@ -30,8 +30,6 @@ struct Unit {
     uint32_t entries = 0;          // in the journal, up to the position
     uint32_t tries_from = 0;       // entries at which the journal is started anew
     std::atomic<bool> told{false}; // why requests fail, on standard error
-    std::atomic<uint64_t> clock_position{0};
-    std::atomic<int64_t> clock_difference{0};
     Unit* next = nullptr;
 };
 
@@ -40,15 +38,11 @@ namespace
 
 constexpr char kUnitLine[] = "maintsim unit 1\n";
 constexpr char kStateLine[] = "maintsim state 1 generation ";
-constexpr uint32_t kEntriesMost = 16384; // before the journal starts anew
-constexpr uint32_t kTriesEvery = 256;    // while it cannot
+constexpr uint32_t kEntriesMost = 16384;        // before the journal starts anew
+constexpr size_t kCallsMost = size_t{10} << 20; // as long as the longest requests, so many, are
+constexpr uint32_t kTriesEvery = 256;           // while it cannot
 constexpr size_t kRecordMost = 512;
 constexpr uintptr_t kFirstPage = 4096; // no record lies there
-
-uint64_t positionWord(JournalPosition position)
-{
-    return uint64_t{position.generation} << 32 | position.length;
-}
 
 // All units of this process, for the moment of a fork.
 pthread_mutex_t units_lock = PTHREAD_MUTEX_INITIALIZER;
@@ -389,7 +383,35 @@ bool unit_catchUp(Unit& unit, std::string& error)
     return true;
 }
 
+void clock_publish(Unit& unit)
+{
+    std::atomic<int64_t>& clock = journal_clock(unit.journal);
+    if (clock.load(std::memory_order_relaxed) != unit.state.clock_difference) {
+        clock.store(unit.state.clock_difference, std::memory_order_relaxed);
+    }
+}
+
 // Appending -----------------------------------------------------------------------------------
+
+// The calls of before the journal that are still to be told: a restart starts the journal anew when it
+// is short, and long records when it has few. Who was killed at that may have kept the journal's, too.
+std::string earlierCalls_keep(const Unit& unit)
+{
+    std::string text;
+    if (unit.entries >= kEntriesMost || !file_read(calls_path(unit.folder), text)) {
+        return "";
+    }
+    size_t begin = 0;
+    size_t end = 0;
+    Entry entry;
+    while (entry_read(text, end, entry) && entry.head.sequence + unit.entries < unit.sequence) {
+        const bool old = entry.head.sequence + kEntriesMost < unit.sequence;
+        const bool too_long = text.size() - end > kCallsMost;
+        end += entry.head.size;
+        begin = old || too_long ? end : begin;
+    }
+    return text.substr(begin, end - begin);
+}
 
 // The state goes to its file, and the journal starts anew. What it held stays to be looked at. False:
 // errno says why not, and all is as it was.
@@ -403,7 +425,8 @@ bool journal_renew(Unit& unit)
     }
     // The calls first: once the state is there, the journal's entries do not count. Without room for
     // them, the earlier ones stay.
-    file_replace(calls_path(unit.folder), entries_of(unit, unit.position.length));
+    file_replace(calls_path(unit.folder),
+                 earlierCalls_keep(unit).append(entries_of(unit, unit.position.length)));
     if (!file_takePrepared(state_path(unit.folder))) {
         return false;
     }
@@ -469,6 +492,7 @@ bool turn_begin(Unit& unit, const Turn& turn, size_t size, std::string& error)
         errno = EIO;
         return false;
     }
+    clock_publish(unit); // who set it may have been killed before
     if (!room_make(unit, size)) {
         const int reason = errno;
         error = unit.shown + ": " + strerror(reason);
@@ -495,12 +519,6 @@ bool turn_beginTold(Unit& unit, const Turn& turn, size_t size)
     }
     error_tell(unit, error);
     return false;
-}
-
-void clock_note(Unit& unit)
-{
-    unit.clock_difference.store(unit.state.clock_difference, std::memory_order_relaxed);
-    unit.clock_position.store(positionWord(unit.position), std::memory_order_release);
 }
 
 int openOrClose_note(Unit* unit, EntryKind kind, UnitDevice device, int flags)
@@ -571,6 +589,9 @@ Unit* unit_open(const std::string& folder, std::string& error)
         return nullptr;
     }
     const bool loaded = state_load(*unit, error) && unit_catchUp(*unit, error);
+    if (loaded) {
+        clock_publish(*unit);
+    }
     journal_unlock(unit->journal);
     if (!loaded) {
         journal_close(unit->journal);
@@ -651,19 +672,9 @@ int unit_request(Unit* unit, UnitDevice device, unsigned long request, unsigned 
     return answer.result;
 }
 
-// Every look at the system's time asks this: without the lock, as long as nothing was appended.
 int64_t unit_clockDifference(Unit* unit)
 {
-    const uint64_t word = positionWord(journal_position(unit->journal));
-    if (unit->clock_position.load(std::memory_order_acquire) == word) {
-        return unit->clock_difference.load(std::memory_order_relaxed);
-    }
-    const ErrnoKeep keep;
-    const Turn turn(*unit);
-    if (turn_beginTold(*unit, turn, 0)) {
-        clock_note(*unit);
-    }
-    return unit->state.clock_difference;
+    return journal_clock(unit->journal).load(std::memory_order_relaxed);
 }
 
 void unit_setClock(Unit* unit, int64_t difference)
@@ -719,6 +730,7 @@ bool unit_put(Unit* unit, const std::vector<std::string>& items, std::string& er
     }
     entry_append(*unit, head, text, {});
     unit->state = std::move(changed);
+    clock_publish(*unit);
     return true;
 }
 
@@ -743,6 +755,7 @@ bool unit_change(
         unit->state = std::move(changed);
         return false;
     }
+    clock_publish(*unit);
     entry_append(*unit, head, mark, {});
     return true;
 }

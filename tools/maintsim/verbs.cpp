@@ -1,9 +1,11 @@
 #include "tools/maintsim/verbs.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cinttypes>
+#include <csignal>
 #include <cstring>
 #include <ctime>
 #include <map>
@@ -489,8 +491,12 @@ int calls_run(const std::string& folder, Words words)
         if (follow.empty() || status != kDone) {
             return status;
         }
-        constexpr timespec kTenth{0, 100000000};
-        nanosleep(&kTenth, nullptr);
+        constexpr int kTenth = 100; // milliseconds
+        pollfd reader{STDOUT_FILENO, 0, 0};
+        if (poll(&reader, 1, kTenth) > 0) {
+            raise(SIGPIPE); // nobody reads any more
+            return failure("standard output: nobody reads it");
+        }
     }
 }
 
