@@ -24,8 +24,10 @@ case ${1-} in
 -h | --help) usage 0 0 "$1" ;;
 esac
 preset=release
+targets=all
 if [ "${1-}" = --all ]; then
     preset=all
+    targets='all long_tests'
     shift
 fi
 # ctest itself passes over what it does not know, and runs every test.
@@ -48,5 +50,6 @@ done
 setup_need "${test_needs[@]}"
 
 cmake --preset release
-cmake --build --preset release
+# shellcheck disable=SC2086  # words on purpose
+cmake --build --preset release --target $targets
 ctest --preset "$preset" "$@"
