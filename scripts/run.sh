@@ -42,7 +42,7 @@ stage=$PWD/build/sample/stage
 PATH=$stage/bin:$stage/sbin:$PATH
 
 maintsim -u "$work/unit" new ${image:+--image "$image"}
-boots_of "$work/unit/root" build/sample/tools/systemlog_image
+boots_of "$work/unit/files" build/sample/tools/systemlog_image
 
 # Part one: the boot
 program() { maintsim -u "$work/unit" maintlogfile; }

@@ -22,7 +22,7 @@ cd "$work"
 on_unit() { "$prefix/bin/maintsim" -u unit "$@"; }
 on_unit new
 # The table that the consumer loads is in a file of the unit.
-printf '\001\002\003' | dd of=unit/root/tmp/ks8995_nor.dat conv=notrunc status=none
+printf '\001\002\003' | dd of=unit/files/tmp/ks8995_nor.dat conv=notrunc status=none
 
 # does RESULT: it says what it should, with this result of loading the table.
 does()

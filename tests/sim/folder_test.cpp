@@ -38,8 +38,8 @@ std::string unit_make(const Units& units, const std::string& name)
     std::string folder = units.make(name, any_state());
     const Ended set = program_run(units, on_unit(folder, {"set", "word.0x6B29=3"}));
     EXPECT_EQ(set.status, 0) << set.err;
-    bytes_put(folder + "/root/tmp/led_rewrite_inh", "x");
-    bytes_put(folder + "/root/conf/system.log", "log");
+    bytes_put(folder + "/files/tmp/led_rewrite_inh", "x");
+    bytes_put(folder + "/files/conf/system.log", "log");
     return folder;
 }
 
@@ -163,15 +163,15 @@ TEST(Folder, WithoutItsFilesRunsNoProgram)
 {
     const Units units;
     const std::string folder = unit_make(units, "unit");
-    fs::remove_all(folder + "/root");
+    fs::remove_all(folder + "/files");
     const auto before = content_get(folder);
     expect_oneLine(program_run(units, on_unit(folder, {"/bin/true"})),
-                   "maintsim: " + folder + "/root/dev/fpga: No such file or directory\n");
+                   "maintsim: " + folder + "/files/dev/fpga: No such file or directory\n");
     EXPECT_EQ(content_get(folder), before);
     EXPECT_EQ(program_run(units, on_unit(folder, {"show"})).status, 0);
-    fs::create_directories(folder + "/root/dev/rtc");
+    fs::create_directories(folder + "/files/dev/rtc");
     expect_oneLine(program_run(units, on_unit(folder, {"/bin/true"})),
-                   "maintsim: " + folder + "/root/dev/rtc: ");
+                   "maintsim: " + folder + "/files/dev/rtc: ");
 }
 
 void user_become()
@@ -227,7 +227,7 @@ TEST(Folder, OnAFullDiskIsNamedInOneLineAndLeftAsItIs)
     }
     const std::string folder = units.place("unit");
     EXPECT_EQ(program_run(units, on_unit(folder, {"new"})).status, 0);
-    bytes_put(folder + "/root/conf/system.log", "log");
+    bytes_put(folder + "/files/conf/system.log", "log");
     const auto before = content_get(folder);
     for (const char* verb : {"power-cycle", "warm-restart"}) {
         SCOPED_TRACE(verb);
@@ -239,7 +239,7 @@ TEST(Folder, OnAFullDiskIsNamedInOneLineAndLeftAsItIs)
     const Ended read = program_run(units, on_unit(folder, {USER_PROGRAM, "read", "40"}), disk_fill);
     EXPECT_EQ(read.status, 0) << read.err;
     EXPECT_EQ(program_run(units, on_unit(folder, {"power-cycle"})).status, 0);
-    EXPECT_FALSE(fs::exists(folder + "/root/conf/system.log"));
+    EXPECT_FALSE(fs::exists(folder + "/files/conf/system.log"));
 }
 
 } // namespace

@@ -119,15 +119,15 @@ shows '/conf/config' "$maintsim" -u unit sh -c 'echo /conf/conf*'
 shows '/conf' "$maintsim" -u unit sh -c 'cd /conf; /bin/pwd'
 shows 'character special file f0' "$maintsim" -u unit stat -c '%F %t' /dev/fpga
 shows '' "$maintsim" -u unit cp /conf/config copy
-cmp copy unit/root/conf/config || fail "cp copies something else"
+cmp copy unit/files/conf/config || fail "cp copies something else"
 shows '' "$maintsim" -u unit cp copy /conf/copy
 shows '' "$maintsim" -u unit mv /conf/copy /conf/moved
-cmp copy unit/root/conf/moved || fail "mv and cp write something else"
+cmp copy unit/files/conf/moved || fail "mv and cp write something else"
 shows '' "$maintsim" -u unit mv /conf/moved moved
 cmp copy moved || fail "mv out of the unit"
-[ ! -e unit/root/conf/moved ] || fail "mv leaves the file in the unit"
+[ ! -e unit/files/conf/moved ] || fail "mv leaves the file in the unit"
 shows '' "$maintsim" -u unit dd if=moved of=/tmp/vornapppoe.mtu bs=64 count=1 status=none
-[ "$(stat -c %s unit/root/tmp/vornapppoe.mtu)" -eq 64 ] || fail "dd writes something else"
+[ "$(stat -c %s unit/files/tmp/vornapppoe.mtu)" -eq 64 ] || fail "dd writes something else"
 shows "B00000001" "$maintsim" -u unit sh -c 'sed -i s/A/B/ /tmp/serialno && cat /tmp/serialno'
 "$maintsim" -u unit sh -c 'echo A00000001 >/tmp/serialno'
 ends 1 "$maintsim" -u unit cat /dev/fpga
@@ -135,7 +135,7 @@ grep -q 'Invalid argument' error || fail "cat of a device: $(cat error)"
 ends 1 "$maintsim" -u unit sh -c 'echo text >/dev/rtc'
 ends 1 "$maintsim" -u unit rm -f /dev/fpga
 # tail follows the file while another program writes.
-echo first >unit/root/conf/followed
+echo first >unit/files/conf/followed
 timeout 60 "$maintsim" -u unit tail -n +1 -f /conf/followed >followed &
 tail=$!
 awaits grep -q first followed
@@ -147,13 +147,13 @@ wait "$tail" || true
 "$maintsim" -u unit rm /conf/followed
 
 # A program in the unit's own folder.
-printf '#!/bin/sh\ncat "$(dirname "$0")/config" /tmp/serialno; exit 3\n' >unit/root/conf/program
+printf '#!/bin/sh\ncat "$(dirname "$0")/config" /tmp/serialno; exit 3\n' >unit/files/conf/program
 refuses 126 '/conf/program: it may not be read and run' "$maintsim" -u unit /conf/program
-chmod +x unit/root/conf/program
+chmod +x unit/files/conf/program
 ends 3 "$maintsim" -u unit /conf/program
-cat copy unit/root/tmp/serialno | cmp - shown || fail "a program of the unit shows $(cat shown)"
+cat copy unit/files/tmp/serialno | cmp - shown || fail "a program of the unit shows $(cat shown)"
 refuses 127 '/conf/none: no such program' "$maintsim" -u unit /conf/none
-rm unit/root/conf/program
+rm unit/files/conf/program
 
 for program in python3 busybox vim; do
     command -v "$program" >/dev/null || echo "not here: $program"
@@ -181,10 +181,10 @@ if command -v busybox >/dev/null && "$maintsim" -u unit busybox true 2>error; th
     shows "$serial" "$maintsim" -u unit busybox cat /tmp/serialno
 fi
 if command -v vim >/dev/null; then
-    echo one >unit/root/conf/edited
+    echo one >unit/files/conf/edited
     ends 0 "$maintsim" -u unit vim -u NONE -es -c '%s/one/two/' -c wq /conf/edited </dev/null
-    [ "$(cat unit/root/conf/edited)" = two ] || fail "vim does not write"
-    rm unit/root/conf/edited
+    [ "$(cat unit/files/conf/edited)" = two ] || fail "vim does not write"
+    rm unit/files/conf/edited
 fi
 
 # The clock is the unit's: the machine's is looked at before and after, by a program of the machine.
@@ -458,9 +458,9 @@ fi
 refuses 1 "$work/none: no" "$maintsim" -u "$work/none" true
 mkdir plain-folder
 refuses 1 'plain-folder: no' "$maintsim" -u plain-folder true
-cp -r unit rootless
-rm -r rootless/root
-refuses 1 'rootless/root/dev/fpga: No such file' "$maintsim" -u rootless true
+cp -r unit empty
+rm -r empty/files
+refuses 1 'empty/files/dev/fpga: No such file' "$maintsim" -u empty true
 
 # Where no unit for one run can be made: the folder that a developer knows is named, and nothing is left.
 refuses 1 "$work/none: no unit can be made here: No such file or directory" \

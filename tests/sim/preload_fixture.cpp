@@ -55,7 +55,7 @@ const std::string& unit_folder()
 
 std::string unit_place(const std::string& path)
 {
-    return unit_folder() + "/root" + path;
+    return unit_folder() + "/files" + path;
 }
 
 bool machine_has(const std::string& path)

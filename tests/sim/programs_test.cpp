@@ -11,16 +11,11 @@
 #include <filesystem>
 #include <random>
 
+#include "board/share.h"
 #include "sim/units.h"
 
 namespace
 {
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr uint32_t kShare = 10; // a sanitized program takes long
-#else
-constexpr uint32_t kShare = 1;
-#endif
 
 constexpr uint32_t kPairRead = 0x6B67;
 constexpr uint32_t kPairWrite = 0x6B68;
@@ -127,7 +122,7 @@ class Journey
 TEST(Programs, OnOneUnitHaveEachItsAnswersAndOneOrder)
 {
     constexpr uint32_t kPrograms = 8;
-    constexpr uint32_t kCommands = 10000 / kShare;
+    const uint32_t kCommands = share_of(10000);
     constexpr uint32_t kPart = 200;  // user_program waits before each
     constexpr uint32_t kCalls = 3;   // of a command
     constexpr time_t kPatience = 20; // seconds without a call
@@ -145,7 +140,7 @@ TEST(Programs, OnOneUnitHaveEachItsAnswersAndOneOrder)
             units.place("out" + std::to_string(p)))});
     }
     Journey journey;
-    constexpr uint64_t kAll = uint64_t{kPrograms} * kCommands * kCalls;
+    const uint64_t kAll = uint64_t{kPrograms} * kCommands * kCalls;
     time_t limit = time(nullptr) + kPatience;
     while (journey.next() < kAll + 2 && time(nullptr) < limit && !testing::Test::HasFailure()) {
         const uint64_t before = journey.next();
@@ -201,7 +196,7 @@ void writer_start(Writer& writer, const std::string& folder, uint32_t index)
 
 TEST(Programs, KilledAtAnyMomentLeaveTheUnitWhole)
 {
-    constexpr int kKills = 500 / kShare;
+    const uint32_t kKills = share_of(500);
     constexpr uint32_t kWriters = 3;
     const Units units;
     const std::string folder = units.make("unit");
@@ -214,7 +209,7 @@ TEST(Programs, KilledAtAnyMomentLeaveTheUnitWhole)
     }
     std::mt19937 engine(20061101);
     uint32_t seen = 0;
-    for (int kills = 0; kills < kKills; ++kills) {
+    for (uint32_t kills = 0; kills < kKills; ++kills) {
         const uint32_t w = static_cast<uint32_t>(engine()) % kWriters;
         Writer& writer = writers[w];
         // At any moment: before it is a program of the unit, in its first look, in the middle; each
@@ -263,13 +258,13 @@ TEST(Programs, KilledAtAnyMomentLeaveTheUnitWhole)
     EXPECT_EQ(unitText_get(again), unitText_get(watcher));
     unit_close(again);
     unit_close(watcher);
-    EXPECT_GT(seen, static_cast<uint32_t>(kKills) / 4);
-    EXPECT_GT(before[0] + before[1] + before[2], static_cast<uint32_t>(kKills) * 4);
+    EXPECT_GT(seen, kKills / 4);
+    EXPECT_GT(before[0] + before[1] + before[2], kKills * 4);
 }
 
 TEST(Programs, OnAHundredUnitsDoNotMeet)
 {
-    constexpr uint32_t kUnits = 100 / kShare;
+    const uint32_t kUnits = share_of(100);
     const Units units;
     std::vector<std::string> folders;
     std::vector<Started> programs;
@@ -288,7 +283,7 @@ TEST(Programs, OnAHundredUnitsDoNotMeet)
         const std::string& folder = folders[u - 1];
         char serial[16];
         snprintf(serial, sizeof serial, "A%08u", u);
-        EXPECT_EQ(bytes_get(folder + "/root/tmp/serialno"), serial);
+        EXPECT_EQ(bytes_get(folder + "/files/tmp/serialno"), serial);
         Unit* unit = unit_reopen(folder);
         const std::vector<UnitCall> calls = unitCalls_get(unit);
         EXPECT_EQ(calls.size(), 1U + 20 * 3 * 3);

@@ -8,6 +8,7 @@
 #include <random>
 #include <sstream>
 
+#include "board/share.h"
 #include "catalogue/catalogue.h"
 #include "sim/device_state.h"
 #include "sim/programs.h"
@@ -16,11 +17,7 @@
 namespace
 {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr uint32_t kStates = 3; // a sanitized program takes long
-#else
-constexpr uint32_t kStates = 20;
-#endif
+const uint32_t kStates = share_of(20);
 constexpr uint32_t kRounds = 4; // of all commands on a state
 
 class Draw
@@ -64,18 +61,18 @@ void unit_make(const TestFolder& top, const std::string& folder, const UnitState
     EXPECT_EQ(set.status, 0) << set.err;
 }
 
-void files_put(const std::string& root, uint32_t number)
+void files_put(const std::string& files, uint32_t number)
 {
     Draw draw(number);
-    bytes_put(root + "/conf/config", "OWN_VPN_ID='" + std::to_string(draw.below(40)) +
-                                         "'\nWAN_TYPE='" + std::to_string(draw.below(7)) +
-                                         "'\nPPPOEOFF_VPN_ID05='7'\nSELECT_MTU='PPPOE_MTU'\n"
-                                         "PPPOE_MTU='1454'\n");
+    bytes_put(files + "/conf/config", "OWN_VPN_ID='" + std::to_string(draw.below(40)) +
+                                          "'\nWAN_TYPE='" + std::to_string(draw.below(7)) +
+                                          "'\nPPPOEOFF_VPN_ID05='7'\nSELECT_MTU='PPPOE_MTU'\n"
+                                          "PPPOE_MTU='1454'\n");
     if (number % 3 != 0) {
-        bytes_put(root + "/tmp/serialno", "A0000" + std::to_string(1000 + draw.below(9000)));
+        bytes_put(files + "/tmp/serialno", "A0000" + std::to_string(1000 + draw.below(9000)));
     }
     if (number % 4 != 0) {
-        bytes_put(root + "/tmp/mtu_datasize",
+        bytes_put(files + "/tmp/mtu_datasize",
                   std::string(20, static_cast<char>(1 + draw.below(99))));
     }
 }
@@ -180,7 +177,7 @@ TEST(SnapshotRound, MakesAUnitThatIsReadTheSameAndAnswersTheSame)
         const std::string name = std::to_string(number);
         const std::string one = top.place("one" + name);
         unit_make(top, one, state_draw(number, own_id));
-        files_put(one + "/root", number);
+        files_put(one + "/files", number);
         const Ended first = program_run(top, on_unit(one, {MAINTCTL, "snapshot"}));
         EXPECT_EQ(first.status, 0);
         EXPECT_EQ(first.err, "");

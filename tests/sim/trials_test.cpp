@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <ctime>
 
+#include "board/share.h"
 #include "device/device_trials.h"
 #include "sim/call_text.h"
 #include "sim/state_text.h"
@@ -13,11 +14,7 @@
 namespace
 {
 
-#if defined(__SANITIZE_ADDRESS__)
-constexpr size_t kEvery = 10; // trial; a sanitized program takes long to start
-#else
-constexpr size_t kEvery = 1;
-#endif
+const size_t kEvery = kLoopShare.roundsPerRound; // trial: a program takes long to start
 
 // Calls of a unit as the board writes them down.
 std::string call_text(const UnitCall& call)
@@ -81,11 +78,11 @@ class UnitTrials : public DeviceTrials
         state.fpga.results = trial.answers;
         unitState_put(unit_, state);
         for (const char* part : {"/conf", "/tmp"}) {
-            std::filesystem::remove_all(root() + part);
-            std::filesystem::create_directory(root() + part);
+            std::filesystem::remove_all(files() + part);
+            std::filesystem::create_directory(files() + part);
         }
         for (const auto& [path, bytes] : trial.files) {
-            bytes_put(root() + path, bytes);
+            bytes_put(files() + path, bytes);
         }
     }
 
@@ -174,7 +171,7 @@ class UnitTrials : public DeviceTrials
         EXPECT_EQ(answer_get(trial), std::to_string(outcome.result) + " " + guard +
                                          pairs(outcome.record) + guard + "\n");
         EXPECT_EQ(seen_get(), outcome.seen);
-        EXPECT_EQ(files_get(root() + "/conf", root() + "/tmp"),
+        EXPECT_EQ(files_get(files() + "/conf", files() + "/tmp"),
                   files_get(board.host("/conf/config").parent_path(),
                             board.host("/tmp/serialno").parent_path()));
         UnitState left;
@@ -189,7 +186,7 @@ class UnitTrials : public DeviceTrials
     size_t times_set_ = 0;
 
   private:
-    [[nodiscard]] std::string root() const { return folder_ + "/root"; }
+    [[nodiscard]] std::string files() const { return folder_ + "/files"; }
 
     Units units_;
     std::string folder_ = units_.make("unit");

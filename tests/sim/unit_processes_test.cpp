@@ -8,7 +8,9 @@
 #include <csignal>
 #include <thread>
 
+#include "board/share.h"
 #include "sim/unit_fixture.h"
+#include "tools/maintsim/files.h"
 
 namespace
 {
@@ -19,6 +21,31 @@ template <class Type> Type* shared_make(size_t count)
     void* memory = mmap(nullptr, count * sizeof(Type), PROT_READ | PROT_WRITE,
                         MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     return static_cast<Type*>(memory);
+}
+
+// A process that holds the unit's lock for some microseconds, and has it when this returns. `released`
+// is shared and 0: 1 while it holds the lock, then the time at which it gave it back.
+pid_t lock_hold(const std::string& folder, useconds_t time, std::atomic<int64_t>* released)
+{
+    *released = 0;
+    const pid_t process = fork();
+    if (process == 0) {
+        Journal journal;
+        std::string fault;
+        if (!journal_open(folder + "/journal", journal, fault)) {
+            *released = -1;
+            _exit(1);
+        }
+        *released = 1;
+        usleep(time);
+        *released = machine_time();
+        journal_unlock(journal);
+        _exit(0);
+    }
+    while (*released == 0) {
+        usleep(100);
+    }
+    return process;
 }
 
 // The preloaded object opens its unit under a lock that it holds for a fork, too. This test is the
@@ -53,7 +80,7 @@ TEST_F(UnitTest, IsOpenedUnderALockThatAForkTakes)
 TEST_F(UnitTest, OfEightProcessesKeepsEachOnesOrder)
 {
     constexpr uint32_t kProcesses = 8;
-    constexpr uint32_t kRequests = 10000;
+    const uint32_t kRequests = share_of(10000);
     auto* seen = shared_make<std::atomic<uint64_t>>(1); // calls that were looked at
     Unit* unit = open(folder);
     std::vector<pid_t> processes;
@@ -159,24 +186,7 @@ TEST_F(UnitTest, TellsTimesInTheOrderOfItsCalls)
                                           },
                                           [&] { unit_closed(unit, UnitDevice::kFpga); }};
     for (const auto& ask : asks) {
-        *released = 0;
-        const pid_t holder = start([&] {
-            Journal journal;
-            std::string fault;
-            if (!journal_open(folder + "/journal", journal, fault)) {
-                return 1;
-            }
-            *released = 1;
-            usleep(20000);
-            timespec now{};
-            clock_gettime(CLOCK_REALTIME, &now);
-            *released = now.tv_sec * 1000000000 + now.tv_nsec;
-            journal_unlock(journal);
-            return 0;
-        });
-        while (*released == 0) {
-            usleep(100);
-        }
+        const pid_t holder = lock_hold(folder, 20000, released);
         ask();
         EXPECT_EQ(end(holder), 0);
         EXPECT_GE(calls(unit).back().head.time, *released);
@@ -188,12 +198,12 @@ TEST_F(UnitTest, TellsTimesInTheOrderOfItsCalls)
 
 TEST_F(UnitTest, LosesNothingThatWasAnsweredByAKill)
 {
-    constexpr int kKills = 500;
+    const uint32_t kKills = share_of(500);
     auto* answered = shared_make<std::atomic<uint32_t>>(2);
     RequestDraw draw(1);
     Unit* watcher = open(folder); // lives all along
     uint32_t value = 0;
-    for (int kill_number = 0; kill_number < kKills; ++kill_number) {
+    for (uint32_t kill_number = 0; kill_number < kKills; ++kill_number) {
         answered[0] = value;
         const pid_t victims[2] = {start([&] {
                                       Unit* unit = open(folder);
@@ -286,7 +296,7 @@ TEST_F(UnitTest, KilledBetweenStateAndJournalIsWhole)
 
 TEST_F(UnitTest, OfAHundredDoNotMeet)
 {
-    constexpr uint32_t kUnits = 100;
+    const uint32_t kUnits = share_of(100);
     std::vector<pid_t> processes;
     for (uint32_t u = 0; u < kUnits; ++u) {
         const std::string path = make("unit_" + std::to_string(u));
@@ -383,24 +393,10 @@ TEST_F(UnitTest, IsNotHeldByTheDeadOfAnotherFolder)
     EXPECT_EQ(number_write(unit, 1, 5), 0);
     unit_close(unit);
     // From then on it is the copy's own: who opens it waits.
-    *held = 0;
-    const pid_t other = start([&] {
-        Journal journal;
-        std::string fault;
-        if (!journal_open(copy + "/journal", journal, fault)) {
-            return 1;
-        }
-        *held = 1;
-        usleep(300000);
-        *held = 2;
-        journal_unlock(journal);
-        return 0;
-    });
-    while (*held == 0) {
-        usleep(1000);
-    }
+    auto* released = shared_make<std::atomic<int64_t>>(1);
+    const pid_t other = lock_hold(copy, 300000, released);
     unit = open(copy);
-    EXPECT_EQ(*held, 2);
+    EXPECT_GT(*released, 1);
     unit_close(unit);
     EXPECT_EQ(end(other), 0);
     EXPECT_EQ(refusal(folder), folder + "/journal: process " + std::to_string(holder) +

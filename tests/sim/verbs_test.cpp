@@ -86,13 +86,14 @@ TEST_F(Verbs, NewMakesAUnitBeforeItsFirstStart)
     const std::string path = top + "/made";
     EXPECT_EQ(run("new", {}, path + "/"), 0) << err;
     EXPECT_EQ(out + err, "");
-    EXPECT_EQ(tree(path), "journal made root/conf/config root/conf/statistics root/conf/user.log "
-                          "root/dev/mtd_systemlog root/tmp/ks8995_nor.dat root/tmp/ks8995_pri.dat "
-                          "root/tmp/mtu_datasize root/tmp/serialno root/tmp/vornapppoe.mtu state "
-                          "unit ");
-    EXPECT_EQ(content(path + "/root/dev/mtd_systemlog").size(), 12U + 640 * 100);
-    EXPECT_EQ(content(path + "/root/tmp/serialno"), "A00000001");
-    EXPECT_TRUE(content(path + "/root/conf/config").starts_with("OWN_VPN_ID='12'\nWAN_TYPE='5'\n"));
+    EXPECT_EQ(tree(path), "files/conf/config files/conf/statistics files/conf/user.log "
+                          "files/dev/mtd_systemlog files/tmp/ks8995_nor.dat "
+                          "files/tmp/ks8995_pri.dat files/tmp/mtu_datasize files/tmp/serialno "
+                          "files/tmp/vornapppoe.mtu journal made state unit ");
+    EXPECT_EQ(content(path + "/files/dev/mtd_systemlog").size(), 12U + 640 * 100);
+    EXPECT_EQ(content(path + "/files/tmp/serialno"), "A00000001");
+    EXPECT_TRUE(
+        content(path + "/files/conf/config").starts_with("OWN_VPN_ID='12'\nWAN_TYPE='5'\n"));
     EXPECT_EQ(run("show", {"word.0x6B29"}, path), 0);
     EXPECT_EQ(out, "word.0x6B29=0x0001\n");
     EXPECT_EQ(run("show", {"rtc.runs"}, path), 0);
@@ -111,8 +112,8 @@ TEST_F(Verbs, NewMakesABlankUnit)
 {
     const std::string path = top + "/made";
     EXPECT_EQ(run("new", {"--blank"}, path), 0) << err;
-    EXPECT_EQ(tree(path), "journal made root/dev/mtd_systemlog state unit ");
-    EXPECT_EQ(content(path + "/root/dev/mtd_systemlog"), std::string(100012, '\xFF'));
+    EXPECT_EQ(tree(path), "files/dev/mtd_systemlog journal made state unit ");
+    EXPECT_EQ(content(path + "/files/dev/mtd_systemlog"), std::string(100012, '\xFF'));
     EXPECT_EQ(run("show", {"0x6B29"}, path), kFailed);
     EXPECT_EQ(err, "maintsim: no item has \"0x6B29\" in it\n");
     EXPECT_EQ(run("show", {}, path), 0);
@@ -126,17 +127,17 @@ TEST_F(Verbs, NewTakesFiles)
     const std::string path = top + "/made";
     EXPECT_EQ(run("new", {"--image", top + "/image", "--config=" + top + "/config"}, path), 0)
         << err;
-    EXPECT_EQ(content(path + "/root/dev/mtd_systemlog"), "an image");
-    EXPECT_EQ(content(path + "/root/conf/config"), "OWN_VPN_ID='7'\n");
+    EXPECT_EQ(content(path + "/files/dev/mtd_systemlog"), "an image");
+    EXPECT_EQ(content(path + "/files/conf/config"), "OWN_VPN_ID='7'\n");
     // A file that is named counts more than what a snapshot tells of it.
     content_put(top + "/snapshot", "{\"snapshot\":1}\n{\"config\":{\"OWN_VPN_ID\":\"3\"}}\n");
     EXPECT_EQ(run("new", {"--snapshot", top + "/snapshot"}, top + "/third"), 0) << err;
-    EXPECT_EQ(content(top + "/third/root/conf/config"), "OWN_VPN_ID='3'\n");
+    EXPECT_EQ(content(top + "/third/files/conf/config"), "OWN_VPN_ID='3'\n");
     EXPECT_EQ(
         run("new", {"--config", top + "/config", "--snapshot", top + "/snapshot"}, top + "/fourth"),
         0)
         << err;
-    EXPECT_EQ(content(top + "/fourth/root/conf/config"), "OWN_VPN_ID='7'\n");
+    EXPECT_EQ(content(top + "/fourth/files/conf/config"), "OWN_VPN_ID='7'\n");
 }
 
 TEST_F(Verbs, NewRefuses)
@@ -394,13 +395,13 @@ TEST_F(Verbs, PowerCycleLosesAndKeeps)
 {
     const std::string path = top + "/made";
     ASSERT_EQ(run("new", {}, path), 0) << err;
-    const std::string root = path + "/root";
-    content_put(root + "/conf/system.log", "log");
-    content_put(root + "/tmp/flashsave", "1");
-    content_put(root + "/tmp/led_rewrite_inh", "x");
-    std::filesystem::create_directories(root + "/tmp/Saveing/folder");
-    content_put(root + "/tmp/Saveing/folder/file", "x");
-    content_put(root + "/conf/user.log", "kept");
+    const std::string files = path + "/files";
+    content_put(files + "/conf/system.log", "log");
+    content_put(files + "/tmp/flashsave", "1");
+    content_put(files + "/tmp/led_rewrite_inh", "x");
+    std::filesystem::create_directories(files + "/tmp/Saveing/folder");
+    content_put(files + "/tmp/Saveing/folder/file", "x");
+    content_put(files + "/conf/user.log", "kept");
     ASSERT_EQ(run("set",
                   {"word.0x6B29=9", "register.0x0999=1", "answer.0x6B02=-2", "filled.0x6B03=4",
                    "fail.0x6B07=9,1,EIO", "rtc.time=2001-02-03T04:05:06", "rtc.runs=0",
@@ -409,11 +410,11 @@ TEST_F(Verbs, PowerCycleLosesAndKeeps)
               0)
         << err;
     EXPECT_EQ(run("power-cycle", {}, path), 0) << err;
-    EXPECT_EQ(tree(root), "conf/config conf/statistics conf/user.log dev/mtd_systemlog "
-                          "tmp/ks8995_nor.dat tmp/ks8995_pri.dat tmp/serialno ");
-    EXPECT_EQ(content(root + "/conf/user.log"), "kept");
+    EXPECT_EQ(tree(files), "conf/config conf/statistics conf/user.log dev/mtd_systemlog "
+                           "tmp/ks8995_nor.dat tmp/ks8995_pri.dat tmp/serialno ");
+    EXPECT_EQ(content(files + "/conf/user.log"), "kept");
     EXPECT_EQ(run("show", {}, path), 0);
-    EXPECT_FALSE(std::filesystem::exists(root + "/tmp/Saveing"));
+    EXPECT_FALSE(std::filesystem::exists(files + "/tmp/Saveing"));
     for (const char* item :
          {"word.0x6B29=0x0001", "answer.0x6B02=-2", "filled.0x6B03=4", "fills_when_failing=1",
           "fail.0x6B07=9,1,EIO", "rtc.time=2001-02-03T04:05:06"}) {
@@ -463,8 +464,8 @@ TEST_F(Verbs, WarmRestartLosesNothing)
 {
     const std::string path = top + "/made";
     ASSERT_EQ(run("new", {}, path), 0) << err;
-    content_put(path + "/root/conf/system.log", "log");
-    content_put(path + "/root/tmp/flashsave", "1");
+    content_put(path + "/files/conf/system.log", "log");
+    content_put(path + "/files/tmp/flashsave", "1");
     ASSERT_EQ(run("set",
                   {"word.0x6B29=9", "clock.difference=99", "rtc.runs=0",
                    "rtc.time=1,2,3,4,5,600000,7,8,9"},
@@ -473,9 +474,9 @@ TEST_F(Verbs, WarmRestartLosesNothing)
         << err;
     EXPECT_EQ(run("show", {}, path), 0);
     std::string before = out;
-    const std::string files = tree(path + "/root");
+    const std::string files = tree(path + "/files");
     EXPECT_EQ(run("warm-restart", {}, path), 0) << err;
-    EXPECT_EQ(tree(path + "/root"), files);
+    EXPECT_EQ(tree(path + "/files"), files);
     EXPECT_EQ(run("show", {}, path), 0);
     // A clock without a time leaves the machine's.
     before.replace(before.find("difference=99"), 13, "difference=0");

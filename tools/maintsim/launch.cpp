@@ -74,7 +74,7 @@ std::string program_find(const std::string& name)
 // A program that lies in /conf of the unit; empty: it is none.
 std::string unitProgram_find(const std::string& folder, const std::string& name)
 {
-    const std::string place = folder + "/root" + name;
+    const std::string place = folder + "/files" + name;
     return !folder.empty() && name.starts_with("/conf/") && is_program(place) ? place : "";
 }
 
@@ -109,7 +109,7 @@ bool object_named(const std::string& object, std::string& error)
 // look at a device finds them before that. Without them, a program would say that there is no device.
 bool devices_make(const std::string& folder, std::string& error)
 {
-    for (const char* name : {"/root/dev/fpga", "/root/dev/rtc"}) {
+    for (const char* name : {"/files/dev/fpga", "/files/dev/rtc"}) {
         const int file =
             open((folder + name).c_str(), O_RDONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666);
         if (file < 0) {

@@ -65,7 +65,7 @@ struct DeviceFile {
     std::atomic<uint64_t> number{0};
 };
 std::array<DeviceFile, 2> device_files{
-    {{"/root/dev/fpga", UnitDevice::kFpga}, {"/root/dev/rtc", UnitDevice::kRtc}}};
+    {{"/files/dev/fpga", UnitDevice::kFpga}, {"/files/dev/rtc", UnitDevice::kRtc}}};
 
 void deviceFile_know(DeviceFile& file, const struct stat& status)
 {

@@ -33,7 +33,7 @@ constexpr Entry kEntries[] = {
     {"/tmp/ks8995_pri.dat", Leads::kFile},
 };
 
-constexpr std::string_view kRoot = "/root";
+constexpr std::string_view kFiles = "/files";
 
 // Longer than any path that the kernel takes: it answers what it would to the whole name.
 constexpr size_t kTooLong = PATH_MAX + 2;
@@ -184,7 +184,8 @@ class Name
                 syscall(SYS_openat, AT_FDCWD, length_ == 0 ? "/" : text_, kFlags, 0));
         }
         char place[PATH_MAX];
-        const int size = snprintf(place, sizeof place, "%s%s%s", sim_folder(), kRoot.data(), text_);
+        const int size =
+            snprintf(place, sizeof place, "%s%s%s", sim_folder(), kFiles.data(), text_);
         return size < 0 || static_cast<size_t>(size) >= sizeof place
                    ? -1
                    : static_cast<int>(syscall(SYS_openat, AT_FDCWD, place, kFlags, 0));
@@ -203,10 +204,10 @@ bool unitName_restore(char* name)
     const std::string_view folder = sim_folder();
     const std::string_view text = name;
     if (folder.empty() || !text.starts_with(folder) ||
-        !text.substr(folder.size()).starts_with(kRoot)) {
+        !text.substr(folder.size()).starts_with(kFiles)) {
         return false;
     }
-    const size_t begin = folder.size() + kRoot.size();
+    const size_t begin = folder.size() + kFiles.size();
     if (leads_find(text.substr(begin)) == Leads::kElsewhere) {
         return false;
     }
@@ -254,9 +255,9 @@ Way::Way(int given_folder, const char* given, Look look) : folder(given_folder),
     }
     const std::string_view text = name.text();
     const char* end = found ? (given[strlen(given) - 1] == '/' || text.empty() ? "/" : "") : "/";
-    const int size =
-        snprintf(buffer_, sizeof buffer_, "%s%s%.*s%s%s", unit() ? sim_folder() : "",
-                 unit() ? kRoot.data() : "", static_cast<int>(text.size()), text.data(), end, rest);
+    const int size = snprintf(buffer_, sizeof buffer_, "%s%s%.*s%s%s", unit() ? sim_folder() : "",
+                              unit() ? kFiles.data() : "", static_cast<int>(text.size()),
+                              text.data(), end, rest);
     folder = AT_FDCWD;
     path = size < 0 || static_cast<size_t>(size) >= sizeof buffer_ ? kNameTooLong.name : buffer_;
 }

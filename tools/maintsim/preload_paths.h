@@ -37,5 +37,5 @@ class Way
 };
 
 // The name by which the unit's programs know a file, from its place in the unit's folder:
-// DIR/root/conf/config is /conf/config. Changes the name in place; false: it is no such place.
+// DIR/files/conf/config is /conf/config. Changes the name in place; false: it is no such place.
 bool unitName_restore(char* name);

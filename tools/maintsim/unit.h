@@ -7,7 +7,7 @@
 //   DIR/journal   every request since that state, with its answer; shared memory of all processes
 //   DIR/calls     the journal's requests of before that state: only to be told
 //   DIR/made      the devices' state after a power cycle, as text
-//   DIR/root      /conf, /tmp and /dev/mtd_systemlog of the unit, as files
+//   DIR/files     /conf, /tmp and /dev/mtd_systemlog of the unit, as files
 #pragma once
 
 #include <cstddef>

@@ -46,11 +46,11 @@ bool copy(const std::string& from, const std::string& to, std::string& error)
     return file_replace(to, text) || fail(error, to);
 }
 
-bool files_make(const std::string& root, std::string& error)
+bool files_make(const std::string& files, std::string& error)
 {
     for (const auto& [path, bytes] : newUnit_files()) {
-        if (!file_replace(root + path, bytes)) {
-            return fail(error, root + path);
+        if (!file_replace(files + path, bytes)) {
+            return fail(error, files + path);
         }
     }
     return true;
@@ -78,7 +78,7 @@ RtcTime local_time()
 }
 
 // Takes over what the snapshot tells; the other files are a new unit's.
-bool snapshot_take(const std::string& path, const std::string& root, UnitState& state,
+bool snapshot_take(const std::string& path, const std::string& files, UnitState& state,
                    std::string& error)
 {
     std::string text;
@@ -91,13 +91,13 @@ bool snapshot_take(const std::string& path, const std::string& root, UnitState& 
         return false;
     }
     for (const auto& [name, bytes] : snapshot.files) {
-        if (!file_replace(root + name, bytes)) {
-            return fail(error, root + name);
+        if (!file_replace(files + name, bytes)) {
+            return fail(error, files + name);
         }
     }
     for (const std::string& name : snapshot.missing) {
         std::error_code code;
-        fs::remove(root + name, code);
+        fs::remove(files + name, code);
     }
     for (const auto& [request, count] : snapshot.partly) {
         fprintf(stderr,
@@ -114,18 +114,18 @@ bool content_make(const std::string& folder, const NewUnit& choice, std::string&
     if (!choice.blank) {
         newUnit_put(state, local_time(), machine_time());
     }
-    const std::string root = folder + "/root";
+    const std::string files = folder + "/files";
     for (const char* part : {"", "/conf", "/tmp", "/dev"}) {
         std::error_code code;
-        if (!fs::create_directory(root + part, code)) {
-            error = path_shown(root + part) + ": " + code.message();
+        if (!fs::create_directory(files + part, code)) {
+            error = path_shown(files + part) + ": " + code.message();
             return false;
         }
     }
-    if (!flash_make(root + "/dev/mtd_systemlog", choice, error) ||
-        (!choice.blank && !files_make(root, error)) ||
-        (!choice.snapshot.empty() && !snapshot_take(choice.snapshot, root, state, error)) ||
-        (!choice.config.empty() && !copy(choice.config, root + "/conf/config", error))) {
+    if (!flash_make(files + "/dev/mtd_systemlog", choice, error) ||
+        (!choice.blank && !files_make(files, error)) ||
+        (!choice.snapshot.empty() && !snapshot_take(choice.snapshot, files, state, error)) ||
+        (!choice.config.empty() && !copy(choice.config, files + "/conf/config", error))) {
         return false;
     }
     return unit_create(folder, state, error) &&
@@ -182,10 +182,10 @@ int64_t clock_difference(const UnitState& state, int64_t now)
     return seconds < 0 || seconds >= kSecondsLimit ? 0 : (seconds - now / kSecond) * kSecond;
 }
 
-bool volatile_remove(const std::string& root, std::string& error)
+bool volatile_remove(const std::string& files, std::string& error)
 {
     std::error_code code;
-    for (const fs::directory_entry& entry : fs::directory_iterator(root + "/tmp", code)) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(files + "/tmp", code)) {
         const std::string name = entry.path().filename();
         if (std::ranges::find(kMadeAtStart, name) == std::end(kMadeAtStart)) {
             fs::remove_all(entry.path(), code);
@@ -195,10 +195,10 @@ bool volatile_remove(const std::string& root, std::string& error)
         }
     }
     if (!code) {
-        fs::remove(root + "/conf/system.log", code);
+        fs::remove(files + "/conf/system.log", code);
     }
     if (code) {
-        error = path_shown(root) + ": " + code.message();
+        error = path_shown(files) + ": " + code.message();
     }
     return !code;
 }
@@ -255,5 +255,5 @@ bool unit_restart(Unit* unit, const std::string& folder, Restart kind, std::stri
     };
     // Files only after the state: if that cannot be written, nothing is lost.
     return unit_change(unit, cycle ? "power-cycle" : "warm-restart", change, error) &&
-           (!cycle || volatile_remove(folder + "/root", error));
+           (!cycle || volatile_remove(folder + "/files", error));
 }
